@@ -1,0 +1,71 @@
+#pragma once
+
+#include <QByteArray>
+#include <QCoroTask>
+#include <QList>
+#include <QString>
+#include <QUrl>
+#include <chrono>
+#include <stop_token>
+#include <tl/expected.hpp>
+#include <utility>
+
+namespace tidemark {
+
+enum class HttpMethod : quint8 { get, post };
+
+/// One request. A request with an "Authorization" header is *authorised*: it never follows a redirect, so
+/// that the token reaches no other origin; the 3xx is then the status that the caller sees.
+struct HttpRequest {
+    QUrl url;
+    HttpMethod method = HttpMethod::get;
+    QList<std::pair<QByteArray, QByteArray>> headers;
+    QByteArray body;
+    /// Bounds the whole exchange, from sending to the last byte of the body.
+    std::chrono::milliseconds timeout = std::chrono::seconds(60);
+
+    bool operator==(const HttpRequest&) const = default;
+};
+
+/// An answer with its whole body, decompressed.
+struct HttpResponse {
+    int status = 0;
+    QByteArray body;
+
+    bool operator==(const HttpResponse&) const = default;
+};
+
+/// Why no answer came. The texts name no address and no token.
+enum class TransportError : quint8 {
+    hostNotFound,       ///< the name did not resolve
+    connectionRefused,  ///< nobody listens there
+    connectionLost,     ///< reset or closed before the whole answer had come
+    offline,            ///< no network, or the way there is blocked
+    timedOut,           ///< the deadline of the request passed
+    cancelled,          ///< the stop token was triggered
+    insecure,           ///< TLS failed, or the address is not https where it must be
+    tooLarge,           ///< the body passed the limit
+    proxyFailed,        ///< the proxy is missing, refuses or wants credentials
+    notHttp,            ///< something answered, but not in HTTP
+    other,
+};
+
+/// A short English sentence for the user.
+[[nodiscard]] QString description(TransportError error);
+
+using HttpResult = tl::expected<HttpResponse, TransportError>;
+
+/// Sends requests. All calls come from the UI thread, and tasks resume on it.
+class HttpClient {
+public:
+    HttpClient() = default;
+    HttpClient(const HttpClient&) = delete;
+    HttpClient& operator=(const HttpClient&) = delete;
+    virtual ~HttpClient() = default;
+
+    /// Gives the answer, whatever its status, or the reason why there is none. A triggered `stop` ends the
+    /// exchange early with `cancelled`. Never completes before it has suspended once.
+    [[nodiscard]] virtual QCoro::Task<HttpResult> send(HttpRequest request, std::stop_token stop) = 0;
+};
+
+}  // namespace tidemark

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+#include <optional>
+
+namespace tidemark {
+
+/// The attributes by which generic-password items are matched. An absent `synchronizable` matches items
+/// with either value and items without the attribute.
+struct KeychainQuery {
+    QString service;
+    QString account;
+    std::optional<bool> synchronizable;
+
+    bool operator==(const KeychainQuery&) const = default;
+};
+
+/// A store of generic-password items. Calls block until the store has answered, which may take as long as a
+/// user needs to unlock it: call from a worker thread, one call at a time.
+class Keychain {
+public:
+    Keychain() = default;
+    Keychain(const Keychain&) = delete;
+    Keychain& operator=(const Keychain&) = delete;
+    virtual ~Keychain() = default;
+
+    /// The data of one item that matches; absent when there is none or the store cannot be read.
+    [[nodiscard]] virtual std::optional<QByteArray> copyMatching(const KeychainQuery& query) = 0;
+
+    /// Adds an item with exactly these attributes; false when the store refuses.
+    [[nodiscard]] virtual bool add(const KeychainQuery& attributes, const QByteArray& data) = 0;
+
+    /// Deletes every item that matches; failures are ignored.
+    virtual void deleteMatching(const KeychainQuery& query) = 0;
+
+    /// Ends a call that is waiting and fails all later ones at once. Callable from any thread.
+    virtual void cancel() = 0;
+};
+
+}  // namespace tidemark

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <QObject>
+#include <QString>
+#include <memory>
+
+namespace tidemark {
+
+/// Makes this the one process of its identifier in the user's session, and is the bus object that other
+/// processes and launchers talk to: org.freedesktop.Application on the well-known name `identifier`.
+class SingleInstance final : public QObject {
+    Q_OBJECT
+
+public:
+    enum class Role : quint8 {
+        first,       ///< this process owns the name
+        second,      ///< another process owns it and has been asked to come forward
+        standalone,  ///< there is no session bus to ask
+    };
+
+    explicit SingleInstance(QString identifier);
+    ~SingleInstance() override;
+
+    /// Takes the name or hands over to its owner. Blocks for the bus's answers, a few seconds at most when
+    /// the other process does not answer. Call once.
+    [[nodiscard]] Role claim();
+
+Q_SIGNALS:
+    /// Somebody started the program again or activated it from a launcher. `activationToken` is what the
+    /// desktop gave along (may be empty).
+    void activated(const QString& activationToken);
+
+private:
+    class Service;
+
+    QString m_identifier;
+    std::unique_ptr<Service> m_service;
+};
+
+}  // namespace tidemark

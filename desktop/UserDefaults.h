@@ -1,0 +1,49 @@
+#pragma once
+
+#include <QByteArray>
+#include <QMutex>
+#include <QString>
+#include <QStringList>
+#include <QThreadPool>
+#include <QVariant>
+#include <QVariantHash>
+#include <QVariantMap>
+#include <memory>
+
+namespace tidemark {
+
+/// Small persisted values by key, in an ini file (QSettings). Reads come from memory. Every write goes to
+/// the file at once on a worker thread, in order, so that a slow disk never holds up the UI thread; the
+/// destructor waits for the last one. A write that fails (full disk) is kept and tried again with the next.
+class UserDefaults {
+public:
+    /// The ini file at `path`; a missing or unreadable one starts empty.
+    explicit UserDefaults(const QString& path);
+    UserDefaults(const UserDefaults&) = delete;
+    UserDefaults& operator=(const UserDefaults&) = delete;
+    ~UserDefaults();
+
+    /// Absent, or of another type than asked for: the empty value.
+    [[nodiscard]] QStringList stringArray(const QString& key) const;
+    [[nodiscard]] bool boolean(const QString& key) const;
+    [[nodiscard]] QByteArray data(const QString& key) const;
+    /// An invalid variant when absent.
+    [[nodiscard]] QVariant value(const QString& key) const;
+
+    void setValue(const QString& key, const QVariant& value);
+
+    /// Waits until everything set so far has been written or has failed.
+    void waitForWrites();
+
+private:
+    void writePending();
+
+    QString m_path;
+    QVariantHash m_values;
+    QMutex m_mutex;
+    QVariantHash m_pending;
+    bool m_isWriteScheduled = false;
+    QThreadPool m_writer;
+};
+
+}  // namespace tidemark
