@@ -19,8 +19,8 @@ enum class HttpMethod : quint8 { get, post };
 struct HttpRequest {
     QUrl url;
     HttpMethod method = HttpMethod::get;
-    QList<std::pair<QByteArray, QByteArray>> headers;
-    QByteArray body;
+    QList<std::pair<QByteArray, QByteArray>> headers{};
+    QByteArray body{};
     /// Bounds the whole exchange, from sending to the last byte of the body.
     std::chrono::milliseconds timeout = std::chrono::seconds(60);
 

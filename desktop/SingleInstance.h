@@ -6,6 +6,8 @@
 
 namespace tidemark {
 
+class ApplicationService;
+
 /// Makes this the one process of its identifier in the user's session, and is the bus object that other
 /// processes and launchers talk to: org.freedesktop.Application on the well-known name `identifier`.
 class SingleInstance final : public QObject {
@@ -18,6 +20,8 @@ public:
         standalone,  ///< there is no session bus to ask
     };
 
+    /// Made before the application object, it still sees the start-up token that the launcher left in the
+    /// environment; Qt takes it out.
     explicit SingleInstance(QString identifier);
     ~SingleInstance() override;
 
@@ -27,14 +31,16 @@ public:
 
 Q_SIGNALS:
     /// Somebody started the program again or activated it from a launcher. `activationToken` is what the
-    /// desktop gave along (may be empty).
+    /// desktop gave along (may be empty). Calls that come before the event loop runs are not lost.
     void activated(const QString& activationToken);
 
 private:
-    class Service;
+    [[nodiscard]] Role negotiate();
+    void release();
 
     QString m_identifier;
-    std::unique_ptr<Service> m_service;
+    QString m_startupToken;
+    std::unique_ptr<ApplicationService> m_service;
 };
 
 }  // namespace tidemark

@@ -8,13 +8,13 @@
 #include <QVariant>
 #include <QVariantHash>
 #include <QVariantMap>
-#include <memory>
 
 namespace tidemark {
 
 /// Small persisted values by key, in an ini file (QSettings). Reads come from memory. Every write goes to
-/// the file at once on a worker thread, in order, so that a slow disk never holds up the UI thread; the
-/// destructor waits for the last one. A write that fails (full disk) is kept and tried again with the next.
+/// the file at once on a worker thread, so that a slow disk never holds up the UI thread; what is set while
+/// the file is being written goes out together afterwards. The destructor waits for the last write. One that
+/// fails (full disk) is kept and tried again with the next, or at the end.
 class UserDefaults {
 public:
     /// The ini file at `path`; a missing or unreadable one starts empty.
@@ -27,7 +27,8 @@ public:
     [[nodiscard]] QStringList stringArray(const QString& key) const;
     [[nodiscard]] bool boolean(const QString& key) const;
     [[nodiscard]] QByteArray data(const QString& key) const;
-    /// An invalid variant when absent.
+    /// An invalid variant when absent. Of lists the type is not kept: an empty one reads as absent and one of
+    /// a single string as a string once the program has been started again.
     [[nodiscard]] QVariant value(const QString& key) const;
 
     void setValue(const QString& key, const QVariant& value);
@@ -36,11 +37,12 @@ public:
     void waitForWrites();
 
 private:
-    void writePending();
+    void write();
 
     QString m_path;
     QVariantHash m_values;
     QMutex m_mutex;
+    /// What the file is to hold, until it does.
     QVariantHash m_pending;
     bool m_isWriteScheduled = false;
     QThreadPool m_writer;

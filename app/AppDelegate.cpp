@@ -1,0 +1,65 @@
+#include "app/AppDelegate.h"
+
+#include <QCoroFuture>
+#include <QtConcurrentRun>
+
+namespace tidemark {
+
+AppDelegate::AppDelegate(Services services)
+    : m_services(std::move(services)),
+      m_configStore(m_services.configPath, m_services.keychain),
+      m_appState(m_services.defaults, m_services.clock) {
+    m_configWorker.setMaxThreadCount(1);
+}
+
+AppDelegate::~AppDelegate() {
+    m_quit.request_stop();
+    m_services.keychain.cancel();
+    m_tasks.finish();
+}
+
+void AppDelegate::applicationDidFinishLaunching() {
+    setupMainStatusItem();
+    startStatusPolling();
+    m_tasks.start([this](std::stop_token) { return finishLaunching(); });
+}
+
+QCoro::Task<> AppDelegate::finishLaunching() {
+    const QFuture<std::optional<AppConfiguration>> loading =
+        QtConcurrent::run(&m_configWorker, [store = m_configStore] { return store.load(); });
+    const std::optional<AppConfiguration> config = co_await loading;
+    if (isQuitting() || !config || !config->hasToken())
+        co_return;
+    m_appState.setConfig(config);
+    applyLaunchAtLogin(config->launchAtLogin);
+    co_await loadProjects();
+}
+
+void AppDelegate::saveConfiguration(const AppConfiguration& configuration) {
+    m_tasks.start([this, configuration](std::stop_token) { return storeAndRestart(configuration); });
+}
+
+QCoro::Task<> AppDelegate::storeAndRestart(AppConfiguration configuration) {
+    const QFuture<tl::expected<void, QString>> saving = QtConcurrent::run(
+        &m_configWorker, [store = m_configStore, configuration] { return store.save(configuration); });
+    co_await saving;
+    if (isQuitting())
+        co_return;
+    m_appState.setConfig(configuration);
+    applyLaunchAtLogin(configuration.launchAtLogin);
+    co_await loadProjects();
+}
+
+void AppDelegate::applyLaunchAtLogin(bool enabled) {
+    const bool isRegistered = m_services.loginItem.status() == LoginItem::Status::enabled;
+    if (enabled == isRegistered)
+        return;
+    [[maybe_unused]] const bool isDone =
+        enabled ? m_services.loginItem.registerItem() : m_services.loginItem.unregisterItem();
+}
+
+VercelAPIClient AppDelegate::clientFor(const VercelAccount& account) const {
+    return {m_services.http, m_services.endpoints.vercelApi, account.apiToken, account.teamId};
+}
+
+}  // namespace tidemark

@@ -1,0 +1,127 @@
+#pragma once
+
+#include <QCoroTask>
+#include <QList>
+#include <QObject>
+#include <QString>
+#include <QThreadPool>
+#include <chrono>
+#include <memory>
+#include <optional>
+#include <stop_token>
+#include <utility>
+
+#include "app/Endpoints.h"
+#include "config/ConfigStore.h"
+#include "desktop/Clock.h"
+#include "desktop/HttpClient.h"
+#include "desktop/LoginItem.h"
+#include "desktop/StatusItem.h"
+#include "desktop/TaskScope.h"
+#include "desktop/UserDefaults.h"
+#include "state/AppState.h"
+#include "vercel/VercelAPIClient.h"
+
+namespace tidemark {
+
+/// What one poll cycle is to do.
+struct PollPlan {
+    /// The tracked projects that can be polled, each with the client of the account that owns it.
+    QList<std::pair<QString, VercelAPIClient>> clients;
+    bool productionOnly = false;
+    /// As configured; see `AppDelegate::pollingInterval`.
+    qint64 intervalSeconds = 30;
+};
+
+/// How polling one project ended.
+enum class PollOutcome : quint8 {
+    finished,     ///< successfully or with an ordinary error
+    rateLimited,  ///< the API refused because of too many requests
+};
+
+/// The owner of everything that lives for the whole run. UI thread only. What it starts are cooperative
+/// tasks on that thread: they give it up at every `co_await`, so no two steps run at the same time, and they
+/// have all ended before the delegate goes.
+class AppDelegate final : public QObject {
+    Q_OBJECT
+
+public:
+    /// What the program stands on; all of it outlives the delegate.
+    struct Services {
+        HttpClient& http;
+        Clock& clock;
+        UserDefaults& defaults;
+        Keychain& keychain;
+        LoginItem& loginItem;
+        StatusBar& statusBar;
+        Endpoints endpoints;
+        /// Where the configuration file is.
+        QString configPath;
+    };
+
+    explicit AppDelegate(Services services);
+    ~AppDelegate() override;
+
+    [[nodiscard]] AppState& appState() { return m_appState; }
+
+    /// Builds everything and starts watching. Called once, when the event loop is about to run.
+    void applicationDidFinishLaunching();
+
+    /// Takes over an edited configuration: stores it and starts again with it. A configuration that cannot be
+    /// stored is used all the same until the program ends.
+    void saveConfiguration(const AppConfiguration& configuration);
+
+    /// Brings the login item in line; errors are dropped.
+    void applyLaunchAtLogin(bool enabled);
+
+    /// Fetches the project lists of all accounts, one after the other, then starts polling anew. An account
+    /// that fails keeps the projects that are known of it.
+    [[nodiscard]] QCoro::Task<> loadProjects();
+
+    /// Starts the polling loop in place of the running one, which ends at its next check.
+    void startPolling();
+    [[nodiscard]] PollPlan makePollPlan() const;
+
+    /// Polls one project once and writes what came of it into the state.
+    [[nodiscard]] QCoro::Task<PollOutcome> fetchAndUpdate(QString projectId, VercelAPIClient client,
+                                                          bool productionOnly);
+
+    /// Starts the loop that watches the platform's own status.
+    void startStatusPolling();
+
+    /// The text beside the dot of the main item; may be empty.
+    [[nodiscard]] QString statusSummary(DeploymentState state) const;
+
+    /// The wait that a configured interval stands for. A file edited by hand may hold any number: what cannot
+    /// be waited is brought into the range from a second to the longest wait of the clock.
+    [[nodiscard]] static std::chrono::seconds pollingInterval(qint64 configuredSeconds);
+
+private:
+    void setupMainStatusItem();
+    void updateMainButton();
+
+    [[nodiscard]] QCoro::Task<> finishLaunching();
+    [[nodiscard]] QCoro::Task<> storeAndRestart(AppConfiguration configuration);
+    [[nodiscard]] QCoro::Task<> runPollingLoop(std::stop_token stop);
+    [[nodiscard]] QCoro::Task<> runStatusLoop(std::stop_token stop);
+    void recordDeployments(const QString& projectId, const QList<Deployment>& deployments);
+    [[nodiscard]] QCoro::Task<> lookUpProductionDomain(QString projectId, VercelAPIClient client);
+
+    [[nodiscard]] VercelAPIClient clientFor(const VercelAccount& account) const;
+    [[nodiscard]] bool isQuitting() const { return m_quit.stop_requested(); }
+
+    Services m_services;
+    ConfigStore m_configStore;
+    AppState m_appState;
+    std::unique_ptr<StatusItem> m_mainStatusItem;
+    TaskHandle m_pollingTask;
+    TaskHandle m_statusTask;
+    /// The keychain may wait for its user: it is asked on this one thread, one call after the other.
+    QThreadPool m_configWorker;
+    /// Ends requests under way; replacing a loop does not, it lets the loop finish the project it is at.
+    std::stop_source m_quit;
+    /// Last, so that its tasks end first.
+    TaskScope m_tasks;
+};
+
+}  // namespace tidemark

@@ -1,0 +1,53 @@
+#include "app/Tidemark.h"
+
+#include <QGuiApplication>
+#include <QStandardPaths>
+#include <utility>
+
+#include "desktop/SecretServiceKeychain.h"
+#include "desktop/TerminationSignals.h"
+
+namespace tidemark {
+
+using namespace Qt::StringLiterals;
+
+Tidemark::Options Tidemark::userOptions(Bundle bundle) {
+    const QString config = QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation);
+    return {.bundle = std::move(bundle),
+            .endpoints = Endpoints::production(),
+            .insecureLoopback = NetworkHttpClient::InsecureLoopback::refused,
+            .configFolder = config + u"/Tidemark"_s,
+            .autostartFolder = config + u"/autostart"_s,
+            .keychain = std::make_unique<SecretServiceKeychain>()};
+}
+
+Tidemark::Tidemark(Options options)
+    : m_options(std::move(options)),
+      m_instance(m_options.bundle.identifier),
+      m_http({.userAgent = "Tidemark/" + m_options.bundle.version.toUtf8(),
+              .insecureLoopback = m_options.insecureLoopback}),
+      m_defaults(m_options.configFolder + u"/defaults.ini"_s),
+      m_loginItem(m_options.autostartFolder, m_options.bundle.identifier, u"Tidemark"_s,
+                  QCoreApplication::applicationFilePath()),
+      m_statusBar(u"Tidemark"_s) {}
+
+int Tidemark::run(QGuiApplication& application) {
+    if (m_instance.claim() == SingleInstance::Role::second)
+        return 0;
+    // Windows come and go; the program stays in the panel.
+    application.setQuitOnLastWindowClosed(false);
+    const TerminationSignals signals([] { QCoreApplication::quit(); });
+    AppDelegate delegate({.http = m_http,
+                          .clock = m_clock,
+                          .defaults = m_defaults,
+                          .keychain = *m_options.keychain,
+                          .loginItem = m_loginItem,
+                          .statusBar = m_statusBar,
+                          .endpoints = m_options.endpoints,
+                          .configPath = m_options.configFolder + u"/config.json"_s});
+    QMetaObject::invokeMethod(
+        &delegate, [&delegate] { delegate.applicationDidFinishLaunching(); }, Qt::QueuedConnection);
+    return QGuiApplication::exec();
+}
+
+}  // namespace tidemark

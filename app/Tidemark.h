@@ -1,0 +1,52 @@
+#pragma once
+
+#include <QString>
+#include <memory>
+
+#include "app/AppDelegate.h"
+#include "desktop/Bundle.h"
+#include "desktop/Clock.h"
+#include "desktop/DBusStatusBar.h"
+#include "desktop/LoginItem.h"
+#include "desktop/NetworkHttpClient.h"
+#include "desktop/SingleInstance.h"
+#include "desktop/UserDefaults.h"
+
+class QGuiApplication;
+
+namespace tidemark {
+
+/// The program put together: the platform's services and the delegate that works with them.
+class Tidemark {
+public:
+    struct Options {
+        Bundle bundle;
+        Endpoints endpoints;
+        NetworkHttpClient::InsecureLoopback insecureLoopback;
+        /// The folder of the configuration file and of the defaults.
+        QString configFolder;
+        /// The user's autostart folder.
+        QString autostartFolder;
+        std::unique_ptr<Keychain> keychain;
+    };
+
+    /// What an installed program runs with.
+    [[nodiscard]] static Options userOptions(Bundle bundle);
+
+    explicit Tidemark(Options options);
+
+    /// Runs until the user quits or the session ends, and gives the exit code. A second process of the same
+    /// bundle hands over to the first and returns at once.
+    [[nodiscard]] int run(QGuiApplication& application);
+
+private:
+    Options m_options;
+    SystemClock m_clock;
+    SingleInstance m_instance;
+    NetworkHttpClient m_http;
+    UserDefaults m_defaults;
+    AutostartLoginItem m_loginItem;
+    DBusStatusBar m_statusBar;
+};
+
+}  // namespace tidemark

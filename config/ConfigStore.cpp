@@ -1,0 +1,76 @@
+#include "config/ConfigStore.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QSaveFile>
+#include <QStandardPaths>
+#include <utility>
+
+#include "config/KeychainHelper.h"
+
+namespace tidemark {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QString cloudflareTokenAccount = u"cloudflareToken"_s;
+/// Where earlier versions, which knew one account only, kept its token.
+const QString singleTokenAccount = u"apiToken"_s;
+
+QString tokenAccount(const VercelAccount& account) {
+    return u"apiToken-"_s + account.id;
+}
+
+}  // namespace
+
+ConfigStore::ConfigStore(QString configPath, Keychain& keychain)
+    : m_configPath(std::move(configPath)), m_keychain(&keychain) {}
+
+QString ConfigStore::configURL() {
+    return QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) +
+           u"/Tidemark/config.json"_s;
+}
+
+std::optional<AppConfiguration> ConfigStore::load() const {
+    m_keychain->beginSession();
+    QFile file(m_configPath);
+    if (!file.open(QIODevice::ReadOnly))
+        return std::nullopt;
+    const auto migrateToken = [this](const VercelAccount& account) {
+        const auto token = KeychainHelper::loadToken(*m_keychain, singleTokenAccount);
+        if (token && !token->isEmpty())
+            KeychainHelper::save(*m_keychain, *token, tokenAccount(account));
+    };
+    auto configuration = AppConfiguration::decode(file.readAll(), migrateToken);
+    if (!configuration)
+        return std::nullopt;
+    const auto tokenOf = [this](const QString& account) {
+        return KeychainHelper::loadToken(*m_keychain, account).value_or(QString());
+    };
+    for (auto& account : configuration->accounts)
+        account.apiToken = tokenOf(tokenAccount(account));
+    configuration->cloudflareToken = tokenOf(cloudflareTokenAccount);
+    if (!configuration->hasToken())
+        return std::nullopt;
+    return *std::move(configuration);
+}
+
+tl::expected<void, QString> ConfigStore::save(const AppConfiguration& configuration) const {
+    m_keychain->beginSession();
+    for (const auto& account : configuration.accounts)
+        KeychainHelper::save(*m_keychain, account.apiToken, tokenAccount(account));
+    KeychainHelper::save(*m_keychain, configuration.cloudflareToken, cloudflareTokenAccount);
+
+    const QString folder = QFileInfo(m_configPath).absolutePath();
+    if (!QDir().mkpath(folder))
+        return tl::unexpected(u"The folder %1 cannot be made."_s.arg(folder));
+    QSaveFile file(m_configPath);
+    const QByteArray content = configuration.encode();
+    if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size() || !file.commit())
+        return tl::unexpected(file.errorString());
+    return {};
+}
+
+}  // namespace tidemark

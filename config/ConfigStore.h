@@ -1,0 +1,35 @@
+#pragma once
+
+#include <QString>
+#include <optional>
+#include <tl/expected.hpp>
+
+#include "config/AppConfiguration.h"
+#include "desktop/Keychain.h"
+
+namespace tidemark {
+
+/// Loads and saves the configuration: a file for everything but the tokens, which live in the keychain. Keeps
+/// no state. Calls wait for the keychain: use a worker thread, one call at a time.
+class ConfigStore {
+public:
+    /// The file at `configPath`; the keychain must outlive the store.
+    ConfigStore(QString configPath, Keychain& keychain);
+
+    /// The user's file: "Tidemark/config.json" in the configuration folder.
+    [[nodiscard]] static QString configURL();
+
+    /// The configuration with its tokens. Absent when the file cannot be read or decoded, and when no
+    /// account has a token. A file of the single-account layout is migrated at every load, and never written.
+    [[nodiscard]] std::optional<AppConfiguration> load() const;
+
+    /// Stores the tokens, then writes the file, all or nothing. Gives the system's description of the first
+    /// error of folder or file; the tokens stay stored then. The keychain reports nothing.
+    [[nodiscard]] tl::expected<void, QString> save(const AppConfiguration& configuration) const;
+
+private:
+    QString m_configPath;
+    Keychain* m_keychain;
+};
+
+}  // namespace tidemark

@@ -1,0 +1,25 @@
+#include "desktop/DBusStatusBar.h"
+
+#include "desktop/DBusStatusItem.h"
+
+#include <QCoreApplication>
+#include <QDBusConnection>
+#include <utility>
+
+namespace tidemark {
+
+DBusStatusBar::DBusStatusBar(QString applicationName) : m_applicationName(std::move(applicationName)) {}
+
+std::unique_ptr<StatusItem> DBusStatusBar::createStatusItem(const QString& id) {
+    const QString service = QStringLiteral("org.kde.StatusNotifierItem-%1-%2")
+                                .arg(QCoreApplication::applicationPid())
+                                .arg(++m_itemCount);
+    const QDBusConnection connection = QDBusConnection::connectToBus(QDBusConnection::SessionBus, service);
+    if (!connection.isConnected()) {
+        QDBusConnection::disconnectFromBus(service);
+        return nullptr;
+    }
+    return std::make_unique<DBusStatusItem>(connection, service, m_applicationName, id);
+}
+
+}  // namespace tidemark

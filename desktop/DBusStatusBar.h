@@ -1,0 +1,23 @@
+#pragma once
+
+#include "desktop/StatusItem.h"
+
+#include <QString>
+
+namespace tidemark {
+
+/// The panel's tray as StatusNotifierItem entries on the session bus. An item may be made long before there
+/// is a panel, and outlives panels: it appears as soon as one is there.
+class DBusStatusBar final : public StatusBar {
+public:
+    /// `applicationName` begins every item's title.
+    explicit DBusStatusBar(QString applicationName);
+
+    [[nodiscard]] std::unique_ptr<StatusItem> createStatusItem(const QString& id) override;
+
+private:
+    QString m_applicationName;
+    int m_itemCount = 0;
+};
+
+}  // namespace tidemark

@@ -1,0 +1,47 @@
+#pragma once
+
+#include <QObject>
+#include <memory>
+
+#include "desktop/HttpClient.h"
+
+class QNetworkAccessManager;
+
+namespace tidemark {
+
+/// HTTP/1.1 over the network and the system's proxies. Nothing is remembered between requests but open
+/// connections: no cookies, no cache, no credentials. A GET that dies with a kept-alive connection is sent
+/// again; a POST is never sent twice. Requests still under way when the client goes end with `cancelled`.
+class NetworkHttpClient final : public HttpClient {
+public:
+    /// Whether plain http is allowed to this machine itself. It never is to any other.
+    enum class InsecureLoopback : quint8 { refused, allowed };
+
+    struct Options {
+        QByteArray userAgent;
+        InsecureLoopback insecureLoopback = InsecureLoopback::refused;
+        /// The longest body that is accepted, in bytes after decompression.
+        qint64 bodyLimit = qint64{32} * 1024 * 1024;
+        /// How many bytes may wait in memory to be read.
+        qint64 readBuffer = qint64{256} * 1024;
+    };
+
+    explicit NetworkHttpClient(Options options);
+    ~NetworkHttpClient() override;
+
+    [[nodiscard]] QCoro::Task<HttpResult> send(HttpRequest request, std::stop_token stop) override;
+
+private:
+    class Exchange;
+
+    [[nodiscard]] bool isAllowed(const QUrl& url) const;
+    /// Made at the first request, so that starting the program does not wait for it.
+    QNetworkAccessManager& network();
+
+    Options m_options;
+    std::unique_ptr<QNetworkAccessManager> m_network;
+    /// Goes first, and tells the requests under way.
+    QObject m_lifetime;
+};
+
+}  // namespace tidemark

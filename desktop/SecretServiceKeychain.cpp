@@ -1,0 +1,266 @@
+#include "desktop/SecretServiceKeychain.h"
+
+#include <libsecret/secret.h>
+
+#include <QtGlobal>
+
+namespace tidemark {
+
+namespace {
+
+struct Unref {
+    void operator()(gpointer object) const { g_object_unref(object); }
+};
+template <typename T>
+using Object = std::unique_ptr<T, Unref>;
+
+struct UnrefSecret {
+    void operator()(gpointer value) const { secret_value_unref(value); }
+};
+using Secret = std::unique_ptr<SecretValue, UnrefSecret>;
+
+struct FreeItems {
+    void operator()(GList* items) const { g_list_free_full(items, g_object_unref); }
+};
+using Items = std::unique_ptr<GList, FreeItems>;
+
+struct UnrefVariant {
+    void operator()(gpointer variant) const { g_variant_unref(static_cast<GVariant*>(variant)); }
+};
+using Variant = std::unique_ptr<GVariant, UnrefVariant>;
+
+struct UnrefTable {
+    void operator()(GHashTable* table) const { g_hash_table_unref(table); }
+};
+using Attributes = std::unique_ptr<GHashTable, UnrefTable>;
+
+/// An error that is only asked whether it came. Each use forgets the one before.
+class Error {
+public:
+    Error() = default;
+    Error(const Error&) = delete;
+    Error& operator=(const Error&) = delete;
+    ~Error() { g_clear_error(&m_error); }
+
+    GError** operator&() {
+        g_clear_error(&m_error);
+        return &m_error;
+    }
+
+private:
+    GError* m_error = nullptr;
+};
+
+/// Of the items' kind, whatever their schema is called: that of other programs and of older versions.
+const SecretSchema& schema() {
+    static const SecretSchema schema = [] {
+        SecretSchema result{};
+        result.name = "org.freedesktop.Secret.Generic";
+        result.flags = SECRET_SCHEMA_DONT_MATCH_NAME;
+        result.attributes[0] = {"service", SECRET_SCHEMA_ATTRIBUTE_STRING};
+        result.attributes[1] = {"account", SECRET_SCHEMA_ATTRIBUTE_STRING};
+        result.attributes[2] = {"synchronizable", SECRET_SCHEMA_ATTRIBUTE_BOOLEAN};
+        return result;
+    }();
+    return schema;
+}
+
+Attributes attributes(const KeychainQuery& query) {
+    Attributes result(g_hash_table_new_full(g_str_hash, g_str_equal, g_free, g_free));
+    const auto insert = [&result](const char* name, const char* value) {
+        g_hash_table_insert(result.get(), g_strdup(name), g_strdup(value));
+    };
+    insert("service", query.service.toUtf8().constData());
+    insert("account", query.account.toUtf8().constData());
+    if (query.synchronizable)
+        insert("synchronizable", *query.synchronizable ? "true" : "false");
+    return result;
+}
+
+/// A main loop of its own for the thread that waits in it.
+class WaitLoop {
+public:
+    WaitLoop() : m_context(g_main_context_new()) { g_main_context_push_thread_default(m_context); }
+    WaitLoop(const WaitLoop&) = delete;
+    WaitLoop& operator=(const WaitLoop&) = delete;
+    ~WaitLoop() {
+        g_main_context_pop_thread_default(m_context);
+        g_main_context_unref(m_context);
+    }
+
+    /// Runs until `isOver` says so, looked at after each event.
+    template <typename Condition>
+    void run(GCancellable* cancellable, Condition isOver) {
+        GSource* wake = g_cancellable_source_new(cancellable);
+        g_source_set_dummy_callback(wake);
+        g_source_attach(wake, m_context);
+        while (!isOver() && g_cancellable_is_cancelled(cancellable) == FALSE)
+            g_main_context_iteration(m_context, TRUE);
+        g_source_destroy(wake);
+        g_source_unref(wake);
+    }
+
+private:
+    GMainContext* m_context;
+};
+
+/// A question that the service puts to the user, and the way it ended.
+class Prompt {
+public:
+    /// Whether the user agreed. A prompt is never dismissed: gnome-keyring does not survive that (tried with
+    /// 42), and libsecret would wait for another thread's main loop.
+    static bool perform(GDBusConnection* connection, const char* service, const char* path,
+                        GCancellable* cancellable) {
+        WaitLoop loop;
+        Prompt prompt;
+        const guint completed = g_dbus_connection_signal_subscribe(
+            connection, service, "org.freedesktop.Secret.Prompt", "Completed", path, nullptr,
+            G_DBUS_SIGNAL_FLAGS_NONE, &Prompt::onCompleted, &prompt, nullptr);
+        const guint watch = g_bus_watch_name_on_connection(connection, service, G_BUS_NAME_WATCHER_FLAGS_NONE,
+                                                           nullptr, &Prompt::onVanished, &prompt, nullptr);
+        const Variant shown(g_dbus_connection_call_sync(
+            connection, service, path, "org.freedesktop.Secret.Prompt", "Prompt", g_variant_new("(s)", ""),
+            nullptr, G_DBUS_CALL_FLAGS_NONE, -1, cancellable, nullptr));
+        if (shown)
+            loop.run(cancellable, [&prompt] { return prompt.m_isOver; });
+        g_bus_unwatch_name(watch);
+        g_dbus_connection_signal_unsubscribe(connection, completed);
+        return prompt.m_isAccepted;
+    }
+
+private:
+    static void onCompleted(GDBusConnection* /*connection*/, const char* /*sender*/, const char* /*path*/,
+                            const char* /*interface*/, const char* /*signal*/, GVariant* parameters,
+                            gpointer data) {
+        auto& prompt = *static_cast<Prompt*>(data);
+        gboolean isDismissed = TRUE;
+        g_variant_get(parameters, "(bv)", &isDismissed, nullptr);
+        prompt.m_isOver = true;
+        prompt.m_isAccepted = isDismissed == FALSE;
+    }
+
+    static void onVanished(GDBusConnection* /*connection*/, const char* /*name*/, gpointer data) {
+        static_cast<Prompt*>(data)->m_isOver = true;
+    }
+
+    bool m_isOver = false;
+    bool m_isAccepted = false;
+};
+
+}  // namespace
+
+/// The calls of the Secret Service, each of which ends early once it is cancelled.
+class SecretServiceKeychain::Calls {
+public:
+    void beginSession() { m_isUnlockRefused = false; }
+    void cancel() { g_cancellable_cancel(m_cancellable.get()); }
+
+    /// Null when there is no service.
+    [[nodiscard]] Object<SecretService> service() {
+        if (g_cancellable_is_cancelled(m_cancellable.get()))
+            return nullptr;
+        return Object<SecretService>(
+            secret_service_get_sync(SECRET_SERVICE_OPEN_SESSION, m_cancellable.get(), &m_error));
+    }
+
+    [[nodiscard]] Items search(SecretService* service, const KeychainQuery& query) {
+        return Items(secret_service_search_sync(service, &schema(), attributes(query).get(), SECRET_SEARCH_ALL,
+                                                m_cancellable.get(), &m_error));
+    }
+
+    /// Whether the collection, or that of the item, is open now. Asks the user for it unless they declined
+    /// already.
+    bool unlock(SecretService* service, const char* path) {
+        return !m_isRefused && call(service, path, "/org/freedesktop/secrets", "org.freedesktop.Secret.Service",
+                                    "Unlock", g_variant_new("(^ao)", std::array{path, null}.data()));
+    }
+
+    bool isOpen(SecretService* service, SecretItem* item) {
+        return secret_item_get_locked(item) == FALSE || unlock(service, item);
+    }
+
+    std::optional<QByteArray> data(SecretItem* item) {
+        if (secret_item_load_secret_sync(item, m_cancellable.get(), &m_error) == FALSE)
+            return std::nullopt;
+        const Secret secret(secret_item_get_secret(item));
+        if (!secret)
+            return std::nullopt;
+        gsize size = 0;
+        const char* bytes = secret_value_get(secret.get(), &size);
+        return QByteArray(bytes, static_cast<qsizetype>(size));
+    }
+
+    void remove(SecretItem* item) { secret_item_delete_sync(item, m_cancellable.get(), &m_error); }
+
+    /// Whether the default collection takes items. The first item makes it, which asks the user too.
+    bool isDefaultCollectionOpen(SecretService* service) {
+        const Object<SecretCollection> collection(
+            secret_collection_for_alias_sync(service, SECRET_COLLECTION_DEFAULT, SECRET_COLLECTION_NONE,
+                                             m_cancellable.get(), &m_error));
+        if (!collection)
+            return !m_isUnlockRefused;
+        return secret_collection_get_locked(collection.get()) == FALSE || unlock(service, collection.get());
+    }
+
+    bool store(SecretService* service, const KeychainQuery& query, const QByteArray& data) {
+        const Secret secret(secret_value_new(data.constData(), data.size(), "text/plain"));
+        const QByteArray label = "Tidemark " + query.account.toUtf8();
+        const bool isStored =
+            secret_service_store_sync(service, &schema(), attributes(query).get(), SECRET_COLLECTION_DEFAULT,
+                                      label.constData(), secret.get(), m_cancellable.get(), &m_error) != FALSE;
+        m_isUnlockRefused = m_isUnlockRefused || !isStored;
+        return isStored;
+    }
+
+private:
+    Object<GCancellable> m_cancellable{g_cancellable_new()};
+    Error m_error;
+    bool m_isUnlockRefused = false;
+};
+
+SecretServiceKeychain::SecretServiceKeychain() : m_calls(std::make_unique<Calls>()) {}
+
+SecretServiceKeychain::~SecretServiceKeychain() = default;
+
+void SecretServiceKeychain::beginSession() {
+    m_calls->beginSession();
+}
+
+std::optional<QByteArray> SecretServiceKeychain::copyMatching(const KeychainQuery& query) {
+    const auto service = m_calls->service();
+    if (!service)
+        return std::nullopt;
+    const Items items = m_calls->search(service.get(), query);
+    for (const GList* entry = items.get(); entry; entry = entry->next) {
+        auto* item = static_cast<SecretItem*>(entry->data);
+        if (!m_calls->isOpen(service.get(), item))
+            continue;
+        if (auto data = m_calls->data(item))
+            return data;
+    }
+    return std::nullopt;
+}
+
+bool SecretServiceKeychain::add(const KeychainQuery& attributes, const QByteArray& data) {
+    const auto service = m_calls->service();
+    return service && m_calls->isDefaultCollectionOpen(service.get()) &&
+           m_calls->store(service.get(), attributes, data);
+}
+
+void SecretServiceKeychain::deleteMatching(const KeychainQuery& query) {
+    const auto service = m_calls->service();
+    if (!service)
+        return;
+    const Items items = m_calls->search(service.get(), query);
+    for (const GList* entry = items.get(); entry; entry = entry->next) {
+        auto* item = static_cast<SecretItem*>(entry->data);
+        if (m_calls->isOpen(service.get(), item))
+            m_calls->remove(item);
+    }
+}
+
+void SecretServiceKeychain::cancel() {
+    m_calls->cancel();
+}
+
+}  // namespace tidemark

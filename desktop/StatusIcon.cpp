@@ -1,0 +1,81 @@
+#include "desktop/StatusIcon.h"
+
+#include <QPainter>
+#include <QtEndian>
+#include <algorithm>
+#include <array>
+#include <cmath>
+
+namespace tidemark {
+namespace {
+
+constexpr std::array iconSizes{16, 22, 24, 32, 44, 48, 64};
+
+/// Contrast of about 4:1 against white as well as against the near black of dark panels. Nobody tells an
+/// item which of them it sits on.
+constexpr QColor templateTint(0x7e, 0x82, 0x88);
+
+void drawFitted(QPainter& painter, const StatusImage& image, int size) {
+    const double longest = std::max(image.size.width(), image.size.height());
+    if (!image.draw || longest <= 0) {
+        return;
+    }
+    const double scale = size / longest;
+    painter.save();
+    painter.translate((size - image.size.width() * scale) / 2, (size - image.size.height() * scale) / 2);
+    painter.scale(scale, scale);
+    image.draw(painter);
+    painter.restore();
+    if (image.isTemplate) {
+        painter.setCompositionMode(QPainter::CompositionMode_SourceIn);
+        painter.fillRect(0, 0, size, size, templateTint);
+    }
+}
+
+/// The dot covers whole pixels at its four extremes, which keeps it round at 16 pixels.
+void drawDot(QPainter& painter, const QColor& color, int size) {
+    const int diameter = static_cast<int>(std::lround(size * 0.46));
+    const int ring = std::max(1, static_cast<int>(std::lround(size / 14.0)));
+    const QRect dot(size - diameter, size - diameter, diameter, diameter);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(Qt::black);
+    painter.setCompositionMode(QPainter::CompositionMode_DestinationOut);
+    painter.drawEllipse(dot.adjusted(-ring, -ring, ring, ring));
+    painter.setBrush(color);
+    painter.setCompositionMode(QPainter::CompositionMode_SourceOver);
+    painter.drawEllipse(dot);
+}
+
+IconPixmap toPixmap(const QImage& image) {
+    const QImage straight = image.convertToFormat(QImage::Format_ARGB32);
+    IconPixmap pixmap{straight.width(), straight.height(),
+                      QByteArray(straight.sizeInBytes(), Qt::Uninitialized)};
+    qToBigEndian<quint32>(straight.constBits(), straight.sizeInBytes() / qsizetype(sizeof(quint32)),
+                          pixmap.bytes.data());
+    return pixmap;
+}
+
+}  // namespace
+
+QImage drawStatusIcon(const StatusImage& image, const QColor& dot, int size) {
+    QImage canvas(size, size, QImage::Format_ARGB32_Premultiplied);
+    canvas.fill(Qt::transparent);
+    QPainter painter(&canvas);
+    painter.setRenderHint(QPainter::Antialiasing);
+    drawFitted(painter, image, size);
+    if (dot.isValid()) {
+        drawDot(painter, dot, size);
+    }
+    return canvas;
+}
+
+IconPixmaps statusIconPixmaps(const StatusImage& image, const QColor& dot) {
+    IconPixmaps pixmaps;
+    pixmaps.reserve(iconSizes.size());
+    for (const int size : iconSizes) {
+        pixmaps.append(toPixmap(drawStatusIcon(image, dot, size)));
+    }
+    return pixmaps;
+}
+
+}  // namespace tidemark

@@ -1,0 +1,156 @@
+#include "desktop/StatusNotifierItem.h"
+
+#include <QDBusMetaType>
+#include <utility>
+
+namespace tidemark {
+
+QDBusArgument& operator<<(QDBusArgument& argument, const IconPixmap& pixmap) {
+    argument.beginStructure();
+    argument << pixmap.width << pixmap.height << pixmap.bytes;
+    argument.endStructure();
+    return argument;
+}
+
+const QDBusArgument& operator>>(const QDBusArgument& argument, IconPixmap& pixmap) {
+    argument.beginStructure();
+    argument >> pixmap.width >> pixmap.height >> pixmap.bytes;
+    argument.endStructure();
+    return argument;
+}
+
+QDBusArgument& operator<<(QDBusArgument& argument, const StatusToolTip& toolTip) {
+    argument.beginStructure();
+    argument << QString() << IconPixmaps() << toolTip.title << toolTip.text;
+    argument.endStructure();
+    return argument;
+}
+
+const QDBusArgument& operator>>(const QDBusArgument& argument, StatusToolTip& toolTip) {
+    QString iconName;
+    IconPixmaps icon;
+    argument.beginStructure();
+    argument >> iconName >> icon >> toolTip.title >> toolTip.text;
+    argument.endStructure();
+    return argument;
+}
+
+StatusNotifierItem::StatusNotifierItem(QString applicationName, QString id, const QString& menuPath)
+    : m_applicationName(std::move(applicationName)), m_id(std::move(id)), m_menu(menuPath) {
+    qDBusRegisterMetaType<IconPixmap>();
+    qDBusRegisterMetaType<IconPixmaps>();
+    qDBusRegisterMetaType<StatusToolTip>();
+    m_published = texts();
+}
+
+void StatusNotifierItem::setImage(const StatusImage& image) {
+    m_image = image;
+    m_isIconStale = true;
+    scheduleUpdate();
+}
+
+void StatusNotifierItem::setAttributedTitle(const AttributedTitle& title) {
+    QColor dot;
+    QString label;
+    for (const TitleRun& run : title) {
+        if (!run.color.isValid()) {
+            label += run.text;
+        } else if (!dot.isValid()) {
+            dot = run.color;
+        }
+    }
+    m_label = label.trimmed();
+    if (dot != m_dot) {
+        m_dot = dot;
+        m_isIconStale = true;
+    }
+    scheduleUpdate();
+}
+
+void StatusNotifierItem::setToolTip(const QString& toolTip) {
+    m_toolTip = toolTip;
+    scheduleUpdate();
+}
+
+QString StatusNotifierItem::title() {
+    m_wasRead = true;
+    return texts().title;
+}
+
+QString StatusNotifierItem::label() {
+    m_wasRead = true;
+    return m_label;
+}
+
+StatusToolTip StatusNotifierItem::toolTip() {
+    return {title(), {}};
+}
+
+IconPixmaps StatusNotifierItem::iconPixmap() {
+    m_wasRead = true;
+    if (m_pixmaps.isEmpty()) {
+        m_pixmaps = statusIconPixmaps(m_image, m_dot);
+        m_isIconStale = false;
+    } else if (m_isIconStale) {
+        publish();
+    }
+    return m_pixmaps;
+}
+
+void StatusNotifierItem::Scroll(int /*delta*/, const QString& /*orientation*/) {}
+
+void StatusNotifierItem::ProvideXdgActivationToken(const QString& token) {
+    // Qt's Wayland plugin takes the token for the next window that it activates from here.
+    qputenv("XDG_ACTIVATION_TOKEN", token.toUtf8());
+}
+
+StatusNotifierItem::Texts StatusNotifierItem::texts() const {
+    if (!m_toolTip.isEmpty()) {
+        return {m_toolTip, m_label};
+    }
+    if (m_label.isEmpty()) {
+        return {m_applicationName, m_label};
+    }
+    return {m_applicationName + QStringLiteral(" — ") + m_label, m_label};
+}
+
+void StatusNotifierItem::scheduleUpdate() {
+    if (!std::exchange(m_isUpdateScheduled, true)) {
+        QMetaObject::invokeMethod(this, &StatusNotifierItem::publish, Qt::QueuedConnection);
+    }
+}
+
+void StatusNotifierItem::publish() {
+    m_isUpdateScheduled = false;
+    const Texts old = std::exchange(m_published, texts());
+    if (!m_wasRead) {
+        // No panel knows us yet, and the first one will read everything.
+        return;
+    }
+    if (m_published.title != old.title) {
+        Q_EMIT NewTitle();
+        // LXQt shows the tool tip's title only and does not listen to NewTitle.
+        Q_EMIT NewToolTip();
+    }
+    if (m_published.label != old.label) {
+        Q_EMIT XAyatanaNewLabel(m_published.label, m_published.label);
+    }
+    if (std::exchange(m_isIconStale, false) && !m_pixmaps.isEmpty()) {
+        const IconPixmaps oldPixmaps = std::exchange(m_pixmaps, statusIconPixmaps(m_image, m_dot));
+        if (m_pixmaps != oldPixmaps) {
+            Q_EMIT NewIcon();
+        }
+    }
+}
+
+void StatusNotifierItem::runAction(QPoint place) {
+    // Queued: the panel gets its reply at once, and the action may drop the item.
+    const auto run = [this, place] {
+        if (const StatusItem::Action action = m_action) {
+            action(place);
+        }
+    };
+    QMetaObject::invokeMethod(this, run, Qt::QueuedConnection);
+}
+
+}  // namespace tidemark

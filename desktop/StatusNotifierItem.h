@@ -1,0 +1,112 @@
+#pragma once
+
+#include "desktop/StatusIcon.h"
+#include "desktop/StatusItem.h"
+
+#include <QColor>
+#include <QDBusArgument>
+#include <QDBusObjectPath>
+#include <QObject>
+#include <QString>
+
+namespace tidemark {
+
+/// The tool tip as it goes over the bus: an icon that we leave empty, a title and a text.
+struct StatusToolTip {
+    QString title;
+    QString text;
+};
+
+QDBusArgument& operator<<(QDBusArgument& argument, const IconPixmap& pixmap);
+const QDBusArgument& operator>>(const QDBusArgument& argument, IconPixmap& pixmap);
+QDBusArgument& operator<<(QDBusArgument& argument, const StatusToolTip& toolTip);
+const QDBusArgument& operator>>(const QDBusArgument& argument, StatusToolTip& toolTip);
+
+/// The bus object of one panel entry, after the StatusNotifierItem protocol with the label of the Ayatana
+/// indicators. Changes within one turn of the event loop go out together, and only those that a panel would
+/// see.
+class StatusNotifierItem final : public QObject {
+    Q_OBJECT
+    Q_CLASSINFO("D-Bus Interface", "org.kde.StatusNotifierItem")
+    Q_PROPERTY(QString Category READ category CONSTANT)
+    Q_PROPERTY(QString Id READ id CONSTANT)
+    Q_PROPERTY(QString Title READ title)
+    Q_PROPERTY(QString Status READ status CONSTANT)
+    Q_PROPERTY(int WindowId READ windowId CONSTANT)
+    Q_PROPERTY(QString IconThemePath READ none CONSTANT)
+    Q_PROPERTY(QString IconName READ none CONSTANT)
+    Q_PROPERTY(tidemark::IconPixmaps IconPixmap READ iconPixmap)
+    Q_PROPERTY(QString OverlayIconName READ none CONSTANT)
+    Q_PROPERTY(QString AttentionIconName READ none CONSTANT)
+    Q_PROPERTY(tidemark::StatusToolTip ToolTip READ toolTip)
+    Q_PROPERTY(bool ItemIsMenu READ itemIsMenu CONSTANT)
+    Q_PROPERTY(QDBusObjectPath Menu READ menu CONSTANT)
+    Q_PROPERTY(QString XAyatanaLabel READ label)
+    Q_PROPERTY(QString XAyatanaLabelGuide READ label)
+    Q_PROPERTY(uint XAyatanaOrderingIndex READ orderingIndex CONSTANT)
+
+public:
+    /// `applicationName` stands in the title; the menu is exported at `menuPath` on the same connection.
+    StatusNotifierItem(QString applicationName, QString id, const QString& menuPath);
+
+    void setImage(const StatusImage& image);
+    void setAttributedTitle(const AttributedTitle& title);
+    void setToolTip(const QString& toolTip);
+    void setAction(StatusItem::Action action) { m_action = std::move(action); }
+
+    [[nodiscard]] QString category() const { return QStringLiteral("ApplicationStatus"); }
+    [[nodiscard]] QString id() const { return m_id; }
+    [[nodiscard]] QString status() const { return QStringLiteral("Active"); }
+    [[nodiscard]] int windowId() const { return 0; }
+    [[nodiscard]] QString none() const { return {}; }
+    [[nodiscard]] bool itemIsMenu() const { return false; }
+    [[nodiscard]] QDBusObjectPath menu() const { return m_menu; }
+    [[nodiscard]] uint orderingIndex() const { return 0; }
+    [[nodiscard]] QString title();
+    [[nodiscard]] QString label();
+    [[nodiscard]] StatusToolTip toolTip();
+    [[nodiscard]] IconPixmaps iconPixmap();
+
+public Q_SLOTS:
+    void Activate(int x, int y) { runAction({x, y}); }
+    void SecondaryActivate(int x, int y) { runAction({x, y}); }
+    void ContextMenu(int x, int y) { runAction({x, y}); }
+    void Scroll(int delta, const QString& orientation);
+    void ProvideXdgActivationToken(const QString& token);
+
+Q_SIGNALS:
+    void NewTitle();
+    void NewIcon();
+    void NewToolTip();
+    /// Part of the protocol; the status never changes.
+    void NewStatus(const QString& status);
+    void XAyatanaNewLabel(const QString& label, const QString& guide);
+
+private:
+    /// What panels show as text: everywhere on hover, next to the icon on those that can.
+    struct Texts {
+        QString title;
+        QString label;
+    };
+
+    [[nodiscard]] Texts texts() const;
+    void scheduleUpdate();
+    void publish();
+    void runAction(QPoint place);
+
+    QString m_applicationName;
+    QString m_id;
+    QDBusObjectPath m_menu;
+    StatusImage m_image;
+    QColor m_dot;
+    QString m_label;
+    QString m_toolTip;
+    StatusItem::Action m_action;
+    Texts m_published;
+    IconPixmaps m_pixmaps;
+    bool m_isIconStale = true;
+    bool m_isUpdateScheduled = false;
+    bool m_wasRead = false;
+};
+
+}  // namespace tidemark

@@ -1,0 +1,101 @@
+#include "sandbox/Sandbox.h"
+
+#include "sandbox/CloudflareService.h"
+#include "sandbox/ControlService.h"
+#include "sandbox/HttpServer.h"
+#include "sandbox/VercelService.h"
+
+namespace tidemark::sandbox {
+
+struct Sandbox::Private {
+    explicit Private(const SandboxOptions& options) : port(options.port), world(options) {}
+
+    Reply serviceReply(const Request& request);
+
+    int port;
+    /// Recursive, because one statement easily takes the world twice.
+    std::recursive_mutex mutex;
+    World world;
+    Faults faults;
+    RequestLog log;
+    VercelService vercel{world};
+    CloudflareService cloudflare{world};
+    ControlService control{world, faults, log};
+    /// Last, so that its threads end before what they use.
+    std::unique_ptr<HttpServer> server;
+};
+
+Reply Sandbox::Private::serviceReply(const Request& request) {
+    const std::optional<Fault> fault = faults.take(request.path, vercel.projectOf(request));
+    if (fault) {
+        if (std::optional<Reply> substitute = substituteFor(*fault))
+            return *std::move(substitute);
+    }
+    Reply reply{.status = 404};
+    if (VercelService::serves(request.path))
+        reply = vercel.answer(request);
+    else if (CloudflareService::serves(request.path))
+        reply = cloudflare.answer(request);
+    return fault ? spoil(std::move(reply), *fault) : reply;
+}
+
+Sandbox::Sandbox(SandboxOptions options) : d(std::make_unique<Private>(options)) {
+    d->server = std::make_unique<HttpServer>([this](const Request& request) { return answer(request); });
+}
+
+Sandbox::~Sandbox() {
+    stop();
+}
+
+bool Sandbox::start() {
+    return d->server->start(d->port);
+}
+
+void Sandbox::stop() {
+    d->server->stop();
+}
+
+QUrl Sandbox::baseUrl() const {
+    const int port = d->server->port();
+    return port == 0 ? QUrl() : QUrl(QStringLiteral("http://127.0.0.1:%1").arg(port));
+}
+
+QList<SandboxAccount> Sandbox::accounts() const {
+    return d->world.accounts();
+}
+
+QString Sandbox::cloudflareToken() const {
+    return d->world.cloudflareToken();
+}
+
+LockedWorld Sandbox::world() {
+    LockedWorld locked(d->mutex, d->world);
+    locked->advance();
+    return locked;
+}
+
+Faults& Sandbox::faults() {
+    return d->faults;
+}
+
+RequestLog& Sandbox::log() {
+    return d->log;
+}
+
+Reply Sandbox::answer(const Request& request) {
+    Reply reply;
+    LoggedRequest entry{request};
+    {
+        const std::scoped_lock lock(d->mutex);
+        d->world.advance();
+        if (ControlService::serves(request.path))
+            return d->control.answer(request);
+        reply = d->serviceReply(request);
+        entry.time = d->world.now();
+        entry.status = reply.status;
+    }
+    d->log.append(std::move(entry));
+    return reply;
+}
+
+}  // namespace tidemark::sandbox

@@ -1,0 +1,175 @@
+#include "sandbox/Seeding.h"
+
+#include <algorithm>
+
+#include "sandbox/Catalog.h"
+#include "sandbox/Random.h"
+
+namespace tidemark::sandbox {
+
+namespace {
+
+constexpr quint64 accountDraws = 1;
+constexpr quint64 projectDraws = 2;
+constexpr quint64 domainDraws = 3;
+constexpr quint64 zoneDraws = 4;
+
+constexpr qint64 minute = 60'000;
+constexpr qint64 hour = 60 * minute;
+
+/// How a project's newest deployment stands at the start: a picture with something of everything.
+struct Opening {
+    const char16_t* state;  ///< null for a project that was never deployed
+    int ageMinutes;
+    bool production;
+};
+
+constexpr Opening openings[] = {
+    {u"READY", 4, true},   {u"READY", 26, true},      {u"BUILDING", 0, true}, {u"READY", 190, true},
+    {u"ERROR", 11, false}, {u"READY", 52, false},     {u"READY", 1700, true}, {u"READY", 5 * 1440, true},
+    {u"QUEUED", 0, true},  {u"CANCELED", 340, false}, {u"READY", 2900, true}, {nullptr, 0, true},
+};
+
+QList<SandboxAccount> seedAccounts(const SandboxOptions& options) {
+    QList<SandboxAccount> accounts;
+    for (int index = 0; index < std::max(options.accounts, 1); ++index) {
+        Random random = Random::stream(options.seed, accountDraws, static_cast<quint64>(index));
+        const catalog::AccountName name = catalog::accountName(static_cast<quint64>(index));
+        accounts.append({.name = name.name,
+                         .slug = name.slug,
+                         .userId = random.letters(24),
+                         .teamId = index == 0 ? QString() : QStringLiteral("team_") + random.letters(24),
+                         .token = QStringLiteral("sandbox-%1-%2").arg(name.slug, random.letters(12))});
+    }
+    return accounts;
+}
+
+/// Every fourth project is a personal one, the teams take turns with the others.
+int accountOf(int index, int accounts) {
+    if (accounts == 1 || index % 4 == 3)
+        return 0;
+    return 1 + (index - index / 4) % (accounts - 1);
+}
+
+/// Moves a queued deployment to the state it has reached by now.
+void age(Deployment& deployment, const QString& state, Random& random, qint64 now) {
+    deployment.state = state;
+    if (state == u"QUEUED" || state == u"INITIALIZING")
+        return;
+    deployment.buildingAt = std::min(now, deployment.created + random.between(2, 9) * 1000);
+    if (state != u"BUILDING")
+        deployment.ready = deployment.buildingAt + random.between(17'000, 160'000);
+    if (state != u"READY")
+        deployment.ready = 0;
+}
+
+QString pastState(Random& random) {
+    const double draw = random.real();
+    if (draw < 0.86)
+        return QStringLiteral("READY");
+    return draw < 0.95 ? QStringLiteral("ERROR") : QStringLiteral("CANCELED");
+}
+
+/// The newest deployment as the opening says, and several before it.
+void seedHistory(Project& project, const SandboxAccount& account, const Opening& opening, Random& random,
+                 quint64 turn, qint64 now) {
+    qint64 created = now - opening.ageMinutes * minute - random.between(12, 50) * 1000;
+    if (opening.ageMinutes > 0)
+        created -= 200'000;  // so that even the slowest build has ended
+    const int count = random.between(4, 14);
+    for (int index = 0; index < count; ++index) {
+        const bool newest = index == 0;
+        const bool production = newest ? opening.production : random.chance(0.6);
+        Deployment deployment = catalog::deployment(random, project, account, created, production, turn);
+        turn += 11;
+        age(deployment, newest ? QString::fromUtf16(opening.state) : pastState(random), random, now);
+        if (deployment.state == u"READY")
+            deployment.alias = catalog::aliases(project, account, deployment);
+        project.deployments.append(deployment);
+        created -= 10 * minute + static_cast<qint64>(random.exponential(9 * hour));
+    }
+}
+
+Project seedProject(const SandboxOptions& options, const QList<SandboxAccount>& accounts, int index,
+                    qint64 now) {
+    Random random = Random::stream(options.seed, projectDraws, static_cast<quint64>(index));
+    Project project;
+    project.id = QStringLiteral("prj_") + random.letters(28);
+    project.name = catalog::projectName(static_cast<quint64>(index));
+    project.account = accountOf(index, static_cast<int>(accounts.size()));
+    project.framework = catalog::framework(random);
+    project.repository = project.name;
+    project.updated = now - 20 * minute * (index + 1) - random.between(0, 19 * 60'000);
+    project.created = project.updated - random.between(20, 900) * 24 * hour;
+    const SandboxAccount& account = accounts.at(project.account);
+    project.domains = seedDomains(options.seed, static_cast<quint64>(index), project, account);
+
+    constexpr int dozen = std::size(openings);
+    // Beyond the first dozen nothing is under way, so that thousands of builds do not start at once.
+    Opening opening = openings[index % dozen];
+    if (index >= dozen && opening.ageMinutes == 0 && opening.state != nullptr)
+        opening = {u"READY", 90 + index % 700, true};
+    project.quiet = opening.state == nullptr;
+    if (!project.quiet)
+        seedHistory(project, account, opening, random, options.seed + static_cast<quint64>(index) * 7, now);
+    return project;
+}
+
+QList<Zone> seedZones(const SandboxOptions& options, const std::vector<std::unique_ptr<Project>>& projects) {
+    QList<Zone> zones;
+    quint64 index = 0;
+    const auto add = [&](const QString& name, ZoneTraffic traffic) {
+        Random random = Random::stream(options.seed, zoneDraws, index++);
+        zones.append({.id = random.hex(32),
+                      .name = name,
+                      .traffic = traffic,
+                      .dailyRequests = static_cast<qint64>(1500 + random.exponential(60'000))});
+    };
+    constexpr std::size_t matching = 6;
+    for (std::size_t project = 0; project < std::min(matching, projects.size()); ++project) {
+        add(projects[project]->name + QStringLiteral(".example"),
+            project == 4 ? ZoneTraffic::failing : ZoneTraffic::served);
+        if (project == 1)
+            add(QStringLiteral("paper-heron.example"), ZoneTraffic::served);
+    }
+    add(QStringLiteral("old-campaign.example"), ZoneTraffic::refused);
+    return zones;
+}
+
+}  // namespace
+
+QList<Domain> seedDomains(quint64 seed, quint64 index, const Project& project,
+                          const SandboxAccount& account) {
+    Random random = Random::stream(seed, domainDraws, index);
+    const QString label = catalog::hostLabel(project.name);
+    const QString zone = account.slug + QStringLiteral(".example");
+    QList<Domain> domains;
+    if (random.chance(0.3)) {
+        domains.append({.name = QStringLiteral("%1-staging.%2").arg(label, zone),
+                        .gitBranch = QStringLiteral("staging")});
+    }
+    domains.append({.name = label + catalog::defaultSuffix});
+    if (random.chance(0.8)) {
+        const bool own = random.chance(0.5);
+        const QString custom = own ? label + QStringLiteral(".example") : label + u'.' + zone;
+        if (own)
+            domains.append({.name = QStringLiteral("www.") + custom, .redirect = custom});
+        if (random.chance(0.25))
+            domains.append({.name = QStringLiteral("new-") + custom, .verified = false});
+        domains.append({.name = custom, .verified = !random.chance(0.1)});
+    }
+    return domains;
+}
+
+Seeds seedWorld(const SandboxOptions& options, qint64 now) {
+    Seeds seeds;
+    seeds.accounts = seedAccounts(options);
+    seeds.cloudflareToken = QStringLiteral("sandbox-cloudflare-") +
+                            Random::stream(options.seed, accountDraws, ~quint64(0)).letters(12);
+    for (int index = 0; index < options.projects; ++index)
+        seeds.projects.push_back(std::make_unique<Project>(seedProject(options, seeds.accounts, index, now)));
+    seeds.zones = seedZones(options, seeds.projects);
+    return seeds;
+}
+
+}  // namespace tidemark::sandbox

@@ -1,0 +1,55 @@
+#pragma once
+
+#include <QList>
+#include <QMutex>
+#include <QWaitCondition>
+
+#include "desktop/Keychain.h"
+
+namespace tidemark {
+
+/// A keychain in memory. May be used, set up and looked into from several threads.
+class FakeKeychain final : public Keychain {
+public:
+    struct Item {
+        KeychainQuery attributes;
+        QByteArray data;
+
+        bool operator==(const Item&) const = default;
+    };
+
+    /// What the store does with a call.
+    enum class Mood : quint8 {
+        willing,
+        refusesSynchronizable,  ///< takes only items that are not synchronizable
+        refusesAdds,            ///< takes no items
+        unavailable,            ///< finds nothing, takes nothing, deletes nothing
+        prompting,              ///< keeps every call waiting until the mood changes or `cancel`
+    };
+
+    void setMood(Mood mood);
+    /// Puts an item there, whatever the mood and whatever else there is.
+    void insert(const KeychainQuery& attributes, const QByteArray& data);
+    [[nodiscard]] QList<Item> items() const;
+    /// Calls of `beginSession` so far.
+    [[nodiscard]] int sessionCount() const;
+
+    void beginSession() override;
+    [[nodiscard]] std::optional<QByteArray> copyMatching(const KeychainQuery& query) override;
+    [[nodiscard]] bool add(const KeychainQuery& attributes, const QByteArray& data) override;
+    void deleteMatching(const KeychainQuery& query) override;
+    void cancel() override;
+
+private:
+    /// The mood once the prompt, if any, is over. Call with the mutex locked.
+    Mood awaitMood();
+
+    mutable QMutex m_mutex;
+    QWaitCondition m_changed;
+    Mood m_mood = Mood::willing;
+    bool m_isCancelled = false;
+    int m_sessionCount = 0;
+    QList<Item> m_items;
+};
+
+}  // namespace tidemark

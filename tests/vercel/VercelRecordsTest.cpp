@@ -1,0 +1,138 @@
+#include <QJsonDocument>
+#include <QTest>
+
+#include "vercel/Deployment.h"
+#include "vercel/VercelProject.h"
+
+using namespace tidemark;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QByteArray deploymentsJson(const QByteArray& members) {
+    return "{\"deployments\":[{" + members + "}]}";
+}
+
+const QByteArray required = R"("uid":"d1","name":"api","url":"api-1.vercel.app","created":1700000000000,"state":"READY")";
+
+}  // namespace
+
+class VercelRecordsTest final : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void decodesADeployment() {
+        const auto response = DeploymentsResponse::decode(deploymentsJson(
+            required +
+            R"(,"ready":9007199254740993,"target":null,"inspectorUrl":"https://x/y","extra":{"a":[1]},)"
+            R"("meta":{"githubCommitMessage":"Fix \ud83d it","githubCommitRef":"main","other":5},"alias":["a","b"])"));
+        QVERIFY(response);
+        const Deployment& deployment = response->deployments.first();
+        QCOMPARE(deployment.id, u"d1"_s);
+        QCOMPARE(deployment.created, 1700000000000);
+        QCOMPARE(deployment.ready, 9007199254740993);  // not a double: its last digit survives
+        QVERIFY(!deployment.target);
+        QCOMPARE(deployment.meta->githubCommitRef, u"main"_s);
+        QVERIFY(deployment.meta->githubCommitMessage->startsWith(u"Fix "));  // cut in an emoji by the API
+        QVERIFY(!deployment.meta->githubCommitSha);
+        QCOMPARE(deployment.alias, (QList{u"a"_s, u"b"_s}));
+    }
+
+    void deploymentsDecodeOrFailAsAWhole_data() {
+        QTest::addColumn<QByteArray>("json");
+        QTest::addColumn<QString>("path");  // of the error; "ok" when there is none
+        const auto row = [](const char* name, const QByteArray& json, const QString& path) {
+            QTest::newRow(name) << json << path;
+        };
+        row("id instead of uid", R"({"deployments":[{"id":"d","name":"n","url":"u","created":1,"state":"s"}]})",
+            u"deployments[0].uid"_s);
+        row("second of two is broken", "{\"deployments\":[{" + required + R"(},{"uid":5}]})",
+            u"deployments[1].uid"_s);
+        row("created as text", R"({"deployments":[{"uid":"d","name":"n","url":"u","created":"1","state":"s"}]})",
+            u"deployments[0].created"_s);
+        row("created with a fraction",
+            R"({"deployments":[{"uid":"d","name":"n","url":"u","created":1.5,"state":"s"}]})",
+            u"deployments[0].created"_s);
+        row("created beyond 64 bits",
+            R"({"deployments":[{"uid":"d","name":"n","url":"u","created":9223372036854775808,"state":"s"}]})",
+            u"deployments[0].created"_s);
+        row("state missing", R"({"deployments":[{"uid":"d","name":"n","url":"u","created":1}]})",
+            u"deployments[0].state"_s);
+        row("optional of a wrong type", deploymentsJson(required + R"(,"target":1)"), u"deployments[0].target"_s);
+        row("boolean as integer", deploymentsJson(required + R"(,"ready":true)"), u"deployments[0].ready"_s);
+        row("meta is no object", deploymentsJson(required + R"(,"meta":[])"), u"deployments[0].meta"_s);
+        row("text in meta is a number", deploymentsJson(required + R"(,"meta":{"githubCommitRef":1})"),
+            u"deployments[0].meta.githubCommitRef"_s);
+        row("alias with a number", deploymentsJson(required + R"(,"alias":["a",1])"),
+            u"deployments[0].alias[1]"_s);
+        row("element is no object", R"({"deployments":[3]})", u"deployments[0]"_s);
+        row("deployments null", R"({"deployments":null})", u"deployments"_s);
+        row("top level is an array", "[]", QString());
+        row("not JSON", "<html>", QString());
+        row("invalid UTF-8", "{\"deployments\":[{\"uid\":\"\xff\xfe\"}]}", QString());
+        row("a thousand levels deep", QByteArray(5000, '[') + QByteArray(5000, ']'), QString());
+        row("nothing", "", QString());
+        row("optional members null",
+            deploymentsJson(required + R"(,"ready":null,"meta":null,"alias":null,"inspectorUrl":null)"), u"ok"_s);
+        row("whole number as a float", R"({"deployments":[{"uid":"d","name":"n","url":"u","created":1e3,"state":"s"}]})",
+            u"ok"_s);
+        row("unknown state text", R"({"deployments":[{"uid":"d","name":"n","url":"u","created":1,"state":"Canceled"}]})",
+            u"ok"_s);
+        row("empty list", R"({"deployments":[],"pagination":{"count":0}})", u"ok"_s);
+    }
+
+    void deploymentsDecodeOrFailAsAWhole() {
+        QFETCH(const QByteArray, json);
+        QFETCH(const QString, path);
+        const auto response = DeploymentsResponse::decode(json);
+        QCOMPARE(response.has_value() ? u"ok"_s : response.error().path, path);
+        if (!response)
+            QVERIFY(!response.error().description().isEmpty());
+    }
+
+    void projectsAreLenientAboutTheirAccountOnly() {
+        const auto response = ProjectsResponse::decode(
+            R"({"projects":[{"id":"p1","name":"a","accountId":"acc"},{"id":"p2","name":"b"},)"
+            R"({"id":"p3","name":"c","accountId":null},{"id":"p4","name":"d","accountId":{"x":[7]}}],)"
+            R"("pagination":{"count":4,"next":1700000000001,"prev":3}})");
+        QVERIFY(response);
+        QStringList accounts;
+        for (const auto& project : response->projects)
+            accounts << project.accountId;
+        QCOMPARE(accounts, (QStringList{u"acc"_s, {}, {}, {}}));
+        QCOMPARE(response->pagination->next, 1700000000001);
+
+        QVERIFY(!ProjectsResponse::decode(R"({"projects":[{"id":"p1"}]})"));
+        QVERIFY(!ProjectsResponse::decode(R"({"projects":[],"pagination":{"next":"1"}})"));
+        QVERIFY(!ProjectsResponse::decode(R"({"projects":[],"pagination":7})"));
+        QVERIFY(!ProjectsResponse::decode(R"({"projects":[],"pagination":null})")->pagination);
+        QVERIFY(!ProjectsResponse::decode(R"({"projects":[],"pagination":{"next":null}})")->pagination->next);
+    }
+
+    void recordsSurviveEncoding() {
+        const Deployment full{.id = u"d"_s,
+                              .name = u"näme \U0001F680"_s,
+                              .url = u"u"_s,
+                              .created = std::numeric_limits<qint64>::min(),
+                              .ready = std::numeric_limits<qint64>::max(),
+                              .state = u"ERROR"_s,
+                              .target = u"production"_s,
+                              .inspectorUrl = u"https://x"_s,
+                              .meta = DeploymentMeta{u"m\nn"_s, u"r"_s, u"s"_s},
+                              .alias = QList{u"a"_s}};
+        const DeploymentsResponse deployments{{full, {.id = u"e"_s, .created = 1, .state = u"x"_s}}};
+        QCOMPARE(DeploymentsResponse::decode(QJsonDocument(deployments.encode()).toJson()), deployments);
+
+        const ProjectsResponse projects{.projects = {{u"p"_s, u"n"_s, u"a"_s}},
+                                        .pagination = ProjectsResponse::Pagination{.next = 5}};
+        QCOMPARE(ProjectsResponse::decode(QJsonDocument(projects.encode()).toJson()), projects);
+        QCOMPARE(decodeProjects(encodeProjects(projects.projects)), projects.projects);
+        QVERIFY(!decodeProjects("{}"));
+
+        const DomainsResponse domains{{{u"d"_s, u""_s, true, u"r"_s}, {.name = u"e"_s}}};
+        QCOMPARE(DomainsResponse::decode(QJsonDocument(domains.encode()).toJson()), domains);
+    }
+};
+
+QTEST_GUILESS_MAIN(VercelRecordsTest)
+#include "VercelRecordsTest.moc"

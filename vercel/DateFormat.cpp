@@ -1,0 +1,75 @@
+#include "vercel/DateFormat.h"
+
+#include <unicode/calendar.h>
+#include <unicode/datefmt.h>
+#include <unicode/reldatefmt.h>
+#include <unicode/unistr.h>
+
+#include <clocale>
+#include <memory>
+
+namespace tidemark {
+
+namespace {
+
+/// The locale that the user wants dates in (LC_TIME), which may differ from that of the messages.
+icu::Locale userLocale() {
+    const char* name = std::setlocale(LC_TIME, nullptr);
+    const QByteArray locale(name ? name : "C");
+    if (locale == "C" || locale == "POSIX" || locale.startsWith("C."))
+        return icu::Locale::getUS();
+    return icu::Locale::createCanonical(locale.constData());
+}
+
+UDate toDate(Clock::TimePoint time) {
+    return static_cast<UDate>(time.time_since_epoch().count());
+}
+
+QString toQString(const icu::UnicodeString& text) {
+    return QString::fromUtf16(text.getBuffer(), text.length());
+}
+
+}  // namespace
+
+QString DateFormat::relative(Clock::TimePoint time, Clock::TimePoint now) {
+    static const auto formatter = [] {
+        UErrorCode status = U_ZERO_ERROR;
+        return std::make_unique<icu::RelativeDateTimeFormatter>(userLocale(), status);
+    }();
+    struct Unit {
+        std::chrono::seconds length;
+        URelativeDateTimeUnit unit;
+    };
+    using namespace std::chrono_literals;
+    const auto elapsed = std::chrono::duration_cast<std::chrono::seconds>(now - time);
+    Unit chosen{1s, UDAT_REL_UNIT_SECOND};
+    for (const Unit unit : {Unit{60s, UDAT_REL_UNIT_MINUTE}, Unit{3600s, UDAT_REL_UNIT_HOUR},
+                            Unit{86400s, UDAT_REL_UNIT_DAY}}) {
+        if (elapsed >= unit.length)
+            chosen = unit;
+    }
+    icu::UnicodeString text;
+    UErrorCode status = U_ZERO_ERROR;
+    formatter->formatNumeric(-static_cast<double>(elapsed / chosen.length), chosen.unit, text, status);
+    return toQString(text);
+}
+
+QString DateFormat::absolute(Clock::TimePoint time) {
+    static const std::unique_ptr<icu::DateFormat> formatter(icu::DateFormat::createDateTimeInstance(
+        icu::DateFormat::kMediumRelative, icu::DateFormat::kShort, userLocale()));
+    icu::UnicodeString text;
+    return toQString(formatter->format(toDate(time), text));
+}
+
+bool DateFormat::isSameDay(Clock::TimePoint first, Clock::TimePoint second) {
+    UErrorCode status = U_ZERO_ERROR;
+    static const std::unique_ptr<icu::Calendar> calendar(icu::Calendar::createInstance(userLocale(), status));
+    const auto day = [](Clock::TimePoint time) {
+        UErrorCode dayStatus = U_ZERO_ERROR;
+        calendar->setTime(toDate(time), dayStatus);
+        return calendar->get(UCAL_JULIAN_DAY, dayStatus);
+    };
+    return day(first) == day(second);
+}
+
+}  // namespace tidemark
