@@ -8,9 +8,7 @@ namespace tidemark {
 AppDelegate::AppDelegate(Services services)
     : m_services(std::move(services)),
       m_configStore(m_services.configPath, m_services.keychain),
-      m_appState(m_services.defaults, m_services.clock) {
-    m_configWorker.setMaxThreadCount(1);
-}
+      m_appState(m_services.defaults, m_services.clock) {}
 
 AppDelegate::~AppDelegate() {
     m_quit.request_stop();
@@ -26,7 +24,7 @@ void AppDelegate::applicationDidFinishLaunching() {
 
 QCoro::Task<> AppDelegate::finishLaunching() {
     const QFuture<std::optional<AppConfiguration>> loading =
-        QtConcurrent::run(&m_configWorker, [store = m_configStore] { return store.load(); });
+        QtConcurrent::run(&m_services.keychainWorker, [store = m_configStore] { return store.load(); });
     const std::optional<AppConfiguration> config = co_await loading;
     if (isQuitting() || !config || !config->hasToken())
         co_return;
@@ -41,7 +39,7 @@ void AppDelegate::saveConfiguration(const AppConfiguration& configuration) {
 
 QCoro::Task<> AppDelegate::storeAndRestart(AppConfiguration configuration) {
     const QFuture<tl::expected<void, QString>> saving = QtConcurrent::run(
-        &m_configWorker, [store = m_configStore, configuration] { return store.save(configuration); });
+        &m_services.keychainWorker, [store = m_configStore, configuration] { return store.save(configuration); });
     co_await saving;
     if (isQuitting())
         co_return;

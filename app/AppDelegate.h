@@ -52,6 +52,8 @@ public:
         Clock& clock;
         UserDefaults& defaults;
         Keychain& keychain;
+        /// A single thread on which the keychain is asked: it may wait for its user.
+        QThreadPool& keychainWorker;
         LoginItem& loginItem;
         StatusBar& statusBar;
         Endpoints endpoints;
@@ -116,8 +118,6 @@ private:
     std::unique_ptr<StatusItem> m_mainStatusItem;
     TaskHandle m_pollingTask;
     TaskHandle m_statusTask;
-    /// The keychain may wait for its user: it is asked on this one thread, one call after the other.
-    QThreadPool m_configWorker;
     /// Ends requests under way; replacing a loop does not, it lets the loop finish the project it is at.
     std::stop_source m_quit;
     /// Last, so that its tasks end first.

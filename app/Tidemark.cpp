@@ -29,7 +29,9 @@ Tidemark::Tidemark(Options options)
       m_defaults(m_options.configFolder + u"/defaults.ini"_s),
       m_loginItem(m_options.autostartFolder, m_options.bundle.identifier, u"Tidemark"_s,
                   QCoreApplication::applicationFilePath()),
-      m_statusBar(u"Tidemark"_s) {}
+      m_statusBar(u"Tidemark"_s) {
+    m_keychainWorker.setMaxThreadCount(1);
+}
 
 int Tidemark::run(QGuiApplication& application) {
     if (m_instance.claim() == SingleInstance::Role::second)
@@ -41,6 +43,7 @@ int Tidemark::run(QGuiApplication& application) {
                           .clock = m_clock,
                           .defaults = m_defaults,
                           .keychain = *m_options.keychain,
+                          .keychainWorker = m_keychainWorker,
                           .loginItem = m_loginItem,
                           .statusBar = m_statusBar,
                           .endpoints = m_options.endpoints,

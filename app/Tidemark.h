@@ -45,6 +45,7 @@ private:
     SingleInstance m_instance;
     NetworkHttpClient m_http;
     UserDefaults m_defaults;
+    QThreadPool m_keychainWorker;
     AutostartLoginItem m_loginItem;
     DBusStatusBar m_statusBar;
 };

@@ -26,7 +26,8 @@ public:
     virtual ~Keychain() = default;
 
     /// Starts a row of calls that belong together, such as the loading of all tokens. Within a row the user
-    /// is asked at most once to unlock the store; when they decline, the rest of the row fails without asking.
+    /// is asked at most once to unlock the store; when they decline, the rest of the row fails without
+    /// asking.
     virtual void beginSession() {}
 
     /// The data of one item that matches; absent when there is none or the store cannot be read.

@@ -63,7 +63,8 @@ QString programOf(const QString& exec) {
     for (qsizetype i = isQuoted ? 1 : 0; i < exec.size(); ++i) {
         if (exec[i] == QLatin1Char(isQuoted ? '"' : ' '))
             break;
-        if (i + 1 < exec.size() && (exec[i] == QLatin1Char('%') || (isQuoted && exec[i] == QLatin1Char('\\'))))
+        if (i + 1 < exec.size() &&
+            (exec[i] == QLatin1Char('%') || (isQuoted && exec[i] == QLatin1Char('\\'))))
             ++i;
         result += exec[i];
     }
@@ -116,16 +117,16 @@ LoginItem::Status AutostartLoginItem::status() const {
 bool AutostartLoginItem::registerItem() {
     if (!QDir().mkpath(QFileInfo(m_path).path()))
         return false;
-    const QString text = QStringLiteral(
-                             "[Desktop Entry]\n"
-                             "Type=Application\n"
-                             "Name=%1\n"
-                             "Exec=%2\n"
-                             "Icon=%3\n"
-                             "Terminal=false\n"
-                             "X-GNOME-Autostart-enabled=true\n")
-                             .arg(escaped(m_name), escaped(quoted(m_program)),
-                                  escaped(QFileInfo(m_path).completeBaseName()));
+    const QString text =
+        QStringLiteral(
+            "[Desktop Entry]\n"
+            "Type=Application\n"
+            "Name=%1\n"
+            "Exec=%2\n"
+            "Icon=%3\n"
+            "Terminal=false\n"
+            "X-GNOME-Autostart-enabled=true\n")
+            .arg(escaped(m_name), escaped(quoted(m_program)), escaped(QFileInfo(m_path).completeBaseName()));
     QSaveFile file(m_path);
     if (!file.open(QIODevice::WriteOnly))
         return false;

@@ -2,8 +2,6 @@
 
 #include <libsecret/secret.h>
 
-#include <QtGlobal>
-
 namespace tidemark {
 
 namespace {
@@ -77,18 +75,21 @@ Attributes attributes(const KeychainQuery& query) {
     return result;
 }
 
-/// A main loop of its own for the thread that waits in it.
-class WaitLoop {
+/// The main loop that GLib uses for what is started on this thread meanwhile.
+class ThreadLoop {
 public:
-    WaitLoop() : m_context(g_main_context_new()) { g_main_context_push_thread_default(m_context); }
-    WaitLoop(const WaitLoop&) = delete;
-    WaitLoop& operator=(const WaitLoop&) = delete;
-    ~WaitLoop() {
+    ThreadLoop() : m_context(g_main_context_new()) { g_main_context_push_thread_default(m_context); }
+    ThreadLoop(const ThreadLoop&) = delete;
+    ThreadLoop& operator=(const ThreadLoop&) = delete;
+    ~ThreadLoop() {
+        // Objects that went leave something to clean up here.
+        while (g_main_context_iteration(m_context, FALSE) != FALSE) {
+        }
         g_main_context_pop_thread_default(m_context);
         g_main_context_unref(m_context);
     }
 
-    /// Runs until `isOver` says so, looked at after each event.
+    /// Runs until `isOver` says so, looked at after each event, or until it is cancelled.
     template <typename Condition>
     void run(GCancellable* cancellable, Condition isOver) {
         GSource* wake = g_cancellable_source_new(cancellable);
@@ -111,7 +112,7 @@ public:
     /// 42), and libsecret would wait for another thread's main loop.
     static bool perform(GDBusConnection* connection, const char* service, const char* path,
                         GCancellable* cancellable) {
-        WaitLoop loop;
+        ThreadLoop loop;
         Prompt prompt;
         const guint completed = g_dbus_connection_signal_subscribe(
             connection, service, "org.freedesktop.Secret.Prompt", "Completed", path, nullptr,
@@ -152,34 +153,26 @@ private:
 /// The calls of the Secret Service, each of which ends early once it is cancelled.
 class SecretServiceKeychain::Calls {
 public:
-    void beginSession() { m_isUnlockRefused = false; }
+    void beginSession() { m_isRefused = false; }
     void cancel() { g_cancellable_cancel(m_cancellable.get()); }
 
     /// Null when there is no service.
     [[nodiscard]] Object<SecretService> service() {
-        if (g_cancellable_is_cancelled(m_cancellable.get()))
+        if (g_cancellable_is_cancelled(m_cancellable.get()) != FALSE)
             return nullptr;
         return Object<SecretService>(
             secret_service_get_sync(SECRET_SERVICE_OPEN_SESSION, m_cancellable.get(), &m_error));
     }
 
     [[nodiscard]] Items search(SecretService* service, const KeychainQuery& query) {
-        return Items(secret_service_search_sync(service, &schema(), attributes(query).get(), SECRET_SEARCH_ALL,
-                                                m_cancellable.get(), &m_error));
+        return Items(secret_service_search_sync(service, &schema(), attributes(query).get(),
+                                                SECRET_SEARCH_ALL, m_cancellable.get(), &m_error));
     }
 
-    /// Whether the collection, or that of the item, is open now. Asks the user for it unless they declined
-    /// already.
-    bool unlock(SecretService* service, const char* path) {
-        return !m_isRefused && call(service, path, "/org/freedesktop/secrets", "org.freedesktop.Secret.Service",
-                                    "Unlock", g_variant_new("(^ao)", std::array{path, null}.data()));
-    }
-
-    bool isOpen(SecretService* service, SecretItem* item) {
-        return secret_item_get_locked(item) == FALSE || unlock(service, item);
-    }
-
-    std::optional<QByteArray> data(SecretItem* item) {
+    /// Absent when the user does not unlock it.
+    std::optional<QByteArray> data(SecretService* service, SecretItem* item) {
+        if (secret_item_get_locked(item) != FALSE && !unlock(service, pathOf(item)))
+            return std::nullopt;
         if (secret_item_load_secret_sync(item, m_cancellable.get(), &m_error) == FALSE)
             return std::nullopt;
         const Secret secret(secret_item_get_secret(item));
@@ -190,32 +183,70 @@ public:
         return QByteArray(bytes, static_cast<qsizetype>(size));
     }
 
-    void remove(SecretItem* item) { secret_item_delete_sync(item, m_cancellable.get(), &m_error); }
+    void remove(SecretService* service, SecretItem* item) {
+        if (secret_item_get_locked(item) == FALSE || unlock(service, pathOf(item)))
+            call(service, pathOf(item), "org.freedesktop.Secret.Item", "Delete", nullptr);
+    }
 
-    /// Whether the default collection takes items. The first item makes it, which asks the user too.
-    bool isDefaultCollectionOpen(SecretService* service) {
-        const Object<SecretCollection> collection(
-            secret_collection_for_alias_sync(service, SECRET_COLLECTION_DEFAULT, SECRET_COLLECTION_NONE,
-                                             m_cancellable.get(), &m_error));
-        if (!collection)
-            return !m_isUnlockRefused;
-        return secret_collection_get_locked(collection.get()) == FALSE || unlock(service, collection.get());
+    /// Unlocks the default collection or, where there is none yet, makes it.
+    bool openDefaultCollection(SecretService* service) {
+        const Object<SecretCollection> collection(secret_collection_for_alias_sync(
+            service, SECRET_COLLECTION_DEFAULT, SECRET_COLLECTION_NONE, m_cancellable.get(), &m_error));
+        if (collection)
+            return secret_collection_get_locked(collection.get()) == FALSE ||
+                   unlock(service, pathOf(collection.get()));
+        GVariantBuilder properties;
+        g_variant_builder_init(&properties, G_VARIANT_TYPE_VARDICT);
+        g_variant_builder_add(&properties, "{sv}", "org.freedesktop.Secret.Collection.Label",
+                              g_variant_new_string("Default"));
+        return call(service, "/org/freedesktop/secrets", "org.freedesktop.Secret.Service", "CreateCollection",
+                    g_variant_new("(a{sv}s)", &properties, "default"));
     }
 
     bool store(SecretService* service, const KeychainQuery& query, const QByteArray& data) {
         const Secret secret(secret_value_new(data.constData(), data.size(), "text/plain"));
         const QByteArray label = "Tidemark " + query.account.toUtf8();
-        const bool isStored =
-            secret_service_store_sync(service, &schema(), attributes(query).get(), SECRET_COLLECTION_DEFAULT,
-                                      label.constData(), secret.get(), m_cancellable.get(), &m_error) != FALSE;
-        m_isUnlockRefused = m_isUnlockRefused || !isStored;
-        return isStored;
+        return secret_service_store_sync(service, &schema(), attributes(query).get(),
+                                         SECRET_COLLECTION_DEFAULT, label.constData(), secret.get(),
+                                         m_cancellable.get(), &m_error) != FALSE;
     }
 
 private:
+    static const char* pathOf(gpointer object) { return g_dbus_proxy_get_object_path(G_DBUS_PROXY(object)); }
+
+    bool unlock(SecretService* service, const char* path) {
+        GVariantBuilder objects;
+        g_variant_builder_init(&objects, G_VARIANT_TYPE_OBJECT_PATH_ARRAY);
+        g_variant_builder_add(&objects, "o", path);
+        return call(service, "/org/freedesktop/secrets", "org.freedesktop.Secret.Service", "Unlock",
+                    g_variant_new("(ao)", &objects));
+    }
+
+    /// Calls a method that ends its answer with the path of a prompt, or "/" when it needs none, and sees the
+    /// prompt through unless the user has declined one before.
+    bool call(SecretService* service, const char* path, const char* interface, const char* method,
+              GVariant* arguments) {
+        auto* proxy = G_DBUS_PROXY(service);
+        GDBusConnection* connection = g_dbus_proxy_get_connection(proxy);
+        const char* name = g_dbus_proxy_get_name(proxy);
+        const Variant answer(g_dbus_connection_call_sync(connection, name, path, interface, method, arguments,
+                                                         nullptr, G_DBUS_CALL_FLAGS_NONE, -1,
+                                                         m_cancellable.get(), &m_error));
+        if (!answer || g_variant_n_children(answer.get()) == 0)
+            return false;
+        const Variant last(g_variant_get_child_value(answer.get(), g_variant_n_children(answer.get()) - 1));
+        if (g_variant_is_of_type(last.get(), G_VARIANT_TYPE_OBJECT_PATH) == FALSE)
+            return false;
+        const char* prompt = g_variant_get_string(last.get(), nullptr);
+        if (g_strcmp0(prompt, "/") == 0)
+            return true;
+        m_isRefused = m_isRefused || !Prompt::perform(connection, name, prompt, m_cancellable.get());
+        return !m_isRefused;
+    }
+
     Object<GCancellable> m_cancellable{g_cancellable_new()};
     Error m_error;
-    bool m_isUnlockRefused = false;
+    bool m_isRefused = false;
 };
 
 SecretServiceKeychain::SecretServiceKeychain() : m_calls(std::make_unique<Calls>()) {}
@@ -227,36 +258,33 @@ void SecretServiceKeychain::beginSession() {
 }
 
 std::optional<QByteArray> SecretServiceKeychain::copyMatching(const KeychainQuery& query) {
+    const ThreadLoop loop;
     const auto service = m_calls->service();
     if (!service)
         return std::nullopt;
     const Items items = m_calls->search(service.get(), query);
     for (const GList* entry = items.get(); entry; entry = entry->next) {
-        auto* item = static_cast<SecretItem*>(entry->data);
-        if (!m_calls->isOpen(service.get(), item))
-            continue;
-        if (auto data = m_calls->data(item))
+        if (auto data = m_calls->data(service.get(), static_cast<SecretItem*>(entry->data)))
             return data;
     }
     return std::nullopt;
 }
 
 bool SecretServiceKeychain::add(const KeychainQuery& attributes, const QByteArray& data) {
+    const ThreadLoop loop;
     const auto service = m_calls->service();
-    return service && m_calls->isDefaultCollectionOpen(service.get()) &&
+    return service && m_calls->openDefaultCollection(service.get()) &&
            m_calls->store(service.get(), attributes, data);
 }
 
 void SecretServiceKeychain::deleteMatching(const KeychainQuery& query) {
+    const ThreadLoop loop;
     const auto service = m_calls->service();
     if (!service)
         return;
     const Items items = m_calls->search(service.get(), query);
-    for (const GList* entry = items.get(); entry; entry = entry->next) {
-        auto* item = static_cast<SecretItem*>(entry->data);
-        if (m_calls->isOpen(service.get(), item))
-            m_calls->remove(item);
-    }
+    for (const GList* entry = items.get(); entry; entry = entry->next)
+        m_calls->remove(service.get(), static_cast<SecretItem*>(entry->data));
 }
 
 void SecretServiceKeychain::cancel() {

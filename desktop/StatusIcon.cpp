@@ -11,9 +11,9 @@ namespace {
 
 constexpr std::array iconSizes{16, 22, 24, 32, 44, 48, 64};
 
-/// Contrast of about 4:1 against white as well as against the near black of dark panels. Nobody tells an
-/// item which of them it sits on.
-constexpr QColor templateTint(0x7e, 0x82, 0x88);
+/// A contrast of more than 3:1 with light panels (#f6f5f4) as well as with dark ones (#353535). Nobody tells
+/// an item which of them it sits on.
+constexpr QColor templateTint(0x84, 0x88, 0x8e);
 
 void drawFitted(QPainter& painter, const StatusImage& image, int size) {
     const double longest = std::max(image.size.width(), image.size.height());

@@ -1,6 +1,7 @@
 #include "sandbox/ProjectDocument.h"
 
 #include <QJsonArray>
+#include <QJsonDocument>
 #include <QJsonValue>
 #include <array>
 
@@ -57,8 +58,10 @@ QJsonObject metaDocument(const Deployment& deployment, const Project& project,
     return meta;
 }
 
-QJsonArray environmentDocument(const Project& project, const SandboxAccount& account) {
-    Random random(seedOf(project.id));
+/// The same for every project, and rendered once: it is half of the document.
+QByteArray environmentJson() {
+    Random random(1);
+    const qint64 created = 1'690'000'000'000;
     QJsonArray variables;
     for (const char16_t* name : variableNames) {
         variables.append(
@@ -69,12 +72,12 @@ QJsonArray environmentDocument(const Project& project, const SandboxAccount& acc
                         {u"comment"_s, QString()},
                         {u"id"_s, random.letters(16)},
                         {u"key"_s, QString::fromUtf16(name)},
-                        {u"createdAt"_s, project.created},
-                        {u"updatedAt"_s, project.updated},
-                        {u"createdBy"_s, account.userId},
+                        {u"createdAt"_s, created},
+                        {u"updatedAt"_s, created},
+                        {u"createdBy"_s, random.letters(24)},
                         {u"updatedBy"_s, QJsonValue::Null}});
     }
-    return variables;
+    return QJsonDocument(variables).toJson(QJsonDocument::Compact);
 }
 
 /// The shape in which a project carries its newest deployments.
@@ -141,26 +144,34 @@ void putSettings(QJsonObject& document, const Project& project) {
 
 }  // namespace
 
-QJsonObject projectDocument(const Project& project, const SandboxAccount& account) {
+QByteArray projectJson(const Project& project, const SandboxAccount& account) {
     QJsonArray latest;
     QJsonObject targets;
     for (const Deployment& deployment : project.deployments) {
-        if (latest.size() < 2)
-            latest.append(latestDocument(deployment, project, account));
-        if (targets.isEmpty() && deployment.target == u"production" && deployment.state == u"READY")
-            targets.insert(deployment.target, latestDocument(deployment, project, account));
+        const bool isLatest = latest.size() < 2;
+        const bool isLive =
+            targets.isEmpty() && deployment.target == u"production" && deployment.state == u"READY";
+        if (!isLatest && !isLive)
+            continue;
+        const QJsonObject document = latestDocument(deployment, project, account);
+        if (isLatest)
+            latest.append(document);
+        if (isLive)
+            targets.insert(deployment.target, document);
     }
     QJsonObject document{{u"accountId"_s, ownerOf(account)},
                          {u"id"_s, project.id},
                          {u"name"_s, project.name},
                          {u"createdAt"_s, project.created},
                          {u"updatedAt"_s, project.updated},
-                         {u"env"_s, environmentDocument(project, account)},
                          {u"latestDeployments"_s, latest},
                          {u"targets"_s, targets},
                          {u"link"_s, linkDocument(project, account)}};
     putSettings(document, project);
-    return document;
+    static const QByteArray environment = environmentJson();
+    QByteArray json = QJsonDocument(document).toJson(QJsonDocument::Compact);
+    json.chop(1);
+    return json + ",\"env\":" + environment + '}';
 }
 
 QJsonObject deploymentDocument(const Deployment& deployment, const Project& project,

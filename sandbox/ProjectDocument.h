@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QByteArray>
 #include <QJsonObject>
 
 #include "sandbox/Records.h"
@@ -7,7 +8,7 @@
 namespace tidemark::sandbox {
 
 /// A project as the project list gives it: some 8 KB, most of which no client of ours reads.
-[[nodiscard]] QJsonObject projectDocument(const Project& project, const SandboxAccount& account);
+[[nodiscard]] QByteArray projectJson(const Project& project, const SandboxAccount& account);
 
 /// A deployment as the deployment list gives it.
 [[nodiscard]] QJsonObject deploymentDocument(const Deployment& deployment, const Project& project,

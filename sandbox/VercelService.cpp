@@ -40,11 +40,8 @@ qint64 cursorOf(const Request& request) {
     return valid ? until : std::numeric_limits<qint64>::max();
 }
 
-QJsonObject pagination(qsizetype count, std::optional<qint64> next, std::optional<qint64> previous) {
-    const auto orNull = [](std::optional<qint64> value) {
-        return value ? QJsonValue(*value) : QJsonValue(QJsonValue::Null);
-    };
-    return {{u"count"_s, count}, {u"next"_s, orNull(next)}, {u"prev"_s, orNull(previous)}};
+QJsonObject pagination(qsizetype count, const QJsonValue& next, const QJsonValue& previous) {
+    return {{u"count"_s, count}, {u"next"_s, next}, {u"prev"_s, previous}};
 }
 
 QString indicatorText(const QString& indicator) {
@@ -123,10 +120,10 @@ Reply VercelService::listProjects(const Request& request, int account) {
     const qint64 until = cursorOf(request);
     QByteArray json = "{\"projects\":[";
     int count = 0;
-    std::optional<qint64> first;
-    std::optional<qint64> last;
-    std::optional<qint64> next;
-    for (int index = 0; index < m_world.projectCount() && !next; ++index) {
+    qint64 last = 0;
+    QJsonValue first;
+    QJsonValue next;
+    for (int index = 0; index < m_world.projectCount() && next.isNull(); ++index) {
         const Project& project = m_world.projectAt(index);
         if (project.account != account || project.updated >= until)
             continue;
@@ -175,9 +172,8 @@ Reply VercelService::listDeployments(const Request& request, int account) const 
     QJsonArray documents;
     for (const auto& [deployment, project] : found)
         documents.append(deploymentDocument(*deployment, *project, m_world.accounts().at(account)));
-    const std::optional<qint64> next = more ? std::optional(found.back().first->created) : std::nullopt;
-    const std::optional<qint64> previous =
-        found.empty() ? std::nullopt : std::optional(found.front().first->created);
+    const QJsonValue next = more ? QJsonValue(found.back().first->created) : QJsonValue();
+    const QJsonValue previous = found.empty() ? QJsonValue() : QJsonValue(found.front().first->created);
     return Reply::json(
         {{u"deployments"_s, documents}, {u"pagination"_s, pagination(documents.size(), next, previous)}});
 }
@@ -186,8 +182,7 @@ Reply VercelService::listDomains(const Request& request, const Project& project)
     QJsonArray documents;
     for (const Domain& domain : project.domains.mid(0, limitOf(request)))
         documents.append(domainDocument(domain, project));
-    return Reply::json({{u"domains"_s, documents},
-                        {u"pagination"_s, pagination(documents.size(), std::nullopt, std::nullopt)}});
+    return Reply::json({{u"domains"_s, documents}, {u"pagination"_s, pagination(documents.size(), {}, {})}});
 }
 
 Reply VercelService::createDeployment(const Request& request, int account) {
@@ -213,8 +208,7 @@ const Project* VercelService::ownProject(const QString& idOrName, int account) c
 const QByteArray& VercelService::rendered(const Project& project) {
     Rendered& entry = m_rendered[project.id];
     if (entry.json.isEmpty() || entry.revision != project.revision) {
-        const QJsonObject document = projectDocument(project, m_world.accounts().at(project.account));
-        entry = {project.revision, QJsonDocument(document).toJson(QJsonDocument::Compact)};
+        entry = {project.revision, projectJson(project, m_world.accounts().at(project.account))};
     }
     return entry.json;
 }

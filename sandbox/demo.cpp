@@ -1,0 +1,91 @@
+#include <QCommandLineParser>
+#include <QGuiApplication>
+#include <QTemporaryDir>
+#include <cstdio>
+
+#include "app/Tidemark.h"
+#include "config/ConfigStore.h"
+#include "sandbox/MemoryKeychain.h"
+#include "sandbox/Sandbox.h"
+
+namespace {
+
+using namespace Qt::StringLiterals;
+using tidemark::sandbox::MemoryKeychain;
+using tidemark::sandbox::Sandbox;
+using tidemark::sandbox::SandboxOptions;
+
+struct Arguments {
+    SandboxOptions sandbox;
+    /// A sandbox that runs elsewhere with the same seed and sizes; empty for one of our own.
+    QUrl address;
+    qint64 interval = 10;
+};
+
+Arguments parse(const QGuiApplication& application) {
+    QCommandLineParser parser;
+    parser.setApplicationDescription(
+        u"The real program on made-up projects. Settings and tokens are gone when it ends."_s);
+    parser.addHelpOption();
+    const QCommandLineOption address(u"sandbox"_s, u"Use the sandbox that runs there."_s, u"address"_s);
+    const QCommandLineOption seed(u"seed"_s, u"Equal seeds give equal worlds."_s, u"number"_s, u"1"_s);
+    const QCommandLineOption projects(u"projects"_s, u"How many projects in all."_s, u"number"_s, u"12"_s);
+    const QCommandLineOption speed(u"speed"_s, u"How fast the world lives; 0 freezes it."_s, u"factor"_s,
+                                   u"2"_s);
+    const QCommandLineOption interval(u"interval"_s, u"Seconds between polls."_s, u"seconds"_s, u"10"_s);
+    parser.addOptions({address, seed, projects, speed, interval});
+    parser.process(application);
+    return {.sandbox = {.seed = parser.value(seed).toULongLong(),
+                        .projects = parser.value(projects).toInt(),
+                        .speed = parser.value(speed).toDouble()},
+            .address = QUrl(parser.value(address)),
+            .interval = parser.value(interval).toLongLong()};
+}
+
+/// Every account of the sandbox, set up as if the user had.
+tidemark::AppConfiguration configurationFor(const Sandbox& sandbox, qint64 interval) {
+    tidemark::AppConfiguration configuration{.cloudflareToken = sandbox.cloudflareToken(),
+                                             .pollingIntervalSeconds = interval};
+    for (const auto& account : sandbox.accounts()) {
+        tidemark::VercelAccount configured = tidemark::VercelAccount::makeDefault();
+        configured.name = account.name;
+        configured.teamId = account.teamId;
+        configured.apiToken = account.token;
+        configuration.accounts.append(configured);
+    }
+    return configuration;
+}
+
+}  // namespace
+
+int main(int argc, char* argv[]) {
+    QGuiApplication application(argc, argv);
+    QGuiApplication::setDesktopFileName(u"com.tidemark.Demo"_s);
+    Arguments arguments = parse(application);
+
+    Sandbox sandbox(arguments.sandbox);
+    if (arguments.address.isEmpty()) {
+        if (!sandbox.start()) {
+            std::fputs("The sandbox cannot be started.\n", stderr);
+            return 1;
+        }
+        arguments.address = sandbox.baseUrl();
+        std::printf("The sandbox is at %s\n", qPrintable(arguments.address.toString()));
+        std::fflush(stdout);
+    }
+
+    const QTemporaryDir settings;
+    auto keychain = std::make_unique<MemoryKeychain>();
+    const tidemark::ConfigStore store(settings.filePath(u"config.json"_s), *keychain);
+    if (!settings.isValid() || !store.save(configurationFor(sandbox, arguments.interval))) {
+        std::fputs("The demo's settings cannot be written.\n", stderr);
+        return 1;
+    }
+    tidemark::Tidemark program({.bundle = {.identifier = u"com.tidemark.Demo"_s, .version = u"demo"_s},
+                                .endpoints = tidemark::Endpoints::below(arguments.address),
+                                .insecureLoopback = tidemark::NetworkHttpClient::InsecureLoopback::allowed,
+                                .configFolder = settings.path(),
+                                .autostartFolder = settings.filePath(u"autostart"_s),
+                                .keychain = std::move(keychain)});
+    return program.run(application);
+}

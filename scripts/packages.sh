@@ -1,0 +1,36 @@
+# Installs what is missing of the Debian packages that building, testing and showing Tidemark take.
+#
+#   ensure_packages build [test] [demo]
+#
+# Asks for rights only when something is missing.
+
+build_packages=(
+    g++ cmake ninja-build ccache pkg-config qt6-base-dev qt6-base-dev-tools qcoro-qt6-dev libexpected-dev
+    libicu-dev libsecret-1-dev zlib1g-dev libcpp-httplib-dev
+)
+desktop_packages=(
+    xvfb openbox xfce4-panel xfconf dbus dbus-x11 libglib2.0-bin adwaita-icon-theme hicolor-icon-theme
+    fonts-dejavu-core imagemagick xdotool procps
+)
+test_packages=(clang-format clang-tidy gnome-keyring openssl curl)
+demo_packages=(curl)
+
+ensure_packages() {
+    local wanted=() missing=() package kind
+    for kind in "$@"; do
+        case $kind in
+            build) wanted+=("${build_packages[@]}") ;;
+            test) wanted+=("${desktop_packages[@]}" "${test_packages[@]}") ;;
+            demo) wanted+=("${desktop_packages[@]}" "${demo_packages[@]}") ;;
+        esac
+    done
+    for package in "${wanted[@]}"; do
+        [[ $(dpkg-query -W -f '${db:Status-Status}' "$package" 2>/dev/null) == installed ]] ||
+            missing+=("$package")
+    done
+    ((${#missing[@]})) || return 0
+    local apt=(env DEBIAN_FRONTEND=noninteractive apt-get)
+    ((EUID == 0)) || apt=(sudo "${apt[@]}")
+    echo "Installing ${missing[*]}"
+    "${apt[@]}" update -qq && "${apt[@]}" install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
+}

@@ -1,0 +1,161 @@
+#include <QElapsedTimer>
+#include <QFile>
+#include <QTest>
+
+#include "tests/app/Rig.h"
+
+using namespace tidemark;
+
+class LifecycleTest final : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init() { m_rig = std::make_unique<Rig>(); }
+    void cleanup() { m_rig.reset(); }
+
+    void withoutAUsableConfigurationOnlyTheStatusIsAskedFor_data() {
+        QTest::addColumn<QList<VercelAccount>>("accounts");
+        QTest::newRow("no accounts") << QList<VercelAccount>();
+        QTest::newRow("empty tokens") << QList{Rig::account(u"A"_s, {}), Rig::account(u"B"_s, {})};
+    }
+
+    void withoutAUsableConfigurationOnlyTheStatusIsAskedFor() {
+        QFETCH(const QList<VercelAccount>, accounts);
+        if (!accounts.isEmpty())
+            m_rig->store({.accounts = accounts});
+        m_rig->launch();
+        m_rig->clock.advance(1000s);
+        QVERIFY(!m_rig->state().config());
+        QCOMPARE(m_rig->http.requests().size(), 4);  // all of them to the status page: others fail the test
+        QCOMPARE(m_rig->statusBar.items.value(u"tidemark"_s).title.size(), 1);
+        // The first save starts everything.
+        m_rig->listProjects(u"A"_s, {u"p1"_s});
+        m_rig->save({.accounts = {Rig::account(u"A"_s)}});
+        QCOMPARE(m_rig->state().deployments().size(), 1);
+    }
+
+    void oneTokenIsEnough() {
+        m_rig->store({.accounts = {Rig::account(u"A"_s, {}), Rig::account(u"B"_s)}});
+        m_rig->listProjects(u"B"_s, {u"q1"_s});
+        m_rig->launch();
+        QCOMPARE(m_rig->state().config()->accounts.size(), 2);
+        QCOMPARE(m_rig->state().allProjects(), (QList<VercelProject>{{u"q1"_s, u"q1"_s, u"B"_s}}));
+    }
+
+    void aFailedProjectListKeepsWhatIsKnown() {
+        const AppConfiguration configuration{.accounts = {Rig::account(u"A"_s), Rig::account(u"B"_s)}};
+        m_rig->store(configuration);
+        m_rig->listProjects(u"A"_s, {u"p1"_s});
+        m_rig->listProjects(u"B"_s, {u"q1"_s});
+        m_rig->launch();
+        m_rig->quit();
+        // The next run: A's list fails, B has a new project, one is gone.
+        m_rig->http.answer(HttpMethod::get, u"/v9/projects?limit=100&teamId=team-A"_s, httpAnswer(500));
+        m_rig->listProjects(u"B"_s, {u"q2"_s});
+        m_rig->launch();
+        QStringList names;
+        for (const auto& project : m_rig->state().allProjects())
+            names << project.name;
+        QCOMPARE(names, (QStringList{u"p1"_s, u"q2"_s}));
+        QVERIFY(!m_rig->state().isLoadingProjects());
+        QVERIFY(m_rig->state().deployments().contains(u"p1"_s));
+    }
+
+    void cachedProjectsAreThereBeforeTheFirstAnswer() {
+        m_rig->store({.accounts = {Rig::account(u"A"_s)}});
+        m_rig->listProjects(u"A"_s, {u"p1"_s});
+        m_rig->launch();
+        m_rig->quit();
+        m_rig->http.hold(HttpMethod::get, u"/v9/projects?limit=100&teamId=team-A"_s);
+        m_rig->launch();
+        QCOMPARE(m_rig->state().trackedProjects().size(), 1);
+        QVERIFY(m_rig->state().isLoadingProjects());
+    }
+
+    void theLoginItemFollowsTheConfiguration_data() {
+        QTest::addColumn<LoginItem::Status>("status");
+        QTest::addColumn<bool>("enabled");
+        QTest::addColumn<QList<int>>("calls");  // registrations, unregistrations
+        using Status = LoginItem::Status;
+        QTest::newRow("on, is on") << Status::enabled << true << QList{0, 0};
+        QTest::newRow("on, is off") << Status::notRegistered << true << QList{1, 0};
+        QTest::newRow("on, wants approval") << Status::requiresApproval << true << QList{1, 0};
+        QTest::newRow("on, gone") << Status::notFound << true << QList{1, 0};
+        QTest::newRow("off, is on") << Status::enabled << false << QList{0, 1};
+        QTest::newRow("off, is off") << Status::notRegistered << false << QList{0, 0};
+        QTest::newRow("off, wants approval") << Status::requiresApproval << false << QList{0, 0};
+    }
+
+    void theLoginItemFollowsTheConfiguration() {
+        QFETCH(const LoginItem::Status, status);
+        QFETCH(const bool, enabled);
+        m_rig->loginItem.currentStatus = status;
+        m_rig->loginItem.refuses = true;
+        m_rig->launch();
+        m_rig->delegate->applyLaunchAtLogin(enabled);
+        QTEST((QList{m_rig->loginItem.registrations, m_rig->loginItem.unregistrations}), "calls");
+    }
+
+    void aSaveThatFailsIsUsedAllTheSame() {
+        m_rig->listProjects(u"A"_s, {u"p1"_s});
+        m_rig->launch();
+        // A folder where the file should be.
+        QVERIFY(QDir().mkpath(m_rig->configPath()));
+        const AppConfiguration configuration{
+            .accounts = {Rig::account(u"A"_s)}, .pollingIntervalSeconds = 10, .launchAtLogin = true};
+        m_rig->save(configuration);
+        QCOMPARE(m_rig->state().config(), configuration);
+        QCOMPARE(m_rig->loginItem.registrations, 1);
+        m_rig->takeTimeline();
+        m_rig->clock.advance(10s);
+        QCOMPARE(m_rig->takeTimeline(), QStringList{u"10 p1"_s});
+    }
+
+    void withoutAPanelEverythingElseGoesOn() {
+        m_rig->statusBar.isAvailable = false;
+        m_rig->store({.accounts = {Rig::account(u"A"_s)}});
+        m_rig->listProjects(u"A"_s, {u"p1"_s});
+        m_rig->launch();
+        QCOMPARE(m_rig->state().deployments().size(), 1);
+    }
+
+    void itQuitsAtOnceWhateverItIsDoing_data() {
+        QTest::addColumn<QString>("held");  // the request that gets no answer
+        QTest::addColumn<bool>("isPrompting");
+        QTest::newRow("in a wait") << QString() << false;
+        QTest::newRow("in the project list") << u"/v9/projects?limit=100&teamId=team-A"_s << false;
+        QTest::newRow("in a poll") << u"/v6/deployments?projectId=p1&limit=5&teamId=team-A"_s << false;
+        QTest::newRow("in a domain look-up") << u"/v9/projects/p1/domains?limit=50&teamId=team-A"_s << false;
+        QTest::newRow("in the status request") << u"/api/v2/status.json"_s << false;
+        QTest::newRow("in the keyring's prompt") << QString() << true;
+    }
+
+    void itQuitsAtOnceWhateverItIsDoing() {
+        QFETCH(const QString, held);
+        QFETCH(const bool, isPrompting);
+        m_rig->store({.accounts = {Rig::account(u"A"_s)}});
+        m_rig->listProjects(u"A"_s, {u"p1"_s});
+        if (!held.isEmpty())
+            m_rig->http.hold(HttpMethod::get, held);
+        if (isPrompting) {
+            m_rig->keychain->setMood(FakeKeychain::Mood::prompting);
+            m_rig->launchWithoutWaiting();
+        } else {
+            m_rig->launch();
+            QCOMPARE(m_rig->http.pendingCount(), held.isEmpty() ? 0 : 1);
+        }
+        QElapsedTimer timer;
+        timer.start();
+        m_rig->delegate.reset();
+        QVERIFY2(timer.elapsed() < 1000, qPrintable(QString::number(timer.elapsed())));
+        QVERIFY(m_rig->statusBar.items.isEmpty());
+        QVERIFY(m_rig->clock.pendingSleeps().isEmpty());
+        QCOMPARE(m_rig->http.pendingCount(), 0);
+    }
+
+private:
+    std::unique_ptr<Rig> m_rig;
+};
+
+QTEST_GUILESS_MAIN(LifecycleTest)
+#include "LifecycleTest.moc"

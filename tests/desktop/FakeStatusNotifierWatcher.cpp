@@ -1,0 +1,49 @@
+#include "FakeStatusNotifierWatcher.h"
+
+#include <QDBusConnectionInterface>
+#include <QDBusError>
+
+namespace tidemark {
+namespace {
+
+QString uniqueName() {
+    static int count = 0;
+    return QStringLiteral("watcher-%1").arg(++count);
+}
+
+}  // namespace
+
+FakeStatusNotifierWatcher::FakeStatusNotifierWatcher()
+    : m_connection(QDBusConnection::connectToBus(QDBusConnection::SessionBus, uniqueName())) {
+    m_connection.registerObject(QStringLiteral("/StatusNotifierWatcher"), this,
+                                QDBusConnection::ExportAllSlots | QDBusConnection::ExportAllProperties);
+}
+
+FakeStatusNotifierWatcher::~FakeStatusNotifierWatcher() {
+    QDBusConnection::disconnectFromBus(m_connection.name());
+}
+
+void FakeStatusNotifierWatcher::appear() {
+    m_connection.interface()->registerService(QStringLiteral("org.kde.StatusNotifierWatcher"),
+                                              QDBusConnectionInterface::ReplaceExistingService,
+                                              QDBusConnectionInterface::AllowReplacement);
+}
+
+QStringList FakeStatusNotifierWatcher::items() {
+    ++listReads;
+    return m_items;
+}
+
+void FakeStatusNotifierWatcher::RegisterStatusNotifierItem(const QString& service) {
+    ++registrations;
+    if (refusals > 0) {
+        --refusals;
+        sendErrorReply(QDBusError::Failed, QStringLiteral("not yet"));
+    } else if (lapses > 0) {
+        --lapses;
+    } else {
+        m_items.append(service + QStringLiteral("/StatusNotifierItem"));
+    }
+}
+
+}  // namespace tidemark

@@ -1,0 +1,195 @@
+#include "desktop/DBusStatusBar.h"
+
+#include <QDBusConnection>
+#include <QDBusConnectionInterface>
+#include <QDeadlineTimer>
+#include <QImage>
+#include <QPolygonF>
+#include <QProcess>
+#include <QTest>
+#include <optional>
+
+namespace tidemark {
+namespace {
+
+/// A colour that nothing else on the screen has.
+constexpr QColor dotColor(0xff, 0x00, 0xc8);
+constexpr int panelHeight = 30;
+
+StatusImage triangle() {
+    return {QSizeF(16, 16), true, [](QPainter& painter) {
+                painter.setPen(Qt::NoPen);
+                painter.setBrush(Qt::black);
+                painter.drawPolygon(QPolygonF{{8, 1}, {16, 15}, {0, 15}});
+            }};
+}
+
+QImage screenshot() {
+    QProcess import;
+    import.start(QStringLiteral("import"), {QStringLiteral("-silent"), QStringLiteral("-window"),
+                                            QStringLiteral("root"), QStringLiteral("ppm:-")});
+    import.waitForFinished();
+    return QImage::fromData(import.readAllStandardOutput(), "PPM").convertToFormat(QImage::Format_RGB32);
+}
+
+/// The middle of all pixels of that colour.
+std::optional<QPoint> findColor(const QImage& image, const QColor& color) {
+    QRect found;
+    for (int y = 0; y < image.height(); ++y) {
+        const auto* line = reinterpret_cast<const QRgb*>(image.constScanLine(y));
+        for (int x = 0; x < image.width(); ++x) {
+            if (line[x] == color.rgb()) {
+                found |= QRect(x, y, 1, 1);
+            }
+        }
+    }
+    return found.isNull() ? std::nullopt : std::optional(found.center());
+}
+
+/// The item in a panel that ordinary users run: on the screen, not only on the bus.
+class PanelTest final : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase();
+    void cleanup();
+    void iconIsOnTheScreen_data();
+    void iconIsOnTheScreen();
+    void comesBackWithThePanel();
+    void clickArrivesWithItsPlace();
+
+private:
+    void startPanel();
+    void stopPanel();
+    void createItem();
+    /// Lets the event loop run until the dot is on the screen, and gives its place.
+    [[nodiscard]] static std::optional<QPoint> waitForDot(const QColor& color = dotColor);
+    [[nodiscard]] static bool waitUntilGone(const QColor& color = dotColor);
+
+    QProcess m_windowManager;
+    QProcess m_panel;
+    DBusStatusBar m_bar{QStringLiteral("Tidemark")};
+    std::unique_ptr<StatusItem> m_item;
+};
+
+void PanelTest::initTestCase() {
+    m_windowManager.start(QStringLiteral("openbox"), QStringList());
+    QVERIFY(m_windowManager.waitForStarted());
+}
+
+void PanelTest::cleanup() {
+    m_item.reset();
+    stopPanel();
+}
+
+void PanelTest::startPanel() {
+    m_panel.setProcessChannelMode(QProcess::ForwardedChannels);
+    m_panel.start(QStringLiteral(TESTS_FOLDER "/start-panel"), {QString::number(panelHeight)});
+    QVERIFY(m_panel.waitForStarted());
+}
+
+void PanelTest::stopPanel() {
+    m_panel.kill();
+    m_panel.waitForFinished();
+    // The tray lives in a process of its own, which notices a little later.
+    QTRY_VERIFY_WITH_TIMEOUT(!QDBusConnection::sessionBus().interface()->isServiceRegistered(
+                                 QStringLiteral("org.kde.StatusNotifierWatcher")),
+                             20000);
+}
+
+void PanelTest::createItem() {
+    m_item = m_bar.createStatusItem(QStringLiteral("tidemark"));
+    QVERIFY(m_item);
+    m_item->setImage(triangle());
+    m_item->setAttributedTitle({{QStringLiteral("● "), dotColor, 9}, {QStringLiteral(" 3 live"), {}, 12}});
+}
+
+std::optional<QPoint> PanelTest::waitForDot(const QColor& color) {
+    const QDeadlineTimer deadline(20000);
+    std::optional<QPoint> dot = findColor(screenshot(), color);
+    while (!dot && !deadline.hasExpired()) {
+        QTest::qWait(20);
+        dot = findColor(screenshot(), color);
+    }
+    return dot;
+}
+
+bool PanelTest::waitUntilGone(const QColor& color) {
+    const QDeadlineTimer deadline(20000);
+    while (findColor(screenshot(), color)) {
+        if (deadline.hasExpired()) {
+            return false;
+        }
+        QTest::qWait(20);
+    }
+    return true;
+}
+
+void PanelTest::iconIsOnTheScreen_data() {
+    QTest::addColumn<bool>("panelFirst");
+    QTest::newRow("panel first") << true;
+    QTest::newRow("panel last") << false;
+}
+
+void PanelTest::iconIsOnTheScreen() {
+    QFETCH(bool, panelFirst);
+    if (panelFirst) {
+        startPanel();
+        QTRY_VERIFY_WITH_TIMEOUT(QDBusConnection::sessionBus().interface()->isServiceRegistered(
+                                     QStringLiteral("org.kde.StatusNotifierWatcher")),
+                                 20000);
+        createItem();
+    } else {
+        createItem();
+        startPanel();
+    }
+    const std::optional<QPoint> dot = waitForDot();
+    QVERIFY(dot);
+    QVERIFY(dot->y() < panelHeight);
+
+    const QColor changed(0x00, 0xff, 0xc8);
+    m_item->setAttributedTitle({{QStringLiteral("● "), changed, 9}});
+    QVERIFY(waitForDot(changed));
+    QVERIFY(waitUntilGone(dotColor));
+
+    m_item.reset();
+    QVERIFY(waitUntilGone(changed));
+}
+
+void PanelTest::comesBackWithThePanel() {
+    createItem();
+    startPanel();
+    QVERIFY(waitForDot());
+    stopPanel();
+    QVERIFY(waitUntilGone());
+    startPanel();
+    QVERIFY(waitForDot());
+}
+
+void PanelTest::clickArrivesWithItsPlace() {
+    createItem();
+    QList<QPoint> clicks;
+    m_item->setAction([&clicks](QPoint place) { clicks.append(place); });
+    startPanel();
+    const QDeadlineTimer deadline(20000);
+    std::optional<QPoint> dot;
+    // Until the panel has settled the icon may still move; a click that missed it is repeated.
+    while (clicks.isEmpty() && !deadline.hasExpired()) {
+        dot = waitForDot();
+        QVERIFY(dot);
+        QProcess::execute(QStringLiteral("xdotool"),
+                          {QStringLiteral("mousemove"), QString::number(dot->x()), QString::number(dot->y()),
+                           QStringLiteral("click"), QStringLiteral("1")});
+        QTest::qWait(100);
+    }
+    QVERIFY(!clicks.isEmpty());
+    const QPoint distance = clicks.constFirst() - *dot;
+    QVERIFY2(distance.manhattanLength() < panelHeight,
+             qPrintable(QStringLiteral("%1,%2").arg(distance.x()).arg(distance.y())));
+}
+
+}  // namespace
+}  // namespace tidemark
+
+QTEST_GUILESS_MAIN(tidemark::PanelTest)
+#include "PanelTest.moc"

@@ -1,0 +1,380 @@
+#include "FakeStatusNotifierWatcher.h"
+#include "desktop/DBusStatusBar.h"
+#include "desktop/DBusStatusItem.h"
+#include "desktop/StatusNotifierRegistration.h"
+
+#include <QDBusConnection>
+#include <QDBusConnectionInterface>
+#include <QDBusMessage>
+#include <QDBusVariant>
+#include <QProcess>
+#include <QSignalSpy>
+#include <QTest>
+#include <optional>
+
+namespace tidemark {
+namespace {
+
+const QString itemInterface = QStringLiteral("org.kde.StatusNotifierItem");
+const QString propertiesInterface = QStringLiteral("org.freedesktop.DBus.Properties");
+
+StatusImage square(const QColor& color) {
+    return {QSizeF(16, 16), false, [color](QPainter& painter) { painter.fillRect(0, 0, 16, 16, color); }};
+}
+
+AttributedTitle title(const QColor& dot, const QString& summary) {
+    AttributedTitle runs{{QStringLiteral("● "), dot, 9}};
+    if (!summary.isEmpty()) {
+        runs.append({u' ' + summary, {}, 12});
+    }
+    return runs;
+}
+
+/// What a panel sees of one item, over a connection of its own.
+class Host final : public QObject {
+    Q_OBJECT
+
+public:
+    explicit Host(QString service)
+        : m_bus(QDBusConnection::connectToBus(QDBusConnection::SessionBus, QStringLiteral("host"))),
+          m_service(std::move(service)) {
+        m_bus.connect(m_service, QStringLiteral("/StatusNotifierItem"), itemInterface, {}, this,
+                      SLOT(note(QDBusMessage)));
+    }
+    ~Host() override { QDBusConnection::disconnectFromBus(m_bus.name()); }
+
+    QDBusMessage call(const QString& path, const QString& interface, const QString& method,
+                      const QVariantList& arguments = {}) const {
+        QDBusMessage message = QDBusMessage::createMethodCall(m_service, path, interface, method);
+        message.setArguments(arguments);
+        return m_bus.call(message, QDBus::BlockWithGui);
+    }
+    QDBusMessage callItem(const QString& method, const QVariantList& arguments = {}) const {
+        return call(QStringLiteral("/StatusNotifierItem"), itemInterface, method, arguments);
+    }
+    QVariant property(const QString& name) const {
+        const QDBusMessage reply = call(QStringLiteral("/StatusNotifierItem"), propertiesInterface,
+                                        QStringLiteral("Get"), {itemInterface, name});
+        return reply.arguments().value(0).value<QDBusVariant>().variant();
+    }
+    QString toolTipTitle() const {
+        return qdbus_cast<StatusToolTip>(property(QStringLiteral("ToolTip"))).title;
+    }
+    /// Signals since the last time, in order, after everything in flight has arrived.
+    QStringList takeSignals() {
+        QCoreApplication::processEvents();
+        property(QStringLiteral("Id"));
+        QCoreApplication::processEvents();
+        return std::exchange(m_signals, {});
+    }
+
+private Q_SLOTS:
+    void note(const QDBusMessage& signal) { m_signals.append(signal.member()); }
+
+private:
+    QDBusConnection m_bus;
+    QString m_service;
+    QStringList m_signals;
+};
+
+class StatusNotifierTest final : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+    void cleanup();
+    void registersWithEveryWatcher_data();
+    void registersWithEveryWatcher();
+    void asksAgainAWatcherThatDidNotTakeIt_data();
+    void asksAgainAWatcherThatDidNotTakeIt();
+    void answersWhatPanelsRead();
+    void textsComeFromTitleAndToolTip_data();
+    void textsComeFromTitleAndToolTip();
+    void signalsOnlyWhatAPanelWouldSee();
+    void everyClickRunsTheAction_data();
+    void everyClickRunsTheAction();
+    void actionMayDropTheItem();
+    void emptyMenuIsThere();
+    void droppedItemLeavesTheBus();
+    void survivesTheEndOfTheBus();
+
+private:
+    void createItem(const QString& id = QStringLiteral("tidemark"));
+
+    std::unique_ptr<FakeStatusNotifierWatcher> m_watcher;
+    std::unique_ptr<DBusStatusBar> m_bar;
+    std::unique_ptr<StatusItem> m_item;
+    QString m_service;
+};
+
+void StatusNotifierTest::init() {
+    m_watcher = std::make_unique<FakeStatusNotifierWatcher>();
+    m_bar = std::make_unique<DBusStatusBar>(QStringLiteral("Tidemark"));
+    m_service = QStringLiteral("org.kde.StatusNotifierItem-%1-1").arg(QCoreApplication::applicationPid());
+}
+
+void StatusNotifierTest::cleanup() {
+    m_item.reset();
+    m_bar.reset();
+    m_watcher.reset();
+    // Names go asynchronously; the next test uses the same ones.
+    auto* bus = QDBusConnection::sessionBus().interface();
+    QTRY_VERIFY(!bus->isServiceRegistered(m_service));
+    QTRY_VERIFY(!bus->isServiceRegistered(QStringLiteral("org.kde.StatusNotifierWatcher")));
+}
+
+void StatusNotifierTest::createItem(const QString& id) {
+    m_item = m_bar->createStatusItem(id);
+    QVERIFY(m_item);
+    QTRY_VERIFY(QDBusConnection::sessionBus().interface()->isServiceRegistered(m_service));
+}
+
+void StatusNotifierTest::registersWithEveryWatcher_data() {
+    QTest::addColumn<QString>("steps");
+    QTest::newRow("watcher first") << "wi";
+    QTest::newRow("watcher last") << "iw";
+    QTest::newRow("watcher comes back") << "wi-w";
+    QTest::newRow("another watcher takes over") << "wir";
+    QTest::newRow("long without a watcher") << "iw-w-w";
+}
+
+void StatusNotifierTest::registersWithEveryWatcher() {
+    QFETCH(QString, steps);
+    const QStringList expected{m_service + QStringLiteral("/StatusNotifierItem")};
+    for (const QChar step : steps) {
+        if (step == u'i') {
+            createItem();
+        } else if (step == u'w') {
+            m_watcher = std::make_unique<FakeStatusNotifierWatcher>();
+            m_watcher->appear();
+        } else if (step == u'-') {
+            QTRY_COMPARE(m_watcher->items(), expected);
+            m_watcher.reset();
+        } else {
+            QTRY_COMPARE(m_watcher->items(), expected);
+            auto successor = std::make_unique<FakeStatusNotifierWatcher>();
+            successor->appear();
+            m_watcher = std::move(successor);
+        }
+    }
+    QTRY_COMPARE(m_watcher->items(), expected);
+    QCOMPARE(m_watcher->registrations, 1);
+}
+
+void StatusNotifierTest::asksAgainAWatcherThatDidNotTakeIt_data() {
+    QTest::addColumn<int>("refusals");
+    QTest::addColumn<int>("lapses");
+    QTest::addColumn<int>("registrations");
+    QTest::addColumn<int>("listReads");
+    QTest::newRow("all is well") << 0 << 0 << 1 << 1;
+    QTest::newRow("refused twice") << 2 << 0 << 3 << 1;
+    QTest::newRow("forgotten once") << 0 << 1 << 2 << 2;
+    QTest::newRow("refused for ever") << 1000 << 0 << 6 << 0;
+    QTest::newRow("forgotten for ever") << 0 << 1000 << 6 << 6;
+}
+
+void StatusNotifierTest::asksAgainAWatcherThatDidNotTakeIt() {
+    QFETCH(int, refusals);
+    QFETCH(int, lapses);
+    QFETCH(int, registrations);
+    QFETCH(int, listReads);
+    m_watcher->refusals = refusals;
+    m_watcher->lapses = lapses;
+    m_watcher->appear();
+    const QDBusConnection bus =
+        QDBusConnection::connectToBus(QDBusConnection::SessionBus, QStringLiteral("item"));
+    {
+        using namespace std::chrono_literals;
+        StatusNotifierRegistration registration(bus, bus.baseService(), 2ms);
+        QTRY_COMPARE(m_watcher->registrations, registrations);
+        QTRY_COMPARE(m_watcher->listReads, listReads);
+        // Longer than the longest of the waits between attempts.
+        QTest::qWait(150);
+        QCOMPARE(m_watcher->registrations, registrations);
+        QCOMPARE(m_watcher->listReads, listReads);
+    }
+    QDBusConnection::disconnectFromBus(QStringLiteral("item"));
+}
+
+void StatusNotifierTest::answersWhatPanelsRead() {
+    createItem(QStringLiteral("tidemark-prj_1"));
+    m_item->setImage(square(Qt::blue));
+    const Host host(m_service);
+    const QDBusMessage reply = host.call(QStringLiteral("/StatusNotifierItem"), propertiesInterface,
+                                         QStringLiteral("GetAll"), {itemInterface});
+    const auto all = qdbus_cast<QVariantMap>(reply.arguments().constFirst());
+    const auto text = [&all](const char* name) { return all.value(QLatin1String(name)).toString(); };
+    QCOMPARE(text("Category"), QStringLiteral("ApplicationStatus"));
+    QCOMPARE(text("Id"), QStringLiteral("tidemark-prj_1"));
+    QCOMPARE(text("Status"), QStringLiteral("Active"));
+    QCOMPARE(all.value(QStringLiteral("ItemIsMenu")), QVariant(false));
+    QCOMPARE(all.value(QStringLiteral("Menu")).value<QDBusObjectPath>().path(), QStringLiteral("/MenuBar"));
+    for (const char* name : {"IconName", "OverlayIconName", "AttentionIconName", "IconThemePath"}) {
+        QVERIFY2(all.contains(QLatin1String(name)), name);
+        QCOMPARE(text(name), QString());
+    }
+    const auto signature = [&all](const QString& name) {
+        return all.value(name).value<QDBusArgument>().currentSignature();
+    };
+    QCOMPARE(signature(QStringLiteral("IconPixmap")), QStringLiteral("a(iiay)"));
+    QCOMPARE(signature(QStringLiteral("ToolTip")), QStringLiteral("(sa(iiay)ss)"));
+    const auto icon = qdbus_cast<IconPixmaps>(all.value(QStringLiteral("IconPixmap")));
+    QCOMPARE(icon, statusIconPixmaps(square(Qt::blue), {}));
+}
+
+void StatusNotifierTest::textsComeFromTitleAndToolTip_data() {
+    QTest::addColumn<AttributedTitle>("runs");
+    QTest::addColumn<QString>("toolTip");
+    QTest::addColumn<QString>("expectedTitle");
+    QTest::addColumn<QString>("expectedLabel");
+    const auto live = title(Qt::green, QStringLiteral("3 live"));
+    QTest::newRow("nothing set") << AttributedTitle() << ""
+                                 << "Tidemark"
+                                 << "";
+    QTest::newRow("dot only") << title(Qt::green, {}) << ""
+                              << "Tidemark"
+                              << "";
+    QTest::newRow("summary") << live << ""
+                             << "Tidemark — 3 live"
+                             << "3 live";
+    QTest::newRow("tool tip") << AttributedTitle() << "api_1: READY"
+                              << "api_1: READY"
+                              << "";
+    QTest::newRow("tool tip and summary") << live << "web: loading…"
+                                          << "web: loading…"
+                                          << "3 live";
+}
+
+void StatusNotifierTest::textsComeFromTitleAndToolTip() {
+    QFETCH(AttributedTitle, runs);
+    QFETCH(QString, toolTip);
+    createItem();
+    m_item->setAttributedTitle(runs);
+    m_item->setToolTip(toolTip);
+    const Host host(m_service);
+    QTEST(host.property(QStringLiteral("Title")).toString(), "expectedTitle");
+    QTEST(host.toolTipTitle(), "expectedTitle");
+    QTEST(host.property(QStringLiteral("XAyatanaLabel")).toString(), "expectedLabel");
+}
+
+void StatusNotifierTest::signalsOnlyWhatAPanelWouldSee() {
+    createItem();
+    Host host(m_service);
+    m_item->setImage(square(Qt::blue));
+    m_item->setAttributedTitle(title(Qt::green, QStringLiteral("3 live")));
+    QCOMPARE(host.takeSignals(), QStringList());  // nobody has read anything yet
+    QVERIFY(!qdbus_cast<IconPixmaps>(host.property(QStringLiteral("IconPixmap"))).isEmpty());
+
+    m_item->setImage(square(Qt::blue));
+    m_item->setAttributedTitle(title(Qt::green, QStringLiteral("3 live")));
+    QCOMPARE(host.takeSignals(), QStringList());
+
+    m_item->setAttributedTitle(title(Qt::red, QStringLiteral("3 live")));
+    QCOMPARE(host.takeSignals(), QStringList{QStringLiteral("NewIcon")});
+
+    m_item->setAttributedTitle(title(Qt::red, QStringLiteral("1 error")));
+    const QStringList texts{QStringLiteral("NewTitle"), QStringLiteral("NewToolTip"),
+                            QStringLiteral("XAyatanaNewLabel")};
+    QCOMPARE(host.takeSignals(), texts);
+
+    m_item->setToolTip(QStringLiteral("api: READY"));
+    m_item->setToolTip(QString());
+    m_item->setImage(square(Qt::cyan));
+    m_item->setImage(square(Qt::blue));
+    QCOMPARE(host.takeSignals(), QStringList());  // the same again at the end of the turn
+
+    m_item->setImage(square(Qt::cyan));
+    m_item->setAttributedTitle(title(Qt::green, {}));
+    QCOMPARE(host.takeSignals(), texts + QStringList{QStringLiteral("NewIcon")});
+    const auto icon = qdbus_cast<IconPixmaps>(host.property(QStringLiteral("IconPixmap")));
+    QCOMPARE(icon, statusIconPixmaps(square(Qt::cyan), Qt::green));
+}
+
+void StatusNotifierTest::everyClickRunsTheAction_data() {
+    QTest::addColumn<QString>("method");
+    QTest::addColumn<QPoint>("place");
+    QTest::newRow("left") << "Activate" << QPoint(1270, 12);
+    QTest::newRow("middle") << "SecondaryActivate" << QPoint(0, 28);
+    QTest::newRow("right") << "ContextMenu" << QPoint(-1920, 5);
+}
+
+void StatusNotifierTest::everyClickRunsTheAction() {
+    QFETCH(QString, method);
+    QFETCH(QPoint, place);
+    createItem();
+    const Host host(m_service);
+    QCOMPARE(host.callItem(method, {1, 2}).type(), QDBusMessage::ReplyMessage);  // without an action
+    QList<QPoint> places;
+    m_item->setAction([&places](QPoint point) { places.append(point); });
+    host.callItem(QStringLiteral("Scroll"), {120, QStringLiteral("vertical")});
+    QCOMPARE(host.callItem(method, {place.x(), place.y()}).type(), QDBusMessage::ReplyMessage);
+    QTRY_COMPARE(places, QList<QPoint>{place});
+}
+
+void StatusNotifierTest::actionMayDropTheItem() {
+    createItem();
+    const Host host(m_service);
+    const auto marker = std::make_shared<int>(0);
+    m_item->setAction([this, marker](QPoint) {
+        m_item.reset();
+        ++*marker;
+    });
+    host.callItem(QStringLiteral("Activate"), {1, 1});
+    QTRY_COMPARE(*marker, 1);
+    QVERIFY(!m_item);
+}
+
+void StatusNotifierTest::emptyMenuIsThere() {
+    createItem();
+    const Host host(m_service);
+    const auto call = [&host](const char* method, const QVariantList& arguments) {
+        return host.call(QStringLiteral("/MenuBar"), QStringLiteral("com.canonical.dbusmenu"),
+                         QLatin1String(method), arguments);
+    };
+    const QDBusMessage layout = call("GetLayout", {0, -1, QStringList()});
+    QCOMPARE(layout.signature(), QStringLiteral("u(ia{sv}av)"));
+    QVERIFY(qdbus_cast<DBusMenuLayout>(layout.arguments().at(1)).children.isEmpty());
+    QCOMPARE(call("GetLayout", {7, -1, QStringList()}).type(), QDBusMessage::ErrorMessage);
+    QCOMPARE(call("GetGroupProperties", {QVariant::fromValue(QList<int>{0}), QStringList()}).signature(),
+             QStringLiteral("a(ia{sv})"));
+    QCOMPARE(call("AboutToShow", {0}).arguments(), QVariantList{false});
+    QCOMPARE(call("AboutToShowGroup", {QVariant::fromValue(QList<int>{0, 7})}).signature(),
+             QStringLiteral("aiai"));
+}
+
+void StatusNotifierTest::droppedItemLeavesTheBus() {
+    m_watcher->appear();
+    createItem();
+    const auto other = m_bar->createStatusItem(QStringLiteral("tidemark-prj_1"));
+    QTRY_COMPARE(m_watcher->registrations, 2);
+    auto* bus = QDBusConnection::sessionBus().interface();
+    const qsizetype names = bus->registeredServiceNames().value().size();
+    m_item.reset();
+    QTRY_VERIFY(!bus->isServiceRegistered(m_service));
+    // Its connection is closed as well: two names less.
+    QTRY_COMPARE(bus->registeredServiceNames().value().size(), names - 2);
+}
+
+void StatusNotifierTest::survivesTheEndOfTheBus() {
+    QProcess daemon;
+    daemon.start(QStringLiteral("dbus-daemon"),
+                 {QStringLiteral("--session"), QStringLiteral("--nofork"), QStringLiteral("--print-address"),
+                  QStringLiteral("--address=unix:tmpdir=/tmp")});
+    QVERIFY(daemon.waitForReadyRead());
+    const QString address = QString::fromUtf8(daemon.readLine()).trimmed();
+    const QDBusConnection bus = QDBusConnection::connectToBus(address, QStringLiteral("mortal"));
+    QVERIFY(bus.isConnected());
+    DBusStatusItem item(bus, m_service, QStringLiteral("Tidemark"), QStringLiteral("tidemark"));
+    daemon.kill();
+    QVERIFY(daemon.waitForFinished());
+    QTRY_VERIFY(!bus.isConnected());
+    item.setAttributedTitle(title(Qt::red, QStringLiteral("1 error")));
+    item.setImage(square(Qt::blue));
+    QCoreApplication::processEvents();
+}
+
+}  // namespace
+}  // namespace tidemark
+
+QTEST_GUILESS_MAIN(tidemark::StatusNotifierTest)
+#include "StatusNotifierTest.moc"

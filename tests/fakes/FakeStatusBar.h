@@ -1,0 +1,55 @@
+#pragma once
+
+#include <QHash>
+
+#include "desktop/StatusItem.h"
+
+namespace tidemark {
+
+/// A panel that only remembers what its items show.
+class FakeStatusBar final : public StatusBar {
+public:
+    struct Shown {
+        StatusImage image;
+        AttributedTitle title;
+        QString toolTip;
+        StatusItem::Action action;
+        int titleCount = 0;
+    };
+
+    /// Whether there is a panel to ask; without one no item can be made.
+    bool isAvailable = true;
+    /// The items that exist, by their ids.
+    QHash<QString, Shown> items;
+
+    [[nodiscard]] std::unique_ptr<StatusItem> createStatusItem(const QString& id) override {
+        if (!isAvailable)
+            return nullptr;
+        return std::make_unique<Item>(*this, id);
+    }
+
+private:
+    class Item final : public StatusItem {
+    public:
+        Item(FakeStatusBar& bar, const QString& id) : m_bar(bar), m_id(id) { m_bar.items.insert(id, {}); }
+        Item(const Item&) = delete;
+        Item& operator=(const Item&) = delete;
+        ~Item() override { m_bar.items.remove(m_id); }
+
+        void setImage(const StatusImage& image) override { shown().image = image; }
+        void setAttributedTitle(const AttributedTitle& title) override {
+            shown().title = title;
+            ++shown().titleCount;
+        }
+        void setToolTip(const QString& toolTip) override { shown().toolTip = toolTip; }
+        void setAction(Action action) override { shown().action = std::move(action); }
+
+    private:
+        Shown& shown() { return m_bar.items[m_id]; }
+
+        FakeStatusBar& m_bar;
+        QString m_id;
+    };
+};
+
+}  // namespace tidemark
