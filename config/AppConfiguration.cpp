@@ -1,21 +1,15 @@
 #include "config/AppConfiguration.h"
 
-#include <QJsonArray>
-#include <QJsonDocument>
 #include <QUuid>
 #include <algorithm>
+
+#include "desktop/JsonText.h"
 
 namespace tidemark {
 
 using namespace Qt::StringLiterals;
 
 namespace {
-
-/// `text` as a JSON string, quotes included.
-QByteArray quoted(const QString& text) {
-    const QByteArray array = QJsonDocument(QJsonArray{text}).toJson(QJsonDocument::Compact);
-    return array.sliced(1, array.size() - 2);
-}
 
 VercelAccount decodeAccount(JsonReader& account) {
     return {.id = account.requiredString("id"_L1),
@@ -39,9 +33,9 @@ QByteArray AppConfiguration::encode() const {
     // By hand: QJsonObject would sort the members, and people do read this file.
     QByteArrayList accountTexts;
     for (const auto& account : accounts) {
-        accountTexts.append("    {\n      \"id\": " + quoted(account.id) +
-                            ",\n      \"name\": " + quoted(account.name) +
-                            ",\n      \"teamId\": " + quoted(account.teamId) + "\n    }");
+        accountTexts.append("    {\n      \"id\": " + jsonString(account.id) +
+                            ",\n      \"name\": " + jsonString(account.name) +
+                            ",\n      \"teamId\": " + jsonString(account.teamId) + "\n    }");
     }
     const QByteArray list = accounts.isEmpty() ? "[]" : "[\n" + accountTexts.join(",\n") + "\n  ]";
     const auto text = [](bool value) -> QByteArray { return value ? "true" : "false"; };

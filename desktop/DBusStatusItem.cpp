@@ -1,6 +1,7 @@
 #include "desktop/DBusStatusItem.h"
 
 #include <QDBusMessage>
+#include <utility>
 
 namespace tidemark {
 namespace {
@@ -26,9 +27,9 @@ void requestName(const QDBusConnection& connection, const QString& name) {
 
 }  // namespace
 
-DBusStatusItem::DBusStatusItem(const QDBusConnection& connection, const QString& service,
+DBusStatusItem::DBusStatusItem(QDBusConnection connection, const QString& service,
                                const QString& applicationName, const QString& id)
-    : m_connection(connection), m_item(applicationName, id, menuPath()) {
+    : m_connection(std::move(connection)), m_item(applicationName, id, menuPath()) {
     constexpr auto exported = QDBusConnection::ExportAllSlots | QDBusConnection::ExportAllProperties |
                               QDBusConnection::ExportAllSignals;
     m_connection.registerObject(menuPath(), &m_menu, exported);

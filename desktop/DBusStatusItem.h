@@ -15,7 +15,7 @@ namespace tidemark {
 class DBusStatusItem final : public StatusItem {
 public:
     /// `connection` was opened for this item alone and is closed by it.
-    DBusStatusItem(const QDBusConnection& connection, const QString& service, const QString& applicationName,
+    DBusStatusItem(QDBusConnection connection, const QString& service, const QString& applicationName,
                    const QString& id);
     ~DBusStatusItem() override;
 

@@ -11,7 +11,7 @@ QString description(TransportError error) {
         case TransportError::connectionLost:
             return QStringLiteral("The network connection was lost.");
         case TransportError::offline:
-            return QStringLiteral("There is no network connection.");
+            return QStringLiteral("The network could not be reached.");
         case TransportError::timedOut:
             return QStringLiteral("The request timed out.");
         case TransportError::cancelled:

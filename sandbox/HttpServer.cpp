@@ -267,6 +267,9 @@ public:
 
     void interruptAll() { m_open.interruptAll(); }
 
+    /// The library lets five clients wait to be accepted; a sixth would try again only after a second.
+    void allowManyAtOnce() { ::listen(svr_sock_, SOMAXCONN); }
+
 private:
     bool process_and_close_socket(socket_t socket) override {
         bool served = m_open.add(socket);
@@ -300,8 +303,8 @@ struct HttpServer::Private {
     int port = 0;
 };
 
-HttpServer::HttpServer(Handler handler) : d(std::make_unique<Private>()) {
-    d->handler = std::move(handler);
+HttpServer::HttpServer(Handler handler) : m_d(std::make_unique<Private>()) {
+    m_d->handler = std::move(handler);
 }
 
 HttpServer::~HttpServer() {
@@ -309,40 +312,41 @@ HttpServer::~HttpServer() {
 }
 
 bool HttpServer::start(int port) {
-    if (d->server)
+    if (m_d->server)
         return true;
-    auto server = std::make_unique<Server>(d->handler);
+    auto server = std::make_unique<Server>(m_d->handler);
     const std::string host = "127.0.0.1";
     const int bound = port == 0                          ? server->bind_to_any_port(host)
                       : server->bind_to_port(host, port) ? port
                                                          : -1;
     if (bound <= 0)
         return false;
+    server->allowManyAtOnce();
     // The library ignores a stop before its loop runs; making the queue is the first thing the loop does.
     auto running = std::make_shared<std::promise<void>>();
     server->new_task_queue = [running] {
         running->set_value();
         return new ConnectionThreads;
     };
-    d->server = std::move(server);
-    d->port = bound;
-    d->listener = std::jthread([server = d->server.get()] { server->listen_after_bind(); });
+    m_d->server = std::move(server);
+    m_d->port = bound;
+    m_d->listener = std::jthread([server = m_d->server.get()] { server->listen_after_bind(); });
     running->get_future().wait();
     return true;
 }
 
 void HttpServer::stop() {
-    if (!d->server)
+    if (!m_d->server)
         return;
-    d->server->stop();
-    d->server->interruptAll();
-    d->listener.join();
-    d->server.reset();
-    d->port = 0;
+    m_d->server->stop();
+    m_d->server->interruptAll();
+    m_d->listener.join();
+    m_d->server.reset();
+    m_d->port = 0;
 }
 
 int HttpServer::port() const {
-    return d->port;
+    return m_d->port;
 }
 
 }  // namespace tidemark::sandbox

@@ -1,8 +1,8 @@
 #pragma once
 
 #include <QByteArray>
-#include <QJsonObject>
 
+#include "sandbox/JsonText.h"
 #include "sandbox/Records.h"
 
 namespace tidemark::sandbox {
@@ -10,10 +10,10 @@ namespace tidemark::sandbox {
 /// A project as the project list gives it: some 8 KB, most of which no client of ours reads.
 [[nodiscard]] QByteArray projectJson(const Project& project, const SandboxAccount& account);
 
-/// A deployment as the deployment list gives it.
-[[nodiscard]] QJsonObject deploymentDocument(const Deployment& deployment, const Project& project,
-                                             const SandboxAccount& account);
+/// A deployment as the deployment list gives it; a new one carries its id under another name.
+void writeDeployment(JsonText& json, const Deployment& deployment, const Project& project,
+                     const SandboxAccount& account, QByteArrayView idName = "uid");
 
-[[nodiscard]] QJsonObject domainDocument(const Domain& domain, const Project& project);
+void writeDomain(JsonText& json, const Domain& domain, const Project& project);
 
 }  // namespace tidemark::sandbox

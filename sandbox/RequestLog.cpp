@@ -5,7 +5,7 @@
 
 namespace tidemark::sandbox {
 
-void RequestLog::append(LoggedRequest request) {
+void RequestLog::append(const LoggedRequest& request) {
     Listener listener;
     {
         const std::scoped_lock lock(m_mutex);

@@ -23,7 +23,7 @@ public:
     static constexpr int capacity = 10'000;
     using Listener = std::function<void(const LoggedRequest&)>;
 
-    void append(LoggedRequest request);
+    void append(const LoggedRequest& request);
     void clear();
 
     [[nodiscard]] QList<LoggedRequest> entries() const;

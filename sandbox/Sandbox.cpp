@@ -39,8 +39,8 @@ Reply Sandbox::Private::serviceReply(const Request& request) {
     return fault ? spoil(std::move(reply), *fault) : reply;
 }
 
-Sandbox::Sandbox(SandboxOptions options) : d(std::make_unique<Private>(options)) {
-    d->server = std::make_unique<HttpServer>([this](const Request& request) { return answer(request); });
+Sandbox::Sandbox(const SandboxOptions& options) : m_d(std::make_unique<Private>(options)) {
+    m_d->server = std::make_unique<HttpServer>([this](const Request& request) { return answer(request); });
 }
 
 Sandbox::~Sandbox() {
@@ -48,53 +48,53 @@ Sandbox::~Sandbox() {
 }
 
 bool Sandbox::start() {
-    return d->server->start(d->port);
+    return m_d->server->start(m_d->port);
 }
 
 void Sandbox::stop() {
-    d->server->stop();
+    m_d->server->stop();
 }
 
 QUrl Sandbox::baseUrl() const {
-    const int port = d->server->port();
+    const int port = m_d->server->port();
     return port == 0 ? QUrl() : QUrl(QStringLiteral("http://127.0.0.1:%1").arg(port));
 }
 
 QList<SandboxAccount> Sandbox::accounts() const {
-    return d->world.accounts();
+    return m_d->world.accounts();
 }
 
 QString Sandbox::cloudflareToken() const {
-    return d->world.cloudflareToken();
+    return m_d->world.cloudflareToken();
 }
 
 LockedWorld Sandbox::world() {
-    LockedWorld locked(d->mutex, d->world);
+    LockedWorld locked(m_d->mutex, m_d->world);
     locked->advance();
     return locked;
 }
 
 Faults& Sandbox::faults() {
-    return d->faults;
+    return m_d->faults;
 }
 
 RequestLog& Sandbox::log() {
-    return d->log;
+    return m_d->log;
 }
 
 Reply Sandbox::answer(const Request& request) {
     Reply reply;
     LoggedRequest entry{request};
     {
-        const std::scoped_lock lock(d->mutex);
-        d->world.advance();
+        const std::scoped_lock lock(m_d->mutex);
+        m_d->world.advance();
         if (ControlService::serves(request.path))
-            return d->control.answer(request);
-        reply = d->serviceReply(request);
-        entry.time = d->world.now();
+            return m_d->control.answer(request);
+        reply = m_d->serviceReply(request);
+        entry.time = m_d->world.now();
         entry.status = reply.status;
     }
-    d->log.append(std::move(entry));
+    m_d->log.append(entry);
     return reply;
 }
 

@@ -35,7 +35,7 @@ private:
 /// `start` and `stop` from one.
 class Sandbox final {
 public:
-    explicit Sandbox(SandboxOptions options = {});
+    explicit Sandbox(const SandboxOptions& options = {});
     Sandbox(const Sandbox&) = delete;
     Sandbox& operator=(const Sandbox&) = delete;
     ~Sandbox();
@@ -62,7 +62,7 @@ public:
 
 private:
     struct Private;
-    std::unique_ptr<Private> d;
+    std::unique_ptr<Private> m_d;
 };
 
 }  // namespace tidemark::sandbox

@@ -1,6 +1,7 @@
 #include "sandbox/Seeding.h"
 
 #include <algorithm>
+#include <array>
 
 #include "sandbox/Catalog.h"
 #include "sandbox/Random.h"
@@ -24,11 +25,20 @@ struct Opening {
     bool production;
 };
 
-constexpr Opening openings[] = {
-    {u"READY", 4, true},   {u"READY", 26, true},      {u"BUILDING", 0, true}, {u"READY", 190, true},
-    {u"ERROR", 11, false}, {u"READY", 52, false},     {u"READY", 1700, true}, {u"READY", 5 * 1440, true},
-    {u"QUEUED", 0, true},  {u"CANCELED", 340, false}, {u"READY", 2900, true}, {nullptr, 0, true},
-};
+constexpr std::array<Opening, 12> openings = {{
+    {u"READY", 4, true},
+    {u"READY", 26, true},
+    {u"BUILDING", 0, true},
+    {u"READY", 190, true},
+    {u"ERROR", 11, false},
+    {u"READY", 52, false},
+    {u"READY", 1700, true},
+    {u"READY", 5 * 1440, true},
+    {u"QUEUED", 0, true},
+    {u"CANCELED", 340, false},
+    {u"READY", 2900, true},
+    {nullptr, 0, true},
+}};
 
 QList<SandboxAccount> seedAccounts(const SandboxOptions& options) {
     QList<SandboxAccount> accounts;
@@ -56,7 +66,7 @@ void age(Deployment& deployment, const QString& state, Random& random, qint64 no
     deployment.state = state;
     if (state == u"QUEUED" || state == u"INITIALIZING")
         return;
-    deployment.buildingAt = std::min(now, deployment.created + random.between(2, 9) * 1000);
+    deployment.buildingAt = std::min(now, deployment.created + random.between(2000, 9000));
     if (state != u"BUILDING")
         deployment.ready = deployment.buildingAt + random.between(17'000, 160'000);
     if (state != u"READY")
@@ -73,7 +83,7 @@ QString pastState(Random& random) {
 /// The newest deployment as the opening says, and several before it.
 void seedHistory(Project& project, const SandboxAccount& account, const Opening& opening, Random& random,
                  quint64 turn, qint64 now) {
-    qint64 created = now - opening.ageMinutes * minute - random.between(12, 50) * 1000;
+    qint64 created = now - opening.ageMinutes * minute - random.between(12'000, 50'000);
     if (opening.ageMinutes > 0)
         created -= 200'000;  // so that even the slowest build has ended
     const int count = random.between(4, 14);
@@ -100,13 +110,13 @@ Project seedProject(const SandboxOptions& options, const QList<SandboxAccount>& 
     project.framework = catalog::framework(random);
     project.repository = project.name;
     project.updated = now - 20 * minute * (index + 1) - random.between(0, 19 * 60'000);
-    project.created = project.updated - random.between(20, 900) * 24 * hour;
+    project.created = project.updated - 24 * hour * random.between(20, 900);
     const SandboxAccount& account = accounts.at(project.account);
     project.domains = seedDomains(options.seed, static_cast<quint64>(index), project, account);
 
-    constexpr int dozen = std::size(openings);
+    constexpr int dozen = openings.size();
     // Beyond the first dozen nothing is under way, so that thousands of builds do not start at once.
-    Opening opening = openings[index % dozen];
+    Opening opening = openings[static_cast<std::size_t>(index % dozen)];
     if (index >= dozen && opening.ageMinutes == 0 && opening.state != nullptr)
         opening = {u"READY", 90 + index % 700, true};
     project.quiet = opening.state == nullptr;

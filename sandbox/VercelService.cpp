@@ -1,7 +1,6 @@
 #include "sandbox/VercelService.h"
 
 #include <QDateTime>
-#include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <algorithm>
@@ -40,8 +39,18 @@ qint64 cursorOf(const Request& request) {
     return valid ? until : std::numeric_limits<qint64>::max();
 }
 
-QJsonObject pagination(qsizetype count, const QJsonValue& next, const QJsonValue& previous) {
-    return {{u"count"_s, count}, {u"next"_s, next}, {u"prev"_s, previous}};
+/// Closes a list's document; 0 for no further or no earlier page.
+Reply listReply(JsonText& json, int count, qint64 next, qint64 previous) {
+    const auto cursor = [&json](QByteArrayView name, qint64 value) {
+        if (value != 0)
+            json.number(name, value);
+        else
+            json.null(name);
+    };
+    json.closeArray().openObject("pagination").number("count", count);
+    cursor("next", next);
+    cursor("prev", previous);
+    return {.body = json.closeObject().closeObject().bytes()};
 }
 
 QString indicatorText(const QString& indicator) {
@@ -118,29 +127,23 @@ Reply VercelService::route(const Request& request, int account) {
 Reply VercelService::listProjects(const Request& request, int account) {
     const int limit = limitOf(request);
     const qint64 until = cursorOf(request);
-    QByteArray json = "{\"projects\":[";
+    JsonText json;
+    json.openObject().openArray("projects");
     int count = 0;
+    qint64 first = 0;
     qint64 last = 0;
-    QJsonValue first;
-    QJsonValue next;
-    for (int index = 0; index < m_world.projectCount() && next.isNull(); ++index) {
+    for (int index = 0; index < m_world.projectCount(); ++index) {
         const Project& project = m_world.projectAt(index);
         if (project.account != account || project.updated >= until)
             continue;
-        if (count == limit) {
-            next = last;
-            continue;
-        }
+        if (count == limit)
+            return listReply(json, count, last, first);
         if (count++ == 0)
             first = project.updated;
-        else
-            json += ',';
-        json += rendered(project);
+        json.raw({}, rendered(project));
         last = project.updated;
     }
-    const QJsonObject pages = pagination(count, next, first);
-    json += "],\"pagination\":" + QJsonDocument(pages).toJson(QJsonDocument::Compact) + '}';
-    return {.body = json};
+    return listReply(json, count, 0, first);
 }
 
 Reply VercelService::listDeployments(const Request& request, int account) const {
@@ -169,20 +172,22 @@ Reply VercelService::listDeployments(const Request& request, int account) const 
     const auto limit = static_cast<std::size_t>(limitOf(request));
     const bool more = found.size() > limit;
     found.resize(std::min(found.size(), limit));
-    QJsonArray documents;
+    JsonText json;
+    json.openObject().openArray("deployments");
     for (const auto& [deployment, project] : found)
-        documents.append(deploymentDocument(*deployment, *project, m_world.accounts().at(account)));
-    const QJsonValue next = more ? QJsonValue(found.back().first->created) : QJsonValue();
-    const QJsonValue previous = found.empty() ? QJsonValue() : QJsonValue(found.front().first->created);
-    return Reply::json(
-        {{u"deployments"_s, documents}, {u"pagination"_s, pagination(documents.size(), next, previous)}});
+        writeDeployment(json, *deployment, *project, m_world.accounts().at(account));
+    const qint64 next = more ? found.back().first->created : 0;
+    return listReply(json, static_cast<int>(found.size()), next,
+                     found.empty() ? 0 : found.front().first->created);
 }
 
 Reply VercelService::listDomains(const Request& request, const Project& project) const {
-    QJsonArray documents;
-    for (const Domain& domain : project.domains.mid(0, limitOf(request)))
-        documents.append(domainDocument(domain, project));
-    return Reply::json({{u"domains"_s, documents}, {u"pagination"_s, pagination(documents.size(), {}, {})}});
+    const QList<Domain> domains = project.domains.mid(0, limitOf(request));
+    JsonText json;
+    json.openObject().openArray("domains");
+    for (const Domain& domain : domains)
+        writeDomain(json, domain, project);
+    return listReply(json, static_cast<int>(domains.size()), 0, 0);
 }
 
 Reply VercelService::createDeployment(const Request& request, int account) {
@@ -194,10 +199,9 @@ Reply VercelService::createDeployment(const Request& request, int account) {
     if (project == nullptr || project->account != account)
         return notFound(u"Deployment"_s);
     m_world.redeploy(source);
-    QJsonObject created =
-        deploymentDocument(project->deployments.first(), *project, m_world.accounts().at(account));
-    created.insert(u"id"_s, created.take(u"uid"_s));
-    return Reply::json(created);
+    JsonText json;
+    writeDeployment(json, project->deployments.first(), *project, m_world.accounts().at(account), "id");
+    return {.body = json.bytes()};
 }
 
 const Project* VercelService::ownProject(const QString& idOrName, int account) const {

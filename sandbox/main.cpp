@@ -3,6 +3,7 @@
 #include <QCommandLineParser>
 #include <QCoreApplication>
 #include <QDateTime>
+#include <array>
 #include <csignal>
 #include <cstdio>
 #include <optional>
@@ -40,7 +41,7 @@ std::optional<Arguments> parse(const QCoreApplication& application) {
     parser.process(application);
 
     Arguments arguments;
-    bool valid[5] = {};
+    std::array<bool, 5> valid{};
     arguments.options.port = parser.value(port).toUShort(&valid[0]);
     arguments.options.seed = parser.value(seed).toULongLong(&valid[1]);
     arguments.options.accounts = parser.value(accounts).toUShort(&valid[2]);

@@ -1,6 +1,8 @@
 #include "vercel/VercelAPIClient.h"
 
+#include <QCoroFuture>
 #include <QJsonDocument>
+#include <QtConcurrentRun>
 #include <algorithm>
 #include <utility>
 
@@ -87,16 +89,19 @@ QCoro::Task<VercelResult<QList<VercelProject>>> VercelAPIClient::fetchAllProject
         -> QCoro::Task<VercelResult<QList<VercelProject>>> {
         QList<VercelProject> projects;
         QueryItems items{{u"limit"_s, QString::number(pageSize)}};
-        for (int page = 1;; ++page) {
+        for (int pageNumber = 1;; ++pageNumber) {
             HttpRequest request = client.request(u"v9/projects"_s, items);
             HttpResult result = co_await client.m_http->send(std::move(request), stopToken);
-            auto response = decodePage(std::move(result));
+            // A page may hold a megabyte: the UI thread has better things to do.
+            const QFuture<VercelResult<ProjectsResponse>> decoding =
+                QtConcurrent::run([page = std::move(result)] { return decodePage(page); });
+            auto response = co_await decoding;
             if (!response)
                 co_return tl::unexpected(response.error());
             const auto next = response->pagination ? response->pagination->next : std::nullopt;
             const bool isFull = response->projects.size() == pageSize;
             projects += std::move(response->projects);
-            if (!next || !isFull || page == maximumPages)
+            if (!next || !isFull || pageNumber == maximumPages)
                 co_return projects;
             items = {{u"limit"_s, QString::number(pageSize)}, {u"until"_s, QString::number(*next)}};
         }

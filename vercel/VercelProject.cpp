@@ -1,7 +1,8 @@
 #include "vercel/VercelProject.h"
 
 #include <QJsonArray>
-#include <QJsonDocument>
+
+#include "desktop/JsonText.h"
 
 namespace tidemark {
 
@@ -18,10 +19,14 @@ QJsonObject VercelProject::encode() const {
 }
 
 QByteArray encodeProjects(const QList<VercelProject>& projects) {
-    QJsonArray array;
-    for (const auto& project : projects)
-        array.append(project.encode());
-    return QJsonDocument(array).toJson(QJsonDocument::Compact);
+    QByteArray json = "[";
+    for (const auto& project : projects) {
+        if (json.size() > 1)
+            json += ',';
+        json += R"({"id":)" + jsonString(project.id) + R"(,"name":)" + jsonString(project.name) +
+                R"(,"accountId":)" + jsonString(project.accountId) + '}';
+    }
+    return json += ']';
 }
 
 tl::expected<QList<VercelProject>, DecodingError> decodeProjects(const QByteArray& json) {

@@ -97,8 +97,12 @@ public:
 
     /// Lets the event loop come to rest, the configuration read or written.
     void settle() {
-        keychainWorker.waitForDone();
-        ManualClock::settle();
+        // Every page of a project list takes its way through a worker as well.
+        for (int i = 0; i < 5; ++i) {
+            keychainWorker.waitForDone();
+            QThreadPool::globalInstance()->waitForDone();
+            ManualClock::settle();
+        }
     }
 
     /// Ends the program. What it stored is there for the next launch.

@@ -167,7 +167,5 @@ void KeychainHelperTest::unavailableStoreIsAbsent() {
 
 }  // namespace tidemark
 
-Q_DECLARE_METATYPE(tidemark::FakeKeychain::Mood)
-
 QTEST_GUILESS_MAIN(tidemark::KeychainHelperTest)
 #include "KeychainHelperTest.moc"

@@ -1,19 +1,13 @@
 #include "desktop/NetworkHttpClient.h"
 
-#include <QCoroTask>
 #include <QElapsedTimer>
-#include <QFile>
 #include <QHostAddress>
-#include <QProcess>
-#include <QScopeGuard>
-#include <QSslCertificate>
-#include <QSslKey>
 #include <QTcpServer>
-#include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
 #include <thread>
 
+#include "tests/desktop/HttpExchange.h"
 #include "tests/fakes/MisbehavingServer.h"
 
 namespace tidemark {
@@ -23,77 +17,9 @@ namespace {
 using Script = MisbehavingServer::Script;
 using namespace std::chrono_literals;
 
-NetworkHttpClient::Options loopbackOptions() {
-    return {.userAgent = "Tidemark/1.2.3",
-            .insecureLoopback = NetworkHttpClient::InsecureLoopback::allowed,
-            .bodyLimit = qint64{1024} * 1024};
-}
-
-HttpRequest get(const QUrl& url) {
-    return {.url = url, .method = HttpMethod::get, .headers = {}, .body = {}, .timeout = 10s};
-}
-
-HttpRequest authorised(const QUrl& url) {
-    HttpRequest request = get(url);
-    request.headers = {{"authorization", "Bearer secret"}};
-    return request;
-}
-
-HttpResult send(HttpClient& client, HttpRequest request, std::stop_token stop = {}) {
-    return QCoro::waitFor(client.send(std::move(request), std::move(stop)));
-}
-
-/// For the failure message.
-QString summary(const HttpResult& result) {
-    return result ? QStringLiteral("%1, %2 bytes").arg(result->status).arg(result->body.size())
-                  : description(result.error());
-}
-
-HttpResult failed(TransportError error) {
-    return tl::unexpected(error);
-}
-
-HttpResult answered(int status, const QByteArray& body) {
-    return HttpResponse{.status = status, .body = body};
-}
-
 /// The body in the zlib format, as "Content-Encoding: deflate" carries it.
 QByteArray deflated(const QByteArray& body) {
     return qCompress(body, 9).sliced(4);
-}
-
-/// A private key and a certificate for it, which nobody signed but itself. Made anew for each run.
-QSslConfiguration selfSigned(QTemporaryDir& folder) {
-    const QString key = folder.filePath(QStringLiteral("key.pem"));
-    const QString certificate = folder.filePath(QStringLiteral("certificate.pem"));
-    const QStringList arguments{QStringLiteral("req"),
-                                QStringLiteral("-x509"),
-                                QStringLiteral("-newkey"),
-                                QStringLiteral("ec"),
-                                QStringLiteral("-nodes"),
-                                QStringLiteral("-pkeyopt"),
-                                QStringLiteral("ec_paramgen_curve:prime256v1"),
-                                QStringLiteral("-days"),
-                                QStringLiteral("2"),
-                                QStringLiteral("-subj"),
-                                QStringLiteral("/CN=localhost"),
-                                QStringLiteral("-addext"),
-                                QStringLiteral("subjectAltName=IP:127.0.0.1"),
-                                QStringLiteral("-keyout"),
-                                key,
-                                QStringLiteral("-out"),
-                                certificate};
-    QProcess openssl;
-    openssl.start(QStringLiteral("openssl"), arguments);
-    if (!openssl.waitForFinished() || openssl.exitCode() != 0)
-        qFatal("No certificate: %s", openssl.readAllStandardError().constData());
-    QFile keyFile(key);
-    std::ignore = keyFile.open(QIODevice::ReadOnly);
-    QSslConfiguration tls = QSslConfiguration::defaultConfiguration();
-    tls.setPrivateKey(QSslKey(&keyFile, QSsl::Ec));
-    tls.setLocalCertificate(QSslCertificate::fromPath(certificate).value(0));
-    tls.setPeerVerifyMode(QSslSocket::VerifyNone);
-    return tls;
 }
 
 }  // namespace
@@ -104,11 +30,6 @@ class NetworkHttpClientTest : public QObject {
 private Q_SLOTS:
     void answersAndFailures_data();
     void answersAndFailures();
-    void redirects_data();
-    void redirects();
-    void addressesThatAreRefused_data();
-    void addressesThatAreRefused();
-    void requestCarriesNothingOfItsOwn();
     void postIsNeverSentTwice_data();
     void postIsNeverSentTwice();
     void getSurvivesAClosedKeptAliveConnection();
@@ -118,16 +39,14 @@ private Q_SLOTS:
     void stopEndsAtOnce();
     void endlessBodyIsCutOff();
     void unreachableServers();
-    void selfSignedCertificateIsRefused();
-    void trustedServer();
     void clientGoesWhileRequestsRun();
 };
 
 void NetworkHttpClientTest::answersAndFailures_data() {
     QTest::addColumn<Script>("script");
     QTest::addColumn<HttpResult>("expected");
-    const auto row = [](const char* name, Script script, const HttpResult& expected) {
-        QTest::newRow(name) << std::move(script) << expected;
+    const auto row = [](const char* name, const Script& script, const HttpResult& expected) {
+        QTest::newRow(name) << script << expected;
     };
     const auto answer = &MisbehavingServer::answer;
     const auto writes = &MisbehavingServer::writes;
@@ -207,93 +126,6 @@ void NetworkHttpClientTest::answersAndFailures() {
     QCOMPARE(summary(result), summary(expected));
     QVERIFY(result == expected);
     QVERIFY(watch.elapsed() < 5000);
-}
-
-void NetworkHttpClientTest::redirects_data() {
-    QTest::addColumn<QString>("location");
-    QTest::addColumn<bool>("isAuthorised");
-    QTest::addColumn<HttpResult>("expected");
-    const QString here = QStringLiteral("/elsewhere?a=b");
-    QTest::newRow("followed") << here << false << answered(200, "there");
-    QTest::newRow("never with a token") << here << true << answered(307, "moved");
-    QTest::newRow("to a plain address")
-        << QStringLiteral("http://example.invalid/") << false << failed(TransportError::insecure);
-    QTest::newRow("to a file") << QStringLiteral("file:///etc/hostname") << false
-                               << failed(TransportError::insecure);
-    QTest::newRow("nowhere") << QString() << false << answered(307, "moved");
-    QTest::newRow("in circles") << QStringLiteral("/start") << false << answered(307, "moved");
-}
-
-void NetworkHttpClientTest::redirects() {
-    QFETCH(QString, location);
-    QFETCH(bool, isAuthorised);
-    QFETCH(HttpResult, expected);
-    MisbehavingServer server([location](QTcpSocket& socket, const QByteArray& request) {
-        const QByteArray header = location.isEmpty() ? "" : "Location: " + location.toUtf8() + "\r\n";
-        if (request.startsWith("GET /start "))
-            socket.write(MisbehavingServer::answer("307 Moved", "moved", header));
-        else
-            socket.write(MisbehavingServer::answer("200 OK", "there"));
-    });
-    NetworkHttpClient client(loopbackOptions());
-    const QUrl start = server.url(QStringLiteral("/start"));
-    const HttpResult result = send(client, isAuthorised ? authorised(start) : get(start));
-    QCOMPARE(summary(result), summary(expected));
-    QVERIFY(result == expected);
-    QVERIFY(server.requests().size() <= 11);
-}
-
-void NetworkHttpClientTest::addressesThatAreRefused_data() {
-    QTest::addColumn<QString>("url");
-    QTest::addColumn<NetworkHttpClient::InsecureLoopback>("loopback");
-    using enum NetworkHttpClient::InsecureLoopback;
-    QTest::newRow("plain") << QStringLiteral("http://example.invalid/") << allowed;
-    QTest::newRow("named like this machine")
-        << QStringLiteral("http://localhost.example.invalid/") << allowed;
-    QTest::newRow("user part like this machine")
-        << QStringLiteral("http://localhost@example.invalid/") << allowed;
-    QTest::newRow("loopback when not allowed") << QStringLiteral("http://127.0.0.1:%1/") << refused;
-    QTest::newRow("file") << QStringLiteral("file:///etc/hostname") << allowed;
-    QTest::newRow("no host") << QStringLiteral("https:///path") << allowed;
-    QTest::newRow("empty") << QString() << allowed;
-}
-
-void NetworkHttpClientTest::addressesThatAreRefused() {
-    QFETCH(QString, url);
-    QFETCH(NetworkHttpClient::InsecureLoopback, loopback);
-    MisbehavingServer server(MisbehavingServer::writes(MisbehavingServer::answer("200 OK", "")));
-    auto options = loopbackOptions();
-    options.insecureLoopback = loopback;
-    NetworkHttpClient client(options);
-    if (url.contains(QLatin1String("%1")))
-        url = url.arg(server.url().port());
-    QVERIFY(send(client, get(QUrl(url))) == failed(TransportError::insecure));
-    QCOMPARE(server.connectionCount(), 0);
-}
-
-void NetworkHttpClientTest::requestCarriesNothingOfItsOwn() {
-    MisbehavingServer server(MisbehavingServer::writes(
-        MisbehavingServer::answer("200 OK", "x", "Set-Cookie: a=b\r\nCache-Control: max-age=900\r\n")));
-    NetworkHttpClient client(loopbackOptions());
-    HttpRequest post = authorised(server.url(QStringLiteral("/v1/x?a=%2B%20")));
-    post.method = HttpMethod::post;
-    post.headers.emplace_back("Content-Type", "application/json");
-    post.body = "{}";
-    QVERIFY(send(client, post) == answered(200, "x"));
-    QVERIFY(send(client, get(server.url())) == answered(200, "x"));
-    QVERIFY(send(client, get(server.url())) == answered(200, "x"));
-
-    QCOMPARE(server.requests().size(), 3);
-    QCOMPARE(server.connectionCount(), 1);
-    const QByteArray first = server.requests().at(0).toLower();
-    QVERIFY(first.startsWith("post /v1/x?a=%2b%20 http/1.1\r\n"));
-    QVERIFY(first.endsWith("\r\n\r\n{}"));
-    for (const QByteArray line :
-         {"authorization: bearer secret", "content-type: application/json", "user-agent: tidemark/1.2.3"})
-        QCOMPARE(first.count("\r\n" + line + "\r\n"), 1);
-    const QByteArray last = server.requests().at(2).toLower();
-    for (const QByteArray name : {"cookie", "authorization", "if-", "cache", "upgrade", "referer"})
-        QVERIFY2(!last.contains("\r\n" + name), last.constData());
 }
 
 void NetworkHttpClientTest::postIsNeverSentTwice_data() {
@@ -426,44 +258,6 @@ void NetworkHttpClientTest::unreachableServers() {
     QVERIFY(send(client, request) == failed(TransportError::timedOut));
 }
 
-void NetworkHttpClientTest::selfSignedCertificateIsRefused() {
-    QTemporaryDir folder;
-    MisbehavingServer server(MisbehavingServer::writes(MisbehavingServer::answer("200 OK", "x")),
-                             selfSigned(folder));
-    NetworkHttpClient client(loopbackOptions());
-    const HttpResult result = send(client, authorised(server.url()));
-    QCOMPARE(summary(result), summary(failed(TransportError::insecure)));
-    QCOMPARE(server.requests().size(), 0);
-}
-
-/// Over TLS that is in order: HTTP/1.1 even when the server prefers its successor, and no way back to plain.
-void NetworkHttpClientTest::trustedServer() {
-    QTemporaryDir folder;
-    QSslConfiguration tls = selfSigned(folder);
-    tls.setAllowedNextProtocols({"h2", "http/1.1"});
-    const QSslConfiguration before = QSslConfiguration::defaultConfiguration();
-    const auto restore = qScopeGuard([&before] { QSslConfiguration::setDefaultConfiguration(before); });
-    QSslConfiguration trusting = before;
-    trusting.addCaCertificate(tls.localCertificate());
-    QSslConfiguration::setDefaultConfiguration(trusting);
-
-    MisbehavingServer plain(MisbehavingServer::writes(MisbehavingServer::answer("200 OK", "plain")));
-    const QByteArray location = "Location: " + plain.url().toEncoded() + "\r\n";
-    MisbehavingServer server(
-        [&location](QTcpSocket& socket, const QByteArray& request) {
-            socket.write(request.startsWith("GET /down")
-                             ? MisbehavingServer::answer("302 Found", "", location)
-                             : MisbehavingServer::answer("200 OK", "safe"));
-        },
-        tls);
-    auto options = loopbackOptions();
-    options.insecureLoopback = NetworkHttpClient::InsecureLoopback::refused;
-    NetworkHttpClient client(options);
-    QVERIFY(send(client, get(server.url())) == answered(200, "safe"));
-    QVERIFY(send(client, get(server.url(QStringLiteral("/down")))) == failed(TransportError::insecure));
-    QCOMPARE(plain.connectionCount(), 0);
-}
-
 void NetworkHttpClientTest::clientGoesWhileRequestsRun() {
     MisbehavingServer server(MisbehavingServer::writes(""));
     auto client = std::make_unique<NetworkHttpClient>(loopbackOptions());
@@ -476,10 +270,6 @@ void NetworkHttpClientTest::clientGoesWhileRequestsRun() {
 }
 
 }  // namespace tidemark
-
-Q_DECLARE_METATYPE(tidemark::MisbehavingServer::Script)
-Q_DECLARE_METATYPE(tidemark::HttpResult)
-Q_DECLARE_METATYPE(tidemark::NetworkHttpClient::InsecureLoopback)
 
 QTEST_GUILESS_MAIN(tidemark::NetworkHttpClientTest)
 #include "NetworkHttpClientTest.moc"

@@ -66,7 +66,7 @@ void StatusIconTest::dotStandsOffInTheCorner() {
     const QColor dot(0x34, 0xc7, 0x59);
     const QImage icon = drawStatusIcon(filled({16, 16}, Qt::blue), dot, size);
     const int center = size - size * 23 / 100 - 1;
-    const int diameter = std::lround(size * 0.46);
+    const int diameter = qRound(size * 0.46);
     QCOMPARE(icon.pixelColor(center, center), dot);
     QVERIFY(icon.pixelColor(center, size - diameter).green() > 0x80);
     // Between dot and image lies a ring that lets the panel through, and beyond it the image is whole.

@@ -257,31 +257,23 @@ private Q_SLOTS:
         QVERIFY(second.baseUrl().isEmpty());
     }
 
-    void thousandsOfProjectsAreServedQuickly() {
+    void thousandsOfProjectsArePagedOverOneConnection() {
         const Scene scene({.accounts = 1, .projects = 2000});
         QNetworkAccessManager network;
         const QByteArray token = "Bearer " + scene.sandbox.accounts().first().token.toUtf8();
-        const auto listAll = [&] {
-            int count = 0;
-            QString cursor;
-            do {
-                const QUrl url(scene.sandbox.baseUrl().toString() + u"/v9/projects?limit=100"_s + cursor);
-                QNetworkRequest request(url);
-                request.setRawHeader("Authorization", token);
-                const auto reply = fetch(network, request);
-                const QByteArray page = reply->readAll();
-                count += static_cast<int>(page.count("\"latestDeployments\""));
-                const QByteArray tail = page.mid(page.lastIndexOf("\"next\":") + 7);
-                const QByteArray next = tail.left(tail.indexOf(','));
-                cursor =
-                    next == "null" || page.isEmpty() ? QString() : u"&until="_s + QString::fromLatin1(next);
-            } while (!cursor.isEmpty());
-            return count;
-        };
-        QCOMPARE(listAll(), 2000);
-        QBENCHMARK {
-            QCOMPARE(listAll(), 2000);
-        }
+        int count = 0;
+        QString cursor;
+        do {
+            const QUrl url(scene.sandbox.baseUrl().toString() + u"/v9/projects?limit=100"_s + cursor);
+            QNetworkRequest request(url);
+            request.setRawHeader("Authorization", token);
+            const QByteArray page = fetch(network, request)->readAll();
+            count += static_cast<int>(page.count("\"latestDeployments\""));
+            const QByteArray tail = page.mid(page.lastIndexOf("\"next\":") + 7);
+            const QByteArray next = tail.left(tail.indexOf(','));
+            cursor = next == "null" || page.isEmpty() ? QString() : u"&until="_s + QString::fromLatin1(next);
+        } while (!cursor.isEmpty());
+        QCOMPARE(count, 2000);
     }
 };
 

@@ -192,6 +192,28 @@ private Q_SLOTS:
         QCOMPARE(uids({{u"until"_s, QString::number(now - 2)}}), u"d2 d1"_s);
     }
 
+    void commitTextsSurviveTheWire_data() {
+        QTest::addColumn<QString>("message");
+        QTest::newRow("lines") << u"one\n\ttwo\r\nthree"_s;
+        QTest::newRow("marks") << u"C:\\new \"x\" </script> \u0001\u007f"_s;
+        QTest::newRow("scripts") << u"Größe 日本語 🌱✨"_s;
+        QTest::newRow("half a pair at the end") << u"cut off 🌱"_s.chopped(1);
+        QTest::newRow("half a pair inside") << u"🌱🌱"_s.remove(1, 2).append(u"."_s);
+        QTest::newRow("empty") << u""_s;
+    }
+
+    void commitTextsSurviveTheWire() {
+        QFETCH(QString, message);
+        Sandbox sandbox(frozen());
+        sandbox.world()->push(u"docs"_s, {.state = u"READY"_s, .commit = Commit{.message = message}});
+        const Query query{{u"projectId"_s, u"docs"_s}};
+        const QJsonValue newest =
+            get(sandbox, 1, u"/v6/deployments"_s, query).json[u"deployments"].toArray().at(0);
+        QCOMPARE(newest[u"meta"][u"githubCommitMessage"], QJsonValue(message));
+        QVERIFY(newest[u"meta"][u"githubCommitRef"].isUndefined());
+        QVERIFY(get(sandbox, 1, u"/v9/projects"_s).json.contains(u"pagination"));
+    }
+
     void redeployAnswersTheNewDeployment() {
         Sandbox sandbox(frozen());
         const SandboxAccount team = sandbox.accounts().at(1);
