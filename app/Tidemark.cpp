@@ -21,9 +21,9 @@ Tidemark::Options Tidemark::userOptions(Bundle bundle) {
             .keychain = std::make_unique<SecretServiceKeychain>()};
 }
 
-Tidemark::Tidemark(Options options)
+Tidemark::Tidemark(Options options, SingleInstance& instance)
     : m_options(std::move(options)),
-      m_instance(m_options.bundle.identifier),
+      m_instance(instance),
       m_http({.userAgent = "Tidemark/" + m_options.bundle.version.toUtf8(),
               .insecureLoopback = m_options.insecureLoopback}),
       m_defaults(m_options.configFolder + u"/defaults.ini"_s),
@@ -33,11 +33,11 @@ Tidemark::Tidemark(Options options)
     m_keychainWorker.setMaxThreadCount(1);
 }
 
-int Tidemark::run(QGuiApplication& application) {
+int Tidemark::run() {
     if (m_instance.claim() == SingleInstance::Role::second)
         return 0;
     // Windows come and go; the program stays in the panel.
-    application.setQuitOnLastWindowClosed(false);
+    QGuiApplication::setQuitOnLastWindowClosed(false);
     const TerminationSignals signals([] { QCoreApplication::quit(); });
     AppDelegate delegate({.http = m_http,
                           .clock = m_clock,

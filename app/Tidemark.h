@@ -12,8 +12,6 @@
 #include "desktop/SingleInstance.h"
 #include "desktop/UserDefaults.h"
 
-class QGuiApplication;
-
 namespace tidemark {
 
 /// The program put together: the platform's services and the delegate that works with them.
@@ -33,16 +31,18 @@ public:
     /// What an installed program runs with.
     [[nodiscard]] static Options userOptions(Bundle bundle);
 
-    explicit Tidemark(Options options);
+    /// `instance` is of the same identifier as the bundle and was made before the application object, which
+    /// takes the start-up token out of the environment.
+    Tidemark(Options options, SingleInstance& instance);
 
     /// Runs until the user quits or the session ends, and gives the exit code. A second process of the same
     /// bundle hands over to the first and returns at once.
-    [[nodiscard]] int run(QGuiApplication& application);
+    [[nodiscard]] int run();
 
 private:
     Options m_options;
+    SingleInstance& m_instance;
     SystemClock m_clock;
-    SingleInstance m_instance;
     NetworkHttpClient m_http;
     UserDefaults m_defaults;
     QThreadPool m_keychainWorker;

@@ -4,9 +4,12 @@
 
 int main(int argc, char* argv[]) {
     using namespace Qt::StringLiterals;
-    QGuiApplication application(argc, argv);
-    QGuiApplication::setDesktopFileName(u"com.tidemark.Tidemark"_s);
+    const QString identifier = u"com.tidemark.Tidemark"_s;
+    tidemark::SingleInstance instance(identifier);
+    const QGuiApplication application(argc, argv);
+    QGuiApplication::setDesktopFileName(identifier);
     tidemark::Tidemark program(tidemark::Tidemark::userOptions(
-        {.identifier = u"com.tidemark.Tidemark"_s, .version = QStringLiteral(TIDEMARK_VERSION)}));
-    return program.run(application);
+                                   {.identifier = identifier, .version = QStringLiteral(TIDEMARK_VERSION)}),
+                               instance);
+    return program.run();
 }

@@ -35,11 +35,12 @@ Clock::TimePoint SystemClock::now() const {
 }
 
 QCoro::Task<> SystemClock::sleep(std::chrono::nanoseconds duration, std::stop_token stop) {
-    // The future hands its end to the event loop, so neither the timer nor the stop request resumes the
-    // waiting task from inside its own call.
+    // The future hands its end to the event loop, so the timer does not resume the waiting task from inside
+    // its own call. A stop request, which may be there before the wait, takes its way through the loop too.
     QPromise<void> promise;
     promise.start();
     const auto finish = [&promise] { promise.finish(); };
+    QObject stopContext;
 
     const int descriptor = openTimer(duration);
     std::unique_ptr<QObject> timer;
@@ -59,7 +60,9 @@ QCoro::Task<> SystemClock::sleep(std::chrono::nanoseconds duration, std::stop_to
         fallback->start(std::min(std::chrono::ceil<std::chrono::milliseconds>(duration), longest));
         timer = std::move(fallback);
     }
-    const std::stop_callback onStop(std::move(stop), finish);
+    const std::stop_callback onStop(std::move(stop), [&stopContext, finish] {
+        QMetaObject::invokeMethod(&stopContext, finish, Qt::QueuedConnection);
+    });
     const QFuture<void> future = promise.future();
     co_await future;
     timer.reset();

@@ -27,7 +27,7 @@ Arguments parse(const QGuiApplication& application) {
     parser.setApplicationDescription(
         u"The real program on made-up projects. Settings and tokens are gone when it ends."_s);
     parser.addHelpOption();
-    const QCommandLineOption address(u"sandbox"_s, u"Use the sandbox that runs there."_s, u"address"_s);
+    const QCommandLineOption address(u"address"_s, u"Use the sandbox that runs there."_s, u"address"_s);
     const QCommandLineOption seed(u"seed"_s, u"Equal seeds give equal worlds."_s, u"number"_s, u"1"_s);
     const QCommandLineOption projects(u"projects"_s, u"How many projects in all."_s, u"number"_s, u"12"_s);
     const QCommandLineOption speed(u"speed"_s, u"How fast the world lives; 0 freezes it."_s, u"factor"_s,
@@ -59,8 +59,10 @@ tidemark::AppConfiguration configurationFor(const Sandbox& sandbox, qint64 inter
 }  // namespace
 
 int main(int argc, char* argv[]) {
+    const QString identifier = u"com.tidemark.Demo"_s;
+    tidemark::SingleInstance instance(identifier);
     QGuiApplication application(argc, argv);
-    QGuiApplication::setDesktopFileName(u"com.tidemark.Demo"_s);
+    QGuiApplication::setDesktopFileName(identifier);
     Arguments arguments = parse(application);
 
     Sandbox sandbox(arguments.sandbox);
@@ -81,11 +83,12 @@ int main(int argc, char* argv[]) {
         std::fputs("The demo's settings cannot be written.\n", stderr);
         return 1;
     }
-    tidemark::Tidemark program({.bundle = {.identifier = u"com.tidemark.Demo"_s, .version = u"demo"_s},
+    tidemark::Tidemark program({.bundle = {.identifier = identifier, .version = u"demo"_s},
                                 .endpoints = tidemark::Endpoints::below(arguments.address),
                                 .insecureLoopback = tidemark::NetworkHttpClient::InsecureLoopback::allowed,
                                 .configFolder = settings.path(),
                                 .autostartFolder = settings.filePath(u"autostart"_s),
-                                .keychain = std::move(keychain)});
-    return program.run(application);
+                                .keychain = std::move(keychain)},
+        instance);
+    return program.run();
 }

@@ -27,7 +27,7 @@ struct Scene {
     }
 
     /// A plain connection: sees every byte as it comes.
-    std::unique_ptr<QTcpSocket> connection(const QByteArray& request = statusRequest) const {
+    [[nodiscard]] std::unique_ptr<QTcpSocket> connection(const QByteArray& request = statusRequest) const {
         auto socket = std::make_unique<QTcpSocket>();
         socket->connectToHost(QHostAddress::LocalHost, static_cast<quint16>(sandbox.baseUrl().port()));
         socket->write(request);
@@ -158,6 +158,7 @@ private Q_SLOTS:
         Scene scene;
         scene.sandbox.faults().add({.kind = FaultKind::stall, .times = 40});
         std::vector<std::unique_ptr<QTcpSocket>> stalled;
+        stalled.reserve(40);
         for (int index = 0; index < 40; ++index)
             stalled.push_back(scene.connection());
         QTRY_COMPARE(scene.sandbox.log().total(), 40);
@@ -206,7 +207,7 @@ private Q_SLOTS:
         while (received < 20'000'000 && socket->waitForReadyRead(3000))
             received += socket->readAll().size();
         QVERIFY(received >= 20'000'000);
-        socket.get()->abort();
+        socket->abort();
         QVERIFY(isStatusPage(bodyOf(readAnswer(*Scene().connection()))));
     }
 

@@ -99,7 +99,7 @@ private Q_SLOTS:
             QCOMPARE(page.status, 200);
             const QJsonArray documents = page.json[u"projects"].toArray();
             sizes.append(static_cast<int>(documents.size()));
-            for (const QJsonValue& document : documents)
+            for (const auto& document : documents)
                 ids.append(document[u"id"].toString());
             const QJsonValue next = page.json[u"pagination"][u"next"];
             if (!next.isDouble())
@@ -181,7 +181,7 @@ private Q_SLOTS:
         const auto uids = [&](Query query) {
             query.append({u"projectId"_s, sandbox.world()->project(u"docs"_s)->id});
             QStringList found;
-            for (const QJsonValue& each :
+            for (const auto& each :
                  get(sandbox, 1, u"/v6/deployments"_s, query).json[u"deployments"].toArray())
                 found.append(each[u"uid"].toString());
             return found.join(u' ');
@@ -226,13 +226,13 @@ private Q_SLOTS:
                                  .contentType = "application/json",
                                  .body = body});
         };
-        const Answer answer = post("{\"deploymentId\":\"" + source.toUtf8() + "\"}");
+        const Answer answer = post(R"({"deploymentId":")" + source.toUtf8() + R"("})");
         QCOMPARE(answer.status, 200);
         QCOMPARE(answer.json[u"id"].toString(), sandbox.world()->project(u"docs"_s)->deployments.first().uid);
         QVERIFY(answer.json[u"id"].toString() != source);
         const QString foreign = sandbox.world()->project(u"journal"_s)->deployments.first().uid;
         QCOMPARE(post("{\"deploymentId\":\"" + foreign.toUtf8() + "\"}").status, 404);
-        QCOMPARE(post("{\"deploymentId\":\"dpl_x\"}").status, 404);
+        QCOMPARE(post(R"({"deploymentId":"dpl_x"})").status, 404);
         QCOMPARE(post("nonsense").status, 400);
     }
 
@@ -278,7 +278,7 @@ private Q_SLOTS:
         QCOMPARE(week.size(), 7);
         QCOMPARE(week.first()[u"dimensions"][u"date"].toString(), u"2023-11-09"_s);
         QCOMPARE(week.last()[u"dimensions"][u"date"].toString(), u"2023-11-15"_s);
-        for (const QJsonValue& day : week) {
+        for (const auto& day : week) {
             const double requests = day[u"sum"][u"requests"].toDouble();
             QVERIFY(requests > 0 && day[u"sum"][u"pageViews"].toDouble() <= requests);
             QVERIFY(day[u"uniq"][u"uniques"].toDouble() <= day[u"sum"][u"pageViews"].toDouble());

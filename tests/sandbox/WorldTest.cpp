@@ -78,8 +78,8 @@ private Q_SLOTS:
         Scene watched;
         Scene left;
         for (int step = 0; step < 2000; ++step)
-            watched.pass(3 * minute / 10);
-        left.pass(2000 * 3 * minute / 10);
+            watched.pass(18'000);
+        left.pass(10 * hour);
         QCOMPARE(histories(*watched.world), histories(*left.world));
     }
 
@@ -148,8 +148,8 @@ private Q_SLOTS:
             QVERIFY(scene.world->push(project, {.outcome = outcome}));
             const QStringList states = statesLived(scene, project);
             const QStringList full{u"QUEUED"_s, u"INITIALIZING"_s, u"BUILDING"_s, outcome};
-            const QStringList short_{u"QUEUED"_s, outcome};
-            QVERIFY2(states == full || (outcome == u"CANCELED" && states == short_),
+            const QStringList brief{u"QUEUED"_s, outcome};
+            QVERIFY2(states == full || (outcome == u"CANCELED" && states == brief),
                      qPrintable(states.join(u' ')));
         }
     }
@@ -239,7 +239,7 @@ private Q_SLOTS:
         const auto before = histories(*scene.world);
         scene.pass(-30 * minute);
         QCOMPARE(histories(*scene.world), before);
-        scene.pass(400 * 24 * hour);
+        scene.pass(hour * 24 * 400);
         for (const Deployment& deployment : newest(*scene.world))
             QVERIFY(deployment.created <= scene.now);
         const auto after = histories(*scene.world);

@@ -1,0 +1,179 @@
+#include <signal.h>
+
+#include <QDBusConnection>
+#include <QDBusConnectionInterface>
+#include <QDBusInterface>
+#include <QDBusReply>
+#include <QElapsedTimer>
+#include <QProcess>
+#include <QTest>
+
+#include "sandbox/Sandbox.h"
+
+using namespace Qt::StringLiterals;
+using tidemark::sandbox::Sandbox;
+
+namespace {
+
+const QString watcherName = u"org.kde.StatusNotifierWatcher"_s;
+
+/// A property of the one item that the panel knows, as any panel reads it; invalid when there is none.
+QVariant itemProperty(const char* property) {
+    QDBusInterface watcher(watcherName, u"/StatusNotifierWatcher"_s, watcherName);
+    const QStringList items = watcher.property("RegisteredStatusNotifierItems").toStringList();
+    if (items.size() != 1)
+        return {};
+    const auto slash = items.first().indexOf(u'/');
+    QDBusInterface item(items.first().first(slash), items.first().sliced(slash), u"org.kde.StatusNotifierItem"_s);
+    return item.property(property);
+}
+
+}  // namespace
+
+/// The programs as they are shipped, in a panel that people run.
+class ProgramTest final : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase() {
+        m_sandbox = std::make_unique<Sandbox>(
+            tidemark::sandbox::SandboxOptions{.seed = 3, .projects = 3, .speed = 0});
+        QVERIFY(m_sandbox->start());
+        m_windowManager.start(u"openbox"_s, QStringList());
+        QVERIFY(m_windowManager.waitForStarted());
+    }
+
+    void cleanup() {
+        quit(m_demo);
+        stopPanel();
+    }
+
+    void theItemReadsEveryState() {
+        // Before anything else runs: a program that starts at login is often first.
+        startDemo();
+        startPanel();
+        const QStringList names = projectNames();
+        const auto reads = [](const QString& title, const QString& label) {
+            return itemProperty("Title").toString() == title && itemProperty("XAyatanaLabel").toString() == label;
+        };
+        struct Row {
+            QStringList states;
+            QString summary;
+        };
+        const QList<Row> rows{{{u"READY"_s, u"READY"_s, u"READY"_s}, u"3 live"_s},
+                              {{u"READY"_s, u"BUILDING"_s, u"QUEUED"_s}, u"2 building"_s},
+                              {{u"READY"_s, u"ERROR"_s, u"BUILDING"_s}, u"1 error"_s},
+                              {{u"ERROR"_s, u"ERROR"_s, u"CANCELED"_s}, u"2 errors"_s},
+                              {{u"CANCELED"_s, u"READY"_s, u"READY"_s}, QString()},
+                              {{u"READY"_s, u"READY"_s, u"MYSTERIOUS"_s}, QString()}};
+        for (const auto& row : rows) {
+            for (qsizetype i = 0; i < names.size(); ++i)
+                m_sandbox->world()->push(names.at(i), {.state = row.states.at(i)});
+            const QString title = row.summary.isEmpty() ? u"Tidemark"_s : u"Tidemark — "_s + row.summary;
+            QTRY_VERIFY2_WITH_TIMEOUT(reads(title, row.summary), qPrintable(title), 20000);
+        }
+        QCOMPARE(itemProperty("Id").toString(), u"tidemark"_s);
+        QCOMPARE(itemProperty("Category").toString(), u"ApplicationStatus"_s);
+        QCOMPARE(itemProperty("Status").toString(), u"Active"_s);
+        QVERIFY(!itemProperty("ItemIsMenu").toBool());
+
+        stopPanel();
+        QElapsedTimer timer;
+        startPanel();
+        timer.start();
+        QTRY_COMPARE_WITH_TIMEOUT(itemProperty("Title").toString(), u"Tidemark"_s, 2000);
+    }
+
+    void aSecondStartHandsOver() {
+        startDemo();
+        QTRY_VERIFY_WITH_TIMEOUT(isOnTheBus(u"com.tidemark.Demo"_s), 20000);
+        QProcess second;
+        second.start(QStringLiteral(DEMO), {u"--address"_s, m_sandbox->baseUrl().toString()});
+        QVERIFY(second.waitForFinished(20000));
+        QCOMPARE(second.exitStatus(), QProcess::NormalExit);
+        QCOMPARE(second.exitCode(), 0);
+        QCOMPARE(m_demo.state(), QProcess::Running);
+    }
+
+    void itEndsInOrderWhenAsked_data() {
+        QTest::addColumn<int>("signal");
+        QTest::newRow("logout") << SIGTERM;
+        QTest::newRow("terminal") << SIGINT;
+    }
+
+    void itEndsInOrderWhenAsked() {
+        QFETCH(const int, signal);
+        // In the middle of the first cycle, with an answer outstanding.
+        m_sandbox->faults().add({.kind = tidemark::sandbox::FaultKind::stall, .pathPrefix = u"/v6"_s});
+        m_sandbox->log().clear();
+        startPanel();
+        startDemo();
+        QTRY_VERIFY_WITH_TIMEOUT(m_sandbox->log().total() > 3 && itemProperty("Title").isValid(), 20000);
+        ::kill(static_cast<pid_t>(m_demo.processId()), signal);
+        QVERIFY(m_demo.waitForFinished(10000));
+        QCOMPARE(m_demo.exitStatus(), QProcess::NormalExit);
+        QCOMPARE(m_demo.exitCode(), 0);  // with the sanitizers' approval
+        QTRY_VERIFY(!itemProperty("Title").isValid());
+        m_sandbox->faults().clear();
+    }
+
+    void theShippedProgramTakesNoOption() {
+        startPanel();
+        QProcess program;
+        program.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        program.start(QStringLiteral(PROGRAM), {u"--address"_s, m_sandbox->baseUrl().toString(), u"--help"_s});
+        m_sandbox->log().clear();
+        QTRY_COMPARE_WITH_TIMEOUT(itemProperty("Title").toString(), u"Tidemark"_s, 20000);
+        QVERIFY(isOnTheBus(u"com.tidemark.Tidemark"_s));
+        QCOMPARE(m_sandbox->log().total(), 0);
+        quit(program);
+        QCOMPARE(program.exitCode(), 0);
+    }
+
+private:
+    static bool isOnTheBus(const QString& name) {
+        return QDBusConnection::sessionBus().interface()->isServiceRegistered(name);
+    }
+
+    QStringList projectNames() {
+        QStringList names;
+        for (int i = 0; i < m_sandbox->world()->projectCount(); ++i)
+            names << m_sandbox->world()->projectAt(i).name;
+        return names;
+    }
+
+    void startDemo() {
+        m_demo.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        m_demo.start(QStringLiteral(DEMO), {u"--address"_s, m_sandbox->baseUrl().toString(), u"--seed"_s, u"3"_s,
+                                            u"--projects"_s, u"3"_s, u"--interval"_s, u"1"_s});
+        QVERIFY(m_demo.waitForStarted());
+    }
+
+    static void quit(QProcess& process) {
+        process.terminate();
+        if (!process.waitForFinished(10000))
+            process.kill();
+        process.waitForFinished();
+    }
+
+    void startPanel() {
+        m_panel.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        m_panel.start(QStringLiteral(START_PANEL), {u"30"_s});
+        QVERIFY(m_panel.waitForStarted());
+        QTRY_VERIFY_WITH_TIMEOUT(isOnTheBus(watcherName), 20000);
+    }
+
+    void stopPanel() {
+        m_panel.kill();
+        m_panel.waitForFinished();
+        QTRY_VERIFY_WITH_TIMEOUT(!isOnTheBus(watcherName), 20000);
+    }
+
+    std::unique_ptr<Sandbox> m_sandbox;
+    QProcess m_windowManager;
+    QProcess m_panel;
+    QProcess m_demo;
+};
+
+QTEST_GUILESS_MAIN(ProgramTest)
+#include "ProgramTest.moc"
