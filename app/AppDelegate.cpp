@@ -38,8 +38,9 @@ void AppDelegate::saveConfiguration(const AppConfiguration& configuration) {
 }
 
 QCoro::Task<> AppDelegate::storeAndRestart(AppConfiguration configuration) {
-    const QFuture<tl::expected<void, QString>> saving = QtConcurrent::run(
-        &m_services.keychainWorker, [store = m_configStore, configuration] { return store.save(configuration); });
+    const QFuture<tl::expected<void, QString>> saving =
+        QtConcurrent::run(&m_services.keychainWorker,
+                          [store = m_configStore, configuration] { return store.save(configuration); });
     co_await saving;
     if (isQuitting())
         co_return;

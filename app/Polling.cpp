@@ -100,14 +100,14 @@ QCoro::Task<> AppDelegate::runPollingLoop(std::stop_token stop) {
 
 QCoro::Task<PollOutcome> AppDelegate::fetchAndUpdate(QString projectId, VercelAPIClient client,
                                                      bool productionOnly) {
-    const auto deployments = co_await client.fetchRecentDeployments(projectId, deploymentLimit, productionOnly,
-                                                                    m_quit.get_token());
+    const auto deployments = co_await client.fetchRecentDeployments(projectId, deploymentLimit,
+                                                                    productionOnly, m_quit.get_token());
     if (isQuitting())
         co_return PollOutcome::finished;
     if (!deployments) {
         const bool isLimited = isRateLimited(deployments.error());
-        m_appState.setError(projectId, isLimited ? u"Rate limited — backing off"_s
-                                                 : description(deployments.error()));
+        m_appState.setError(projectId,
+                            isLimited ? u"Rate limited — backing off"_s : description(deployments.error()));
         updateMainButton();
         co_return isLimited ? PollOutcome::rateLimited : PollOutcome::finished;
     }

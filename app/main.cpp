@@ -2,7 +2,7 @@
 
 #include "app/Tidemark.h"
 
-int main(int argc, char* argv[]) {
+int main(int argc, char** argv) {
     using namespace Qt::StringLiterals;
     const QString identifier = u"com.tidemark.Tidemark"_s;
     tidemark::SingleInstance instance(identifier);

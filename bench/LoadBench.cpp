@@ -25,7 +25,9 @@ public:
 
 class NoStatusBar final : public StatusBar {
 public:
-    [[nodiscard]] std::unique_ptr<StatusItem> createStatusItem(const QString& /*id*/) override { return nullptr; }
+    [[nodiscard]] std::unique_ptr<StatusItem> createStatusItem(const QString& /*id*/) override {
+        return nullptr;
+    }
 };
 
 /// The longest time for which the event loop did not come round: a timer of a millisecond notes its delays.
@@ -114,7 +116,7 @@ void measureLoading(NetworkHttpClient& http, const sandbox::Sandbox& sandbox) {
 
 }  // namespace
 
-int main(int argc, char* argv[]) {
+int main(int argc, char** argv) {
     const QCoreApplication application(argc, argv);
     sandbox::Sandbox sandbox({.projects = 2000, .speed = 0});
     if (!sandbox.start())

@@ -2,7 +2,7 @@
 #include <QPixmap>
 #include <QSystemTrayIcon>
 
-int main(int argc, char* argv[]) {
+int main(int argc, char** argv) {
     QApplication application(argc, argv);
     QPixmap pixmap(22, 22);
     pixmap.fill(Qt::red);

@@ -27,8 +27,10 @@ public:
             return connection.send(message.createReply());
         }
         // Some programs look first whether anybody shows the items.
-        const bool asksForHost = message.arguments().value(1).toString() == "IsStatusNotifierHostRegistered"_L1;
-        return connection.send(message.createReply(QVariant::fromValue(QDBusVariant(asksForHost ? QVariant(true) : QVariant(0)))));
+        const bool asksForHost =
+            message.arguments().value(1).toString() == "IsStatusNotifierHostRegistered"_L1;
+        return connection.send(message.createReply(
+            QVariant::fromValue(QDBusVariant(asksForHost ? QVariant(true) : QVariant(0)))));
     }
 
 Q_SIGNALS:
@@ -65,14 +67,15 @@ double median(QList<double> values) {
 }  // namespace
 
 /// startup-bench RUNS MINIMAL PROGRAM [ARGUMENT…]: the medians, run in turns.
-int main(int argc, char* argv[]) {
+int main(int argc, char** argv) {
     const QCoreApplication application(argc, argv);
     const QStringList arguments = QCoreApplication::arguments();
     Watcher watcher;
     QDBusConnection bus = QDBusConnection::sessionBus();
     if (arguments.size() < 4 || !bus.registerVirtualObject(u"/StatusNotifierWatcher"_s, &watcher) ||
         !bus.registerService(u"org.kde.StatusNotifierWatcher"_s)) {
-        std::fputs("usage, in a session of its own: startup-bench RUNS MINIMAL PROGRAM [ARGUMENT…]\n", stderr);
+        std::fputs("usage, in a session of its own: startup-bench RUNS MINIMAL PROGRAM [ARGUMENT…]\n",
+                   stderr);
         return 2;
     }
     QList<double> minimal;
@@ -81,8 +84,9 @@ int main(int argc, char* argv[]) {
         minimal.append(measure(watcher, arguments.at(2), {}));
         program.append(measure(watcher, arguments.at(3), arguments.sliced(4)));
     }
-    std::printf("exec to registered item: %.0f ms; a minimal Qt program: %.0f ms (medians of %d runs, ratio %.2f)\n",
-                median(program), median(minimal), arguments.at(1).toInt(), median(program) / median(minimal));
+    std::printf(
+        "exec to registered item: %.0f ms; a minimal Qt program: %.0f ms (medians of %d runs, ratio %.2f)\n",
+        median(program), median(minimal), arguments.at(1).toInt(), median(program) / median(minimal));
     return 0;
 }
 

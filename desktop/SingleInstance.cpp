@@ -29,7 +29,7 @@ QString startupToken() {
     return token.isEmpty() ? qEnvironmentVariable("DESKTOP_STARTUP_ID") : token;
 }
 
-QDBusMessage requestName(const QDBusConnection& connection, const QString& name) {
+QDBusMessage requestBusName(const QDBusConnection& connection, const QString& name) {
     constexpr uint doNotQueue = 4;
     QDBusMessage request = QDBusMessage::createMethodCall(
         QStringLiteral("org.freedesktop.DBus"), QStringLiteral("/org/freedesktop/DBus"),
@@ -85,7 +85,7 @@ SingleInstance::Role SingleInstance::negotiate() {
     // The owner may quit between the two questions; whoever asks next has the name.
     constexpr int rounds = 5;
     for (int round = 0; round < rounds; ++round) {
-        const QDBusMessage reply = requestName(connection, m_identifier);
+        const QDBusMessage reply = requestBusName(connection, m_identifier);
         if (reply.type() != QDBusMessage::ReplyMessage) {
             return Role::standalone;
         }

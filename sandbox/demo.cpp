@@ -15,14 +15,14 @@ using tidemark::sandbox::MemoryKeychain;
 using tidemark::sandbox::Sandbox;
 using tidemark::sandbox::SandboxOptions;
 
-struct Arguments {
+struct DemoOptions {
     SandboxOptions sandbox;
     /// A sandbox that runs elsewhere with the same seed and sizes; empty for one of our own.
     QUrl address;
     qint64 interval = 10;
 };
 
-Arguments parse(const QGuiApplication& application) {
+DemoOptions parseOptions(const QGuiApplication& application) {
     QCommandLineParser parser;
     parser.setApplicationDescription(
         u"The real program on made-up projects. Settings and tokens are gone when it ends."_s);
@@ -58,37 +58,37 @@ tidemark::AppConfiguration configurationFor(const Sandbox& sandbox, qint64 inter
 
 }  // namespace
 
-int main(int argc, char* argv[]) {
+int main(int argc, char** argv) {
     const QString identifier = u"com.tidemark.Demo"_s;
     tidemark::SingleInstance instance(identifier);
     QGuiApplication application(argc, argv);
     QGuiApplication::setDesktopFileName(identifier);
-    Arguments arguments = parse(application);
+    DemoOptions demoOptions = parseOptions(application);
 
-    Sandbox sandbox(arguments.sandbox);
-    if (arguments.address.isEmpty()) {
+    Sandbox sandbox(demoOptions.sandbox);
+    if (demoOptions.address.isEmpty()) {
         if (!sandbox.start()) {
             std::fputs("The sandbox cannot be started.\n", stderr);
             return 1;
         }
-        arguments.address = sandbox.baseUrl();
-        std::printf("The sandbox is at %s\n", qPrintable(arguments.address.toString()));
+        demoOptions.address = sandbox.baseUrl();
+        std::printf("The sandbox is at %s\n", qPrintable(demoOptions.address.toString()));
         std::fflush(stdout);
     }
 
     const QTemporaryDir settings;
     auto keychain = std::make_unique<MemoryKeychain>();
     const tidemark::ConfigStore store(settings.filePath(u"config.json"_s), *keychain);
-    if (!settings.isValid() || !store.save(configurationFor(sandbox, arguments.interval))) {
+    if (!settings.isValid() || !store.save(configurationFor(sandbox, demoOptions.interval))) {
         std::fputs("The demo's settings cannot be written.\n", stderr);
         return 1;
     }
     tidemark::Tidemark program({.bundle = {.identifier = identifier, .version = u"demo"_s},
-                                .endpoints = tidemark::Endpoints::below(arguments.address),
+                                .endpoints = tidemark::Endpoints::below(demoOptions.address),
                                 .insecureLoopback = tidemark::NetworkHttpClient::InsecureLoopback::allowed,
                                 .configFolder = settings.path(),
                                 .autostartFolder = settings.filePath(u"autostart"_s),
                                 .keychain = std::move(keychain)},
-        instance);
+                               instance);
     return program.run();
 }

@@ -63,7 +63,7 @@ void report(const LoggedRequest& request) {
 
 }  // namespace
 
-int main(int argc, char* argv[]) {
+int main(int argc, char** argv) {
     // Blocked before any thread starts, so that they reach the wait below and nothing else.
     sigset_t ending;
     sigemptyset(&ending);

@@ -5,6 +5,7 @@
 # Asks for rights only when something is missing.
 
 build_packages=(
+    git
     g++ cmake ninja-build ccache pkg-config qt6-base-dev qt6-base-dev-tools qcoro-qt6-dev libexpected-dev
     libicu-dev libsecret-1-dev zlib1g-dev libcpp-httplib-dev
 )
@@ -12,7 +13,7 @@ desktop_packages=(
     xvfb openbox xfce4-panel xfconf dbus dbus-x11 libglib2.0-bin adwaita-icon-theme hicolor-icon-theme
     fonts-dejavu-core imagemagick xdotool procps
 )
-test_packages=(clang-format clang-tidy gnome-keyring openssl curl)
+test_packages=(clang-format clang-tidy jq gnome-keyring libsecret-tools openssl curl)
 demo_packages=(curl)
 
 ensure_packages() {

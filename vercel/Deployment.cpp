@@ -13,7 +13,8 @@ using namespace Qt::StringLiterals;
 namespace {
 
 double secondsSince(qint64 created, Clock::TimePoint now) {
-    return static_cast<double>(now.time_since_epoch().count()) / 1000.0 - static_cast<double>(created) / 1000.0;
+    return static_cast<double>(now.time_since_epoch().count()) / 1000.0 -
+           static_cast<double>(created) / 1000.0;
 }
 
 /// The text with its first character, which may be several code units, in lower case.

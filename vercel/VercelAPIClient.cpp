@@ -29,7 +29,8 @@ VercelResult<QByteArray> successfulBody(HttpResult result, std::initializer_list
 
 VercelResult<ProjectsResponse> decodePage(HttpResult result) {
     return successfulBody(std::move(result), {200}).and_then([](const QByteArray& body) {
-        return ProjectsResponse::decode(body).map_error([](DecodingError error) { return VercelError(error); });
+        return ProjectsResponse::decode(body).map_error(
+            [](DecodingError error) { return VercelError(error); });
     });
 }
 
@@ -84,9 +85,11 @@ HttpRequest VercelAPIClient::request(const QString& path, const QueryItems& quer
 
 // The public operations start a coroutine that owns a copy of the client.
 
-QCoro::Task<VercelResult<QList<VercelProject>>> VercelAPIClient::fetchAllProjects(std::stop_token stop) const {
-    static constexpr auto run = [](VercelAPIClient client, std::stop_token stopToken)
-        -> QCoro::Task<VercelResult<QList<VercelProject>>> {
+QCoro::Task<VercelResult<QList<VercelProject>>> VercelAPIClient::fetchAllProjects(
+    std::stop_token stop) const {
+    static constexpr auto run =
+        [](VercelAPIClient client,
+           std::stop_token stopToken) -> QCoro::Task<VercelResult<QList<VercelProject>>> {
         QList<VercelProject> projects;
         QueryItems items{{u"limit"_s, QString::number(pageSize)}};
         for (int pageNumber = 1;; ++pageNumber) {
@@ -111,8 +114,9 @@ QCoro::Task<VercelResult<QList<VercelProject>>> VercelAPIClient::fetchAllProject
 
 QCoro::Task<VercelResult<QList<Deployment>>> VercelAPIClient::fetchRecentDeployments(
     QString projectId, int limit, bool productionOnly, std::stop_token stop) const {
-    static constexpr auto run = [](VercelAPIClient client, QueryItems items, std::stop_token stopToken)
-        -> QCoro::Task<VercelResult<QList<Deployment>>> {
+    static constexpr auto run =
+        [](VercelAPIClient client, QueryItems items,
+           std::stop_token stopToken) -> QCoro::Task<VercelResult<QList<Deployment>>> {
         HttpRequest request = client.request(u"v6/deployments"_s, items);
         HttpResult result = co_await client.m_http->send(std::move(request), std::move(stopToken));
         co_return decodeDeployments(std::move(result));
@@ -125,8 +129,9 @@ QCoro::Task<VercelResult<QList<Deployment>>> VercelAPIClient::fetchRecentDeploym
 
 QCoro::Task<VercelResult<std::optional<QString>>> VercelAPIClient::fetchProductionDomain(
     QString projectId, std::stop_token stop) const {
-    static constexpr auto run = [](VercelAPIClient client, QString path, std::stop_token stopToken)
-        -> QCoro::Task<VercelResult<std::optional<QString>>> {
+    static constexpr auto run =
+        [](VercelAPIClient client, QString path,
+           std::stop_token stopToken) -> QCoro::Task<VercelResult<std::optional<QString>>> {
         const QueryItems items{{u"limit"_s, u"50"_s}};
         HttpRequest request = client.request(path, items);
         HttpResult result = co_await client.m_http->send(std::move(request), std::move(stopToken));

@@ -20,7 +20,8 @@ public:
     VercelAPIClient(HttpClient& http, QUrl baseURL, QString apiToken, QString teamId);
 
     /// Every project of the account: at most 20 pages of 100. A failure on any page discards them all.
-    [[nodiscard]] QCoro::Task<VercelResult<QList<VercelProject>>> fetchAllProjects(std::stop_token stop) const;
+    [[nodiscard]] QCoro::Task<VercelResult<QList<VercelProject>>> fetchAllProjects(
+        std::stop_token stop) const;
 
     /// The newest deployments of a project, newest first.
     [[nodiscard]] QCoro::Task<VercelResult<QList<Deployment>>> fetchRecentDeployments(

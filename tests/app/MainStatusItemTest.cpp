@@ -17,10 +17,13 @@ private Q_SLOTS:
         using State = DeploymentState;
         QTest::newRow("nothing tracked") << QStringList() << State::unknown << QString();
         QTest::newRow("none polled") << QStringList{u"-"_s, u"-"_s} << State::unknown << QString();
-        QTest::newRow("all ready") << QStringList{u"READY"_s, u"READY"_s, u"READY"_s} << State::ready << u" 3 live"_s;
-        QTest::newRow("one error") << QStringList{u"READY"_s, u"ERROR"_s, u"READY"_s} << State::error << u" 1 error"_s;
+        QTest::newRow("all ready") << QStringList{u"READY"_s, u"READY"_s, u"READY"_s} << State::ready
+                                   << u" 3 live"_s;
+        QTest::newRow("one error") << QStringList{u"READY"_s, u"ERROR"_s, u"READY"_s} << State::error
+                                   << u" 1 error"_s;
         QTest::newRow("two errors") << QStringList{u"ERROR"_s, u"ERROR"_s} << State::error << u" 2 errors"_s;
-        QTest::newRow("building") << QStringList{u"BUILDING"_s, u"READY"_s} << State::building << u" 1 building"_s;
+        QTest::newRow("building") << QStringList{u"BUILDING"_s, u"READY"_s} << State::building
+                                  << u" 1 building"_s;
         QTest::newRow("queued counts as building")
             << QStringList{u"QUEUED"_s, u"INITIALIZING"_s} << State::building << u" 2 building"_s;
         QTest::newRow("canceled") << QStringList{u"CANCELED"_s, u"READY"_s} << State::canceled << QString();
@@ -38,7 +41,9 @@ private Q_SLOTS:
             names << u"p%1"_s.arg(i);
         rig.listProjects(u"A"_s, names);
         for (qsizetype i = 0; i < states.size(); ++i) {
-            rig.answerDeployments(names.at(i), states.at(i) == "-"_L1 ? httpAnswer(404) : HttpResult(tl::unexpected(TransportError::other)));
+            rig.answerDeployments(names.at(i), states.at(i) == "-"_L1
+                                                   ? httpAnswer(404)
+                                                   : HttpResult(tl::unexpected(TransportError::other)));
             if (states.at(i) != "-"_L1)
                 rig.answerDeployments(names.at(i), QStringList{states.at(i)});
         }

@@ -27,8 +27,8 @@ private Q_SLOTS:
         start({Rig::account(u"A"_s)}, {u"p1"_s, u"p2"_s, u"p3"_s});
         m_rig->clock.advance(70s);
         QCOMPARE(withoutDomains(m_rig->takeTimeline()),
-                 (QStringList{u"0 list A"_s, u"0 p1"_s, u"2 p2"_s, u"4 p3"_s, u"34 p1"_s, u"34 p2"_s, u"34 p3"_s,
-                              u"64 p1"_s, u"64 p2"_s, u"64 p3"_s}));
+                 (QStringList{u"0 list A"_s, u"0 p1"_s, u"2 p2"_s, u"4 p3"_s, u"34 p1"_s, u"34 p2"_s,
+                              u"34 p3"_s, u"64 p1"_s, u"64 p2"_s, u"64 p3"_s}));
     }
 
     void aRateLimitedProjectEndsALaterCycle() {
@@ -159,7 +159,8 @@ private Q_SLOTS:
         start({Rig::account(u"A"_s)}, {u"p1"_s, u"p2"_s});
         m_rig->clock.advance(10s);
         const auto checkedAt = m_rig->state().lastCheckedAt().value(u"p1"_s);
-        m_rig->answerDeployments(u"p1"_s, status == 0 ? tl::unexpected(TransportError::timedOut) : httpAnswer(status, body));
+        m_rig->answerDeployments(
+            u"p1"_s, status == 0 ? tl::unexpected(TransportError::timedOut) : httpAnswer(status, body));
         m_rig->takeTimeline();
         m_rig->clock.advance(30s);
         QCOMPARE(m_rig->takeTimeline(), (QStringList{u"32 p1"_s, u"32 p2"_s}));  // the cycle goes on
@@ -224,7 +225,8 @@ private Q_SLOTS:
         m_rig->clock.advance(301s);
         QCOMPARE(requests(), 3);
         QCOMPARE(changes.count(), 0);
-        m_rig->http.answer(HttpMethod::get, u"/api/v2/status.json"_s, tl::unexpected(TransportError::offline));
+        m_rig->http.answer(HttpMethod::get, u"/api/v2/status.json"_s,
+                           tl::unexpected(TransportError::offline));
         m_rig->clock.advance(300s);
         QCOMPARE(m_rig->state().vercelPlatformStatus(), VercelStatusLevel::unknown);
         QCOMPARE(changes.count(), 1);
@@ -234,7 +236,8 @@ private Q_SLOTS:
     }
 
 private:
-    void start(const QList<VercelAccount>& accounts, const QStringList& projects, const QStringList& others = {}) {
+    void start(const QList<VercelAccount>& accounts, const QStringList& projects,
+               const QStringList& others = {}) {
         m_rig->store({.accounts = accounts});
         m_rig->listProjects(accounts.first().id, projects);
         if (accounts.size() > 1)

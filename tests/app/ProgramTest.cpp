@@ -1,12 +1,12 @@
-#include <signal.h>
-
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
-#include <QDBusInterface>
+#include <QDBusMessage>
 #include <QDBusReply>
+#include <QDBusVariant>
 #include <QElapsedTimer>
 #include <QProcess>
 #include <QTest>
+#include <csignal>
 
 #include "sandbox/Sandbox.h"
 
@@ -17,15 +17,26 @@ namespace {
 
 const QString watcherName = u"org.kde.StatusNotifierWatcher"_s;
 
+/// A property of an object on the session bus; invalid when it cannot be had.
+QVariant busProperty(const QString& service, const QString& path, const QString& interface,
+                     const QString& property) {
+    QDBusMessage get =
+        QDBusMessage::createMethodCall(service, path, u"org.freedesktop.DBus.Properties"_s, u"Get"_s);
+    get << interface << property;
+    const QDBusReply<QDBusVariant> reply = QDBusConnection::sessionBus().call(get, QDBus::Block, 2000);
+    return reply.isValid() ? reply.value().variant() : QVariant();
+}
+
 /// A property of the one item that the panel knows, as any panel reads it; invalid when there is none.
-QVariant itemProperty(const char* property) {
-    QDBusInterface watcher(watcherName, u"/StatusNotifierWatcher"_s, watcherName);
-    const QStringList items = watcher.property("RegisteredStatusNotifierItems").toStringList();
+QVariant itemProperty(const QString& property) {
+    const QStringList items =
+        busProperty(watcherName, u"/StatusNotifierWatcher"_s, watcherName, u"RegisteredStatusNotifierItems"_s)
+            .toStringList();
     if (items.size() != 1)
         return {};
     const auto slash = items.first().indexOf(u'/');
-    QDBusInterface item(items.first().first(slash), items.first().sliced(slash), u"org.kde.StatusNotifierItem"_s);
-    return item.property(property);
+    return busProperty(items.first().first(slash), items.first().sliced(slash),
+                       u"org.kde.StatusNotifierItem"_s, property);
 }
 
 }  // namespace
@@ -43,6 +54,8 @@ private Q_SLOTS:
         QVERIFY(m_windowManager.waitForStarted());
     }
 
+    void cleanupTestCase() { quit(m_windowManager); }
+
     void cleanup() {
         quit(m_demo);
         stopPanel();
@@ -54,7 +67,8 @@ private Q_SLOTS:
         startPanel();
         const QStringList names = projectNames();
         const auto reads = [](const QString& title, const QString& label) {
-            return itemProperty("Title").toString() == title && itemProperty("XAyatanaLabel").toString() == label;
+            return itemProperty(u"Title"_s).toString() == title &&
+                   itemProperty(u"XAyatanaLabel"_s).toString() == label;
         };
         struct Row {
             QStringList states;
@@ -72,16 +86,16 @@ private Q_SLOTS:
             const QString title = row.summary.isEmpty() ? u"Tidemark"_s : u"Tidemark — "_s + row.summary;
             QTRY_VERIFY2_WITH_TIMEOUT(reads(title, row.summary), qPrintable(title), 20000);
         }
-        QCOMPARE(itemProperty("Id").toString(), u"tidemark"_s);
-        QCOMPARE(itemProperty("Category").toString(), u"ApplicationStatus"_s);
-        QCOMPARE(itemProperty("Status").toString(), u"Active"_s);
-        QVERIFY(!itemProperty("ItemIsMenu").toBool());
+        QCOMPARE(itemProperty(u"Id"_s).toString(), u"tidemark"_s);
+        QCOMPARE(itemProperty(u"Category"_s).toString(), u"ApplicationStatus"_s);
+        QCOMPARE(itemProperty(u"Status"_s).toString(), u"Active"_s);
+        QVERIFY(!itemProperty(u"ItemIsMenu"_s).toBool());
 
         stopPanel();
         QElapsedTimer timer;
         startPanel();
         timer.start();
-        QTRY_COMPARE_WITH_TIMEOUT(itemProperty("Title").toString(), u"Tidemark"_s, 2000);
+        QTRY_COMPARE_WITH_TIMEOUT(itemProperty(u"Title"_s).toString(), u"Tidemark"_s, 2000);
     }
 
     void aSecondStartHandsOver() {
@@ -108,12 +122,12 @@ private Q_SLOTS:
         m_sandbox->log().clear();
         startPanel();
         startDemo();
-        QTRY_VERIFY_WITH_TIMEOUT(m_sandbox->log().total() > 3 && itemProperty("Title").isValid(), 20000);
+        QTRY_VERIFY_WITH_TIMEOUT(m_sandbox->log().total() > 3 && itemProperty(u"Title"_s).isValid(), 20000);
         ::kill(static_cast<pid_t>(m_demo.processId()), signal);
         QVERIFY(m_demo.waitForFinished(10000));
         QCOMPARE(m_demo.exitStatus(), QProcess::NormalExit);
         QCOMPARE(m_demo.exitCode(), 0);  // with the sanitizers' approval
-        QTRY_VERIFY(!itemProperty("Title").isValid());
+        QTRY_VERIFY(!itemProperty(u"Title"_s).isValid());
         m_sandbox->faults().clear();
     }
 
@@ -121,9 +135,10 @@ private Q_SLOTS:
         startPanel();
         QProcess program;
         program.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-        program.start(QStringLiteral(PROGRAM), {u"--address"_s, m_sandbox->baseUrl().toString(), u"--help"_s});
+        program.start(QStringLiteral(PROGRAM),
+                      {u"--address"_s, m_sandbox->baseUrl().toString(), u"--help"_s});
         m_sandbox->log().clear();
-        QTRY_COMPARE_WITH_TIMEOUT(itemProperty("Title").toString(), u"Tidemark"_s, 20000);
+        QTRY_COMPARE_WITH_TIMEOUT(itemProperty(u"Title"_s).toString(), u"Tidemark"_s, 20000);
         QVERIFY(isOnTheBus(u"com.tidemark.Tidemark"_s));
         QCOMPARE(m_sandbox->log().total(), 0);
         quit(program);
@@ -144,8 +159,8 @@ private:
 
     void startDemo() {
         m_demo.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-        m_demo.start(QStringLiteral(DEMO), {u"--address"_s, m_sandbox->baseUrl().toString(), u"--seed"_s, u"3"_s,
-                                            u"--projects"_s, u"3"_s, u"--interval"_s, u"1"_s});
+        m_demo.start(QStringLiteral(DEMO), {u"--address"_s, m_sandbox->baseUrl().toString(), u"--seed"_s,
+                                            u"3"_s, u"--projects"_s, u"3"_s, u"--interval"_s, u"1"_s});
         QVERIFY(m_demo.waitForStarted());
     }
 

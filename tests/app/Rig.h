@@ -23,7 +23,8 @@ class Rig {
 public:
     Rig() {
         keychainWorker.setMaxThreadCount(1);
-        http.answer(HttpMethod::get, u"/api/v2/status.json"_s, httpAnswer(200, R"({"status":{"indicator":"none"}})"));
+        http.answer(HttpMethod::get, u"/api/v2/status.json"_s,
+                    httpAnswer(200, R"({"status":{"indicator":"none"}})"));
     }
 
     ~Rig() { quit(); }
@@ -46,7 +47,8 @@ public:
         for (const auto& name : names) {
             accountOf[name] = accountId;
             answerDeployments(name, {u"READY"_s});
-            answerDomains(name, httpAnswer(200, R"({"domains":[{"name":"custom.example","verified":true}]})"));
+            answerDomains(name,
+                          httpAnswer(200, R"({"domains":[{"name":"custom.example","verified":true}]})"));
         }
     }
 
@@ -54,7 +56,8 @@ public:
     void answerDeployments(const QString& project, const QStringList& states) {
         DeploymentsResponse response;
         for (const auto& state : states)
-            response.deployments.append({.id = state, .name = project, .url = u"u"_s, .created = 1, .state = state});
+            response.deployments.append(
+                {.id = state, .name = project, .url = u"u"_s, .created = 1, .state = state});
         answerDeployments(project, httpAnswer(200, QJsonDocument(response.encode()).toJson()));
     }
     void answerDeployments(const QString& project, const HttpResult& result) {
@@ -64,8 +67,9 @@ public:
         answer(u"/v9/projects/%1/domains?limit=50&teamId=team-%2"_s.arg(project, accountOf.value(project)),
                u"domain of "_s + project, result);
     }
-    QString deploymentsTarget(const QString& project) const {
-        return u"/v6/deployments?projectId=%1&limit=5&teamId=team-%2"_s.arg(project, accountOf.value(project));
+    [[nodiscard]] QString deploymentsTarget(const QString& project) const {
+        return u"/v6/deployments?projectId=%1&limit=5&teamId=team-%2"_s.arg(project,
+                                                                            accountOf.value(project));
     }
 
     /// Starts the program and lets it come to rest, the configuration read.
@@ -116,7 +120,7 @@ public:
     }
 
     AppState& state() { return delegate->appState(); }
-    QString configPath() const { return folder.filePath(u"config.json"_s); }
+    [[nodiscard]] QString configPath() const { return folder.filePath(u"config.json"_s); }
 
     /// The notes since the last call.
     QStringList takeTimeline() { return std::exchange(m_timeline, {}); }

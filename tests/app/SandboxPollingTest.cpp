@@ -134,7 +134,8 @@ private Q_SLOTS:
 
 private:
     void start(int projects, const std::optional<Fault>& fault = {}) {
-        m_sandbox = std::make_unique<sandbox::Sandbox>(sandbox::SandboxOptions{.projects = projects, .speed = 0});
+        m_sandbox =
+            std::make_unique<sandbox::Sandbox>(sandbox::SandboxOptions{.projects = projects, .speed = 0});
         QVERIFY(m_sandbox->start());
         if (fault)
             m_sandbox->faults().add(*fault);
@@ -162,7 +163,9 @@ private:
     [[nodiscard]] bool isWaiting() const { return m_clock->pendingSleeps().size() == 2; }
 
     void finishFirstCycle() {
-        const auto isDone = [this] { return m_clock->pendingSleeps().contains(std::chrono::nanoseconds(30s)); };
+        const auto isDone = [this] {
+            return m_clock->pendingSleeps().contains(std::chrono::nanoseconds(30s));
+        };
         for (int i = 0; i < 50 && !isDone(); ++i) {
             QTRY_VERIFY(isWaiting());
             if (!isDone())

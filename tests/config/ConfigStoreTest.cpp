@@ -25,7 +25,8 @@ private Q_SLOTS:
 
     void savesAndLoadsEverything() {
         const AppConfiguration configuration{
-            .accounts = {{u"A1"_s, u"Me \"x\" \\ \n é \U0001F680"_s, {}, u"tok-a"_s}, {u"A2"_s, u"Team"_s, u"team_1"_s, {}}},
+            .accounts = {{u"A1"_s, u"Me \"x\" \\ \n é \U0001F680"_s, {}, u"tok-a"_s},
+                         {u"A2"_s, u"Team"_s, u"team_1"_s, {}}},
             .cloudflareToken = u"tok-cf"_s,
             .pollingIntervalSeconds = 120,
             .launchAtLogin = true,
@@ -37,8 +38,9 @@ private Q_SLOTS:
         for (const QByteArray secret : {"tok-a", "tok-cf", "apiToken", "cloudflareToken"})
             QVERIFY2(!content.contains(secret), secret.constData());
         qsizetype position = 0;
-        for (const QByteArray member : {"{\n", "\"accounts\"", "\"id\"", "\"name\"", "\"teamId\"",
-                                        "\"pollingIntervalSeconds\"", "\"launchAtLogin\"", "\"soundEnabled\""}) {
+        for (const QByteArray member :
+             {"{\n", "\"accounts\"", "\"id\"", "\"name\"", "\"teamId\"", "\"pollingIntervalSeconds\"",
+              "\"launchAtLogin\"", "\"soundEnabled\""}) {
             const auto found = content.indexOf(member, position);
             QVERIFY2(found >= 0, member.constData());
             position = found;
@@ -56,9 +58,13 @@ private Q_SLOTS:
         const QByteArray account = R"({"id":"A1","name":"n","teamId":""})";
         const QByteArray accounts = R"("accounts":[)" + account + "]";
         QTest::newRow("accounts only") << QByteArray("{" + accounts + "}") << true;
-        QTest::newRow("nulls") << QByteArray("{" + accounts + R"(,"pollingIntervalSeconds":null,"soundEnabled":null})") << true;
-        QTest::newRow("interval as text") << QByteArray("{" + accounts + R"(,"pollingIntervalSeconds":"30"})") << false;
-        QTest::newRow("interval fractional") << QByteArray("{" + accounts + R"(,"pollingIntervalSeconds":30.5})") << false;
+        QTest::newRow("nulls") << QByteArray("{" + accounts +
+                                             R"(,"pollingIntervalSeconds":null,"soundEnabled":null})")
+                               << true;
+        QTest::newRow("interval as text")
+            << QByteArray("{" + accounts + R"(,"pollingIntervalSeconds":"30"})") << false;
+        QTest::newRow("interval fractional")
+            << QByteArray("{" + accounts + R"(,"pollingIntervalSeconds":30.5})") << false;
         QTest::newRow("switch as number") << QByteArray("{" + accounts + R"(,"launchAtLogin":1})") << false;
         QTest::newRow("sound as text") << QByteArray("{" + accounts + R"(,"soundEnabled":"yes"})") << false;
         QTest::newRow("array") << QByteArray("[" + account + "]") << false;
@@ -84,12 +90,18 @@ private Q_SLOTS:
     void singleAccountLayoutIsMigrated_data() {
         QTest::addColumn<QByteArray>("json");
         QTest::addColumn<QString>("teamId");
-        QTest::newRow("no accounts") << QByteArray(R"({"teamId":"team_9","pollingIntervalSeconds":60})") << u"team_9"_s;
-        QTest::newRow("empty accounts") << QByteArray(R"({"accounts":[],"teamId":"team_9","pollingIntervalSeconds":60})") << u"team_9"_s;
-        QTest::newRow("null accounts") << QByteArray(R"({"accounts":null,"pollingIntervalSeconds":60})") << QString();
-        QTest::newRow("accounts of a wrong type") << QByteArray(R"({"accounts":5,"teamId":7,"pollingIntervalSeconds":60})") << QString();
+        QTest::newRow("no accounts") << QByteArray(R"({"teamId":"team_9","pollingIntervalSeconds":60})")
+                                     << u"team_9"_s;
+        QTest::newRow("empty accounts")
+            << QByteArray(R"({"accounts":[],"teamId":"team_9","pollingIntervalSeconds":60})") << u"team_9"_s;
+        QTest::newRow("null accounts")
+            << QByteArray(R"({"accounts":null,"pollingIntervalSeconds":60})") << QString();
+        QTest::newRow("accounts of a wrong type")
+            << QByteArray(R"({"accounts":5,"teamId":7,"pollingIntervalSeconds":60})") << QString();
         QTest::newRow("one account without a team")
-            << QByteArray(R"({"accounts":[{"id":"A","name":"a","teamId":""},{"id":"B","name":"b"}],"pollingIntervalSeconds":60})") << QString();
+            << QByteArray(
+                   R"({"accounts":[{"id":"A","name":"a","teamId":""},{"id":"B","name":"b"}],"pollingIntervalSeconds":60})")
+            << QString();
     }
 
     void singleAccountLayoutIsMigrated() {

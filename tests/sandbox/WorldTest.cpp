@@ -13,8 +13,8 @@ constexpr qint64 minute = 60'000;
 constexpr qint64 hour = 60 * minute;
 
 /// A world on a clock that the test moves.
-struct Scene {
-    explicit Scene(SandboxOptions options = {}) {
+struct WorldScene {
+    explicit WorldScene(SandboxOptions options = {}) {
         options.now = [this] { return now; };
         world = std::make_unique<World>(options);
     }
@@ -43,7 +43,7 @@ QList<QList<Deployment>> histories(const World& world) {
 }
 
 /// Follows a project's newest deployment until it no longer changes.
-QStringList statesLived(Scene& scene, const QString& project) {
+QStringList statesLived(WorldScene& scene, const QString& project) {
     QStringList states;
     for (int second = 0; second < 600; ++second) {
         const QString state = scene.world->project(project)->deployments.first().state;
@@ -61,9 +61,9 @@ class WorldTest final : public QObject {
 
 private Q_SLOTS:
     void equalSeedsGiveEqualWorlds() {
-        Scene one({.seed = 7});
-        Scene same({.seed = 7});
-        Scene other({.seed = 8});
+        WorldScene one({.seed = 7});
+        WorldScene same({.seed = 7});
+        WorldScene other({.seed = 8});
         one.pass(6 * hour);
         same.pass(6 * hour);
         other.pass(6 * hour);
@@ -75,8 +75,8 @@ private Q_SLOTS:
     }
 
     void lookingOftenChangesNothing() {
-        Scene watched;
-        Scene left;
+        WorldScene watched;
+        WorldScene left;
         for (int step = 0; step < 2000; ++step)
             watched.pass(18'000);
         left.pass(10 * hour);
@@ -84,8 +84,8 @@ private Q_SLOTS:
     }
 
     void pushByHandDoesNotDisturbTheSchedule() {
-        Scene played;
-        Scene left;
+        WorldScene played;
+        WorldScene left;
         const QString quiet = u"trail_log"_s;
         QVERIFY(played.world->project(quiet)->quiet);
         QVERIFY(played.world->push(quiet));
@@ -95,7 +95,7 @@ private Q_SLOTS:
     }
 
     void opensWithSomethingOfEverything() {
-        const Scene scene({.speed = 0});
+        const WorldScene scene({.speed = 0});
         QSet<QString> states;
         for (const Deployment& deployment : newest(*scene.world))
             states.insert(deployment.state);
@@ -104,7 +104,7 @@ private Q_SLOTS:
     }
 
     void historiesAreBelievable() {
-        Scene scene({.seed = 3, .projects = 60});
+        WorldScene scene({.seed = 3, .projects = 60});
         scene.pass(20 * hour);
         for (const QList<Deployment>& history : histories(*scene.world)) {
             QVERIFY(history.size() <= 40);
@@ -120,7 +120,7 @@ private Q_SLOTS:
     }
 
     void namesAndIdsAreDistinct() {
-        const Scene scene({.projects = 3000, .speed = 0});
+        const WorldScene scene({.projects = 3000, .speed = 0});
         QSet<QString> seen;
         qint64 previous = std::numeric_limits<qint64>::max();
         for (int index = 0; index < scene.world->projectCount(); ++index) {
@@ -143,7 +143,7 @@ private Q_SLOTS:
     void lifeRunsItsCourse() {
         QFETCH(QString, outcome);
         for (quint64 seed = 1; seed < 9; ++seed) {
-            Scene scene({.seed = seed});
+            WorldScene scene({.seed = seed});
             const QString project = scene.world->addProject(u"fresh"_s, 1);
             QVERIFY(scene.world->push(project, {.outcome = outcome}));
             const QStringList states = statesLived(scene, project);
@@ -155,9 +155,9 @@ private Q_SLOTS:
     }
 
     void speedCompressesTheWallClock() {
-        Scene slow;
-        Scene fast({.speed = 10});
-        for (Scene* scene : {&slow, &fast}) {
+        WorldScene slow;
+        WorldScene fast({.speed = 10});
+        for (WorldScene* scene : {&slow, &fast}) {
             const QString project = scene->world->addProject(u"fresh"_s, 0);
             QVERIFY(scene->world->push(project, {.outcome = u"READY"_s}));
             scene->pass(hour);
@@ -170,7 +170,7 @@ private Q_SLOTS:
     }
 
     void speedZeroFreezesAndALaterSpeedGoesOn() {
-        Scene scene({.speed = 0});
+        WorldScene scene({.speed = 0});
         QVERIFY(scene.world->push(u"storefront"_s));
         const auto before = histories(*scene.world);
         scene.pass(10 * hour);
@@ -186,7 +186,7 @@ private Q_SLOTS:
     }
 
     void stateSetByHandStays() {
-        Scene scene;
+        WorldScene scene;
         const QString project = u"trail_log"_s;  // deploys by nobody else
         QVERIFY(!scene.world->setState(project, u"READY"_s));
         QVERIFY(scene.world->push(project));
@@ -201,7 +201,7 @@ private Q_SLOTS:
     }
 
     void redeployTakesOverTheSource() {
-        Scene scene({.speed = 0});
+        WorldScene scene({.speed = 0});
         const Deployment source = scene.world->project(u"journal"_s)->deployments.at(2);
         const std::optional<QString> uid = scene.world->redeploy(source.uid);
         QVERIFY(uid);
@@ -215,7 +215,7 @@ private Q_SLOTS:
     }
 
     void projectsComeAndGo() {
-        Scene scene;
+        WorldScene scene;
         const quint64 revision = scene.world->project(u"docs"_s)->revision;
         const QString id = scene.world->addProject(u"fresh"_s, 1, u"prj_mine"_s);
         QCOMPARE(id, u"prj_mine"_s);
@@ -234,7 +234,7 @@ private Q_SLOTS:
     }
 
     void clockSetBackAndLongSleepAreSurvived() {
-        Scene scene({.speed = 100});
+        WorldScene scene({.speed = 100});
         scene.pass(hour);
         const auto before = histories(*scene.world);
         scene.pass(-30 * minute);

@@ -48,11 +48,12 @@ private Q_SLOTS:
                                      << DeploymentState::error << QList{1, 1, 1};
         QTest::newRow("then canceled") << QStringList{u"READY"_s, u"CANCELED"_s, u"QUEUED"_s}
                                        << DeploymentState::canceled << QList{1, 1, 0};
-        QTest::newRow("queued is building") << QStringList{u"READY"_s, u"QUEUED"_s} << DeploymentState::building
-                                            << QList{1, 1, 0};
-        QTest::newRow("initializing is building") << QStringList{u"INITIALIZING"_s, u"nonsense"_s}
-                                                  << DeploymentState::building << QList{0, 1, 0};
-        QTest::newRow("all ready") << QStringList{u"READY"_s, u"READY"_s} << DeploymentState::ready << QList{2, 0, 0};
+        QTest::newRow("queued is building")
+            << QStringList{u"READY"_s, u"QUEUED"_s} << DeploymentState::building << QList{1, 1, 0};
+        QTest::newRow("initializing is building")
+            << QStringList{u"INITIALIZING"_s, u"nonsense"_s} << DeploymentState::building << QList{0, 1, 0};
+        QTest::newRow("all ready") << QStringList{u"READY"_s, u"READY"_s} << DeploymentState::ready
+                                   << QList{2, 0, 0};
         QTest::newRow("one unknown") << QStringList{u"READY"_s, u"Ready"_s} << DeploymentState::unknown
                                      << QList{1, 0, 0};
     }
@@ -86,18 +87,21 @@ private Q_SLOTS:
     void stalenessIsTold() {
         QFETCH(const int, age);
         QFETCH(const QString, ago);
-        QCOMPARE(m_state->stalenessDescription(u"p"_s), u"Not successfully checked since Tidemark started."_s);
+        QCOMPARE(m_state->stalenessDescription(u"p"_s),
+                 u"Not successfully checked since Tidemark started."_s);
         m_state->setLastCheckedAt(u"p"_s, m_clock.now() - std::chrono::seconds(age));
         QCOMPARE(m_state->stalenessDescription(u"p"_s),
                  u"Showing the status from the last successful check, %1."_s.arg(ago));
-        QCOMPARE(m_state->stalenessDescription(u"q"_s), u"Not successfully checked since Tidemark started."_s);
+        QCOMPARE(m_state->stalenessDescription(u"q"_s),
+                 u"Not successfully checked since Tidemark started."_s);
     }
 
     void projectsAreSortedByCharacterCode() {
         // U+FF21 comes before the emoji, although the emoji's UTF-16 units are smaller.
         const QStringList ordered{u"B"_s, u"a"_s, u"a-b"_s, u"ab"_s, u"é"_s, u"\uff21"_s, u"\U0001F680"_s};
         QList<VercelProject> projects;
-        for (const auto& name : {ordered[6], ordered[3], ordered[5], ordered[0], ordered[4], ordered[2], ordered[1]})
+        for (const auto& name :
+             {ordered[6], ordered[3], ordered[5], ordered[0], ordered[4], ordered[2], ordered[1]})
             projects.append({name, name, u"a"_s});
         m_state->integrateProjects(projects, u"a"_s);
         QCOMPARE(names(m_state->allProjects()), ordered);
@@ -115,7 +119,8 @@ private Q_SLOTS:
         m_state->integrateProjects({{u"3"_s, u"same"_s, u"B"_s}, {u"1"_s, u"same"_s, u"B"_s}}, u"B"_s);
         m_state->integrateProjects({{u"2"_s, u"two"_s, u"A"_s}}, u"A"_s);
         QCOMPARE(m_state->allProjects(),
-                 (QList<VercelProject>{{u"3"_s, u"same"_s, u"B"_s}, {u"1"_s, u"same"_s, u"B"_s}, {u"2"_s, u"two"_s, u"A"_s}}));
+                 (QList<VercelProject>{
+                     {u"3"_s, u"same"_s, u"B"_s}, {u"1"_s, u"same"_s, u"B"_s}, {u"2"_s, u"two"_s, u"A"_s}}));
         QCOMPARE(m_state->trackedIds(), (QSet{u"1"_s, u"3"_s}));
         QCOMPARE(listChanges.count(), 2);
         QCOMPARE(trackedChanges.count(), 0);
@@ -148,7 +153,8 @@ private Q_SLOTS:
         {
             QSettings settings(path(), QSettings::IniFormat);
             settings.setValue(u"cachedProjects"_s, QByteArray("{broken"));
-            settings.setValue(u"productionDomains"_s, QVariantMap{{u"1"_s, u"a"_s}, {u"2"_s, QVariantList{1}}});
+            settings.setValue(u"productionDomains"_s,
+                              QVariantMap{{u"1"_s, u"a"_s}, {u"2"_s, QVariantList{1}}});
             settings.setValue(u"trackedIds"_s, QStringList{u"1"_s});
         }
         restart();
@@ -181,37 +187,53 @@ private Q_SLOTS:
 
         // Whole values: told when they differ.
         const auto assignsTwice = [&changes](auto signal, auto&& change) {
-            return changes(signal, change) == 1 && changes(signal, change) == 0;
+            const auto first = changes(signal, change);
+            return first == 1 && changes(signal, change) == 0;
         };
-        QVERIFY(assignsTwice(&AppState::vercelPlatformStatusChanged, [&] { state.setVercelPlatformStatus(VercelStatusLevel::minor); }));
+        QVERIFY(assignsTwice(&AppState::vercelPlatformStatusChanged,
+                             [&] { state.setVercelPlatformStatus(VercelStatusLevel::minor); }));
         QVERIFY(assignsTwice(&AppState::analyticsErrorChanged, [&] { state.setAnalyticsError(u"e"_s); }));
-        QVERIFY(assignsTwice(&AppState::isLoadingAnalyticsChanged, [&] { state.setIsLoadingAnalytics(true); }));
-        QVERIFY(assignsTwice(&AppState::analyticsFetchedAtChanged, [&] { state.setAnalyticsFetchedAt(m_clock.now()); }));
+        QVERIFY(
+            assignsTwice(&AppState::isLoadingAnalyticsChanged, [&] { state.setIsLoadingAnalytics(true); }));
+        QVERIFY(assignsTwice(&AppState::analyticsFetchedAtChanged,
+                             [&] { state.setAnalyticsFetchedAt(m_clock.now()); }));
         QVERIFY(assignsTwice(&AppState::productionOnlyChanged, [&] { state.setProductionOnly(true); }));
-        QVERIFY(assignsTwice(&AppState::productionDomainsChanged, [&] { state.setProductionDomains(Texts{{u"p"_s, u"d"_s}}); }));
-        QVERIFY(assignsTwice(&AppState::domainsCheckedThisSessionChanged, [&] { state.setDomainsCheckedThisSession(Ids{u"p"_s}); }));
+        QVERIFY(assignsTwice(&AppState::productionDomainsChanged, [&] {
+            state.setProductionDomains(Texts{{u"p"_s, u"d"_s}});
+        }));
+        QVERIFY(assignsTwice(&AppState::domainsCheckedThisSessionChanged,
+                             [&] { state.setDomainsCheckedThisSession(Ids{u"p"_s}); }));
         QVERIFY(assignsTwice(&AppState::errorsChanged, [&] { state.setErrors(Texts{{u"p"_s, u"e"_s}}); }));
-        QVERIFY(assignsTwice(&AppState::lastCheckedAtChanged, [&] { state.setLastCheckedAt({{u"p"_s, m_clock.now()}}); }));
-        QVERIFY(assignsTwice(&AppState::emptyProjectIdsChanged, [&] { state.setEmptyProjectIds(Ids{u"p"_s}); }));
+        QVERIFY(assignsTwice(&AppState::lastCheckedAtChanged, [&] {
+            state.setLastCheckedAt({{u"p"_s, m_clock.now()}});
+        }));
+        QVERIFY(
+            assignsTwice(&AppState::emptyProjectIdsChanged, [&] { state.setEmptyProjectIds(Ids{u"p"_s}); }));
         QVERIFY(assignsTwice(&AppState::isLoadingProjectsChanged, [&] { state.setIsLoadingProjects(true); }));
         QVERIFY(assignsTwice(&AppState::trackedIdsChanged, [&] { state.setTrackedIds(Ids{u"p"_s}); }));
         QVERIFY(assignsTwice(&AppState::individualIdsChanged, [&] { state.setIndividualIds(Ids{u"p"_s}); }));
 
         // Entries and the rest: always told.
         const auto tellsTwice = [&changes](auto signal, auto&& change) {
-            return changes(signal, change) == 1 && changes(signal, change) == 1;
+            const auto first = changes(signal, change);
+            return first == 1 && changes(signal, change) == 1;
         };
         QVERIFY(tellsTwice(&AppState::allProjectsChanged, [&] { state.setAllProjects({}); }));
-        QVERIFY(tellsTwice(&AppState::deploymentsChanged, [&] { state.setDeployment(u"p"_s, inState(u"READY"_s)); }));
-        QVERIFY(tellsTwice(&AppState::recentDeploymentsChanged, [&] { state.setRecentDeployments(u"p"_s, {}); }));
+        QVERIFY(tellsTwice(&AppState::deploymentsChanged,
+                           [&] { state.setDeployment(u"p"_s, inState(u"READY"_s)); }));
+        QVERIFY(
+            tellsTwice(&AppState::recentDeploymentsChanged, [&] { state.setRecentDeployments(u"p"_s, {}); }));
         QVERIFY(tellsTwice(&AppState::analyticsCardsChanged, [&] { state.setAnalyticsCards({}); }));
         QVERIFY(tellsTwice(&AppState::configChanged, [&] { state.setConfig(AppConfiguration()); }));
         QVERIFY(tellsTwice(&AppState::redeployHandlerChanged, [&] { state.setRedeployHandler({}); }));
-        QVERIFY(tellsTwice(&AppState::productionDomainsChanged, [&] { state.setProductionDomain(u"p"_s, u"d"_s); }));
-        QVERIFY(tellsTwice(&AppState::domainsCheckedThisSessionChanged, [&] { state.insertDomainChecked(u"p"_s); }));
+        QVERIFY(tellsTwice(&AppState::productionDomainsChanged,
+                           [&] { state.setProductionDomain(u"p"_s, u"d"_s); }));
+        QVERIFY(tellsTwice(&AppState::domainsCheckedThisSessionChanged,
+                           [&] { state.insertDomainChecked(u"p"_s); }));
         QVERIFY(tellsTwice(&AppState::errorsChanged, [&] { state.setError(u"p"_s, u"e"_s); }));
         QVERIFY(tellsTwice(&AppState::errorsChanged, [&] { state.removeError(u"none"_s); }));
-        QVERIFY(tellsTwice(&AppState::lastCheckedAtChanged, [&] { state.setLastCheckedAt(u"p"_s, m_clock.now()); }));
+        QVERIFY(tellsTwice(&AppState::lastCheckedAtChanged,
+                           [&] { state.setLastCheckedAt(u"p"_s, m_clock.now()); }));
         QVERIFY(tellsTwice(&AppState::emptyProjectIdsChanged, [&] { state.insertEmptyProject(u"p"_s); }));
         QVERIFY(tellsTwice(&AppState::emptyProjectIdsChanged, [&] { state.removeEmptyProject(u"p"_s); }));
         QVERIFY(tellsTwice(&AppState::trackedIdsChanged, [&] { state.setTracked(u"p"_s, true); }));
@@ -231,7 +253,7 @@ private Q_SLOTS:
     }
 
 private:
-    QString path() const { return m_folder->filePath(u"defaults.ini"_s); }
+    [[nodiscard]] QString path() const { return m_folder->filePath(u"defaults.ini"_s); }
 
     void restart() {
         cleanup();

@@ -50,9 +50,9 @@ private Q_SLOTS:
         QTest::newRow("future") << -qint64{7'200'000} << u"just now"_s;
         QTest::newRow("just now") << qint64{59'999} << u"just now"_s;
         QTest::newRow("a minute") << qint64{119'000} << u"1 minute ago"_s;
-        QTest::newRow("minutes") << qint64{5 * 60'000} << u"5 minutes ago"_s;
-        QTest::newRow("since midnight") << qint64{12 * 3'600'000} << u"12 hours ago"_s;
-        QTest::newRow("older") << qint64{3 * 86'400'000} << u"nov 12, 2023 at 12:00 PM"_s;
+        QTest::newRow("minutes") << qint64{300'000} << u"5 minutes ago"_s;
+        QTest::newRow("since midnight") << qint64{43'200'000} << u"12 hours ago"_s;
+        QTest::newRow("older") << qint64{259'200'000} << u"nov 12, 2023 at 12:00 PM"_s;
     }
 
     void pushTimesAreWords() {
@@ -92,8 +92,9 @@ private Q_SLOTS:
     void buildDurationsOfReadyDeploymentsOnly() {
         QFETCH(const QString, state);
         QFETCH(const qint64, duration);
-        QTEST(built(state, 1'700'000'000'000, 1'700'000'000'000 + duration).buildDuration().value_or(QString()),
-              "text");
+        QTEST(
+            built(state, 1'700'000'000'000, 1'700'000'000'000 + duration).buildDuration().value_or(QString()),
+            "text");
     }
 
     void hostileTimesGiveTexts() {
@@ -109,15 +110,20 @@ private Q_SLOTS:
     }
 
     void theHostShownIsACustomOneIfThereIsOne() {
-        const auto domain = [](const QList<QString>& alias) { return Deployment{.alias = alias}.productionDomain(); };
-        QCOMPARE(domain({u"a.vercel.app"_s, u"b.vercel.app.example.org"_s, u"c.example.org"_s}), u"c.example.org"_s);
+        const auto domain = [](const QList<QString>& alias) {
+            return Deployment{.alias = alias}.productionDomain();
+        };
+        QCOMPARE(domain({u"a.vercel.app"_s, u"b.vercel.app.example.org"_s, u"c.example.org"_s}),
+                 u"c.example.org"_s);
         QCOMPARE(domain({u"a.vercel.app"_s, u"b.vercel.app"_s}), u"a.vercel.app"_s);
         QVERIFY(!domain({}));
         QVERIFY(!Deployment().productionDomain());
     }
 
     void statesHaveTextsAndColours() {
-        const auto roundTrips = [](DeploymentState state) { return deploymentStateFromRawText(rawText(state)) == state; };
+        const auto roundTrips = [](DeploymentState state) {
+            return deploymentStateFromRawText(rawText(state)) == state;
+        };
         for (int i = 0; i <= static_cast<int>(DeploymentState::unknown); ++i)
             QVERIFY(roundTrips(static_cast<DeploymentState>(i)));
         for (const auto& text : {u"Ready"_s, u"ready"_s, u"DELETED"_s, u"UNKNOWN"_s, u" READY"_s, QString()})

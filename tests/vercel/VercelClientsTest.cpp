@@ -55,10 +55,12 @@ private Q_SLOTS:
         QTest::addColumn<int>("status");
         QTest::addColumn<QStringList>("outcomes");  // projects, deployments, domains, redeploy
         const auto all = [](const QString& text) { return QStringList{text, text, u"absent"_s, text}; };
-        QTest::newRow("200") << 200 << QStringList{u"The answer could not be read: “projects” is missing."_s,
-                                                   u"The answer could not be read: “deployments” is missing."_s,
-                                                   u"absent"_s, u"ok"_s};
-        QTest::newRow("201") << 201 << QStringList{u"HTTP error 201"_s, u"HTTP error 201"_s, u"absent"_s, u"ok"_s};
+        QTest::newRow("200") << 200
+                             << QStringList{u"The answer could not be read: “projects” is missing."_s,
+                                            u"The answer could not be read: “deployments” is missing."_s,
+                                            u"absent"_s, u"ok"_s};
+        QTest::newRow("201") << 201
+                             << QStringList{u"HTTP error 201"_s, u"HTTP error 201"_s, u"absent"_s, u"ok"_s};
         QTest::newRow("302") << 302 << all(u"HTTP error 302"_s);
         QTest::newRow("401") << 401 << all(u"Invalid API token (401)"_s);
         QTest::newRow("404") << 404 << all(u"HTTP error 404"_s);
@@ -93,9 +95,11 @@ private Q_SLOTS:
     void requestsAreBuiltAsTheApiWantsThem() {
         FakeHttpClient http;
         const QString base = u"https://api.example"_s;
-        const QString deployments = base + u"/v6/deployments?projectId=p%26%2B%201&limit=5&target=production&teamId=t%2F1"_s;
+        const QString deployments =
+            base + u"/v6/deployments?projectId=p%26%2B%201&limit=5&target=production&teamId=t%2F1"_s;
         http.answer(HttpMethod::get, deployments, httpAnswer(200, R"({"deployments":[]})"));
-        http.answer(HttpMethod::get, base + u"/v9/projects?limit=100&teamId=t%2F1"_s, httpAnswer(200, page(3)));
+        http.answer(HttpMethod::get, base + u"/v9/projects?limit=100&teamId=t%2F1"_s,
+                    httpAnswer(200, page(3)));
         http.answer(HttpMethod::post, base + u"/v13/deployments?forceNew=1&teamId=t%2F1"_s, httpAnswer(201));
         {
             // The client may be gone before the answer comes.
@@ -111,15 +115,17 @@ private Q_SLOTS:
         }
         for (const auto& request : http.requests()) {
             QCOMPARE(request.timeout, std::chrono::milliseconds(60000));
-            QCOMPARE(request.headers.first(), (std::pair<QByteArray, QByteArray>("Authorization", "Bearer tok")));
+            QCOMPARE(request.headers.first(),
+                     (std::pair<QByteArray, QByteArray>("Authorization", "Bearer tok")));
         }
         const HttpRequest& redeploy = http.requests().last();
-        QCOMPARE(redeploy.headers.last(), (std::pair<QByteArray, QByteArray>("Content-Type", "application/json")));
+        QCOMPARE(redeploy.headers.last(),
+                 (std::pair<QByteArray, QByteArray>("Content-Type", "application/json")));
         QCOMPARE(redeploy.body, QByteArray("{\"deploymentId\":\"dpl_\\\"1\"}"));
     }
 
     void pagesAreFollowed_data() {
-        QTest::addColumn<QList<int>>("sizes");   // of the pages, each with a cursor
+        QTest::addColumn<QList<int>>("sizes");  // of the pages, each with a cursor
         QTest::addColumn<bool>("lastHasCursor");
         QTest::addColumn<int>("requests");
         QTest::addColumn<int>("projects");
@@ -160,12 +166,19 @@ private Q_SLOTS:
         const QByteArray skipped = R"({"name":"branch.example","gitBranch":"dev","verified":true},)"
                                    R"({"name":"x.vercel.app","verified":true},)"
                                    R"({"name":"old.example","redirect":"","verified":true})";
-        QTest::newRow("verified wins") << QByteArray(skipped + R"(,{"name":"p.example","verified":false},{"name":"q.example","gitBranch":null,"verified":true})")
-                                       << u"q.example"_s;
-        QTest::newRow("else the first") << QByteArray(skipped + R"(,{"name":"p.example"},{"name":"r.example","verified":false})") << u"p.example"_s;
-        QTest::newRow("suffix in the middle counts") << QByteArray(R"({"name":"x.vercel.app.example"})") << u"x.vercel.app.example"_s;
+        QTest::newRow("verified wins")
+            << QByteArray(
+                   skipped +
+                   R"(,{"name":"p.example","verified":false},{"name":"q.example","gitBranch":null,"verified":true})")
+            << u"q.example"_s;
+        QTest::newRow("else the first")
+            << QByteArray(skipped + R"(,{"name":"p.example"},{"name":"r.example","verified":false})")
+            << u"p.example"_s;
+        QTest::newRow("suffix in the middle counts")
+            << QByteArray(R"({"name":"x.vercel.app.example"})") << u"x.vercel.app.example"_s;
         QTest::newRow("no candidate") << skipped << u"absent"_s;
-        QTest::newRow("one entry unreadable") << QByteArray(R"({"name":"p.example"},{"name":5})") << u"absent"_s;
+        QTest::newRow("one entry unreadable")
+            << QByteArray(R"({"name":"p.example"},{"name":5})") << u"absent"_s;
     }
 
     void theProductionDomainIsTheFirstVerifiedCustomOne() {

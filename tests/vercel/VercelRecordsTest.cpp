@@ -13,7 +13,8 @@ QByteArray deploymentsJson(const QByteArray& members) {
     return "{\"deployments\":[{" + members + "}]}";
 }
 
-const QByteArray required = R"("uid":"d1","name":"api","url":"api-1.vercel.app","created":1700000000000,"state":"READY")";
+const QByteArray required =
+    R"("uid":"d1","name":"api","url":"api-1.vercel.app","created":1700000000000,"state":"READY")";
 
 }  // namespace
 
@@ -44,11 +45,13 @@ private Q_SLOTS:
         const auto row = [](const char* name, const QByteArray& json, const QString& path) {
             QTest::newRow(name) << json << path;
         };
-        row("id instead of uid", R"({"deployments":[{"id":"d","name":"n","url":"u","created":1,"state":"s"}]})",
+        row("id instead of uid",
+            R"({"deployments":[{"id":"d","name":"n","url":"u","created":1,"state":"s"}]})",
             u"deployments[0].uid"_s);
         row("second of two is broken", "{\"deployments\":[{" + required + R"(},{"uid":5}]})",
             u"deployments[1].uid"_s);
-        row("created as text", R"({"deployments":[{"uid":"d","name":"n","url":"u","created":"1","state":"s"}]})",
+        row("created as text",
+            R"({"deployments":[{"uid":"d","name":"n","url":"u","created":"1","state":"s"}]})",
             u"deployments[0].created"_s);
         row("created with a fraction",
             R"({"deployments":[{"uid":"d","name":"n","url":"u","created":1.5,"state":"s"}]})",
@@ -58,7 +61,8 @@ private Q_SLOTS:
             u"deployments[0].created"_s);
         row("state missing", R"({"deployments":[{"uid":"d","name":"n","url":"u","created":1}]})",
             u"deployments[0].state"_s);
-        row("optional of a wrong type", deploymentsJson(required + R"(,"target":1)"), u"deployments[0].target"_s);
+        row("optional of a wrong type", deploymentsJson(required + R"(,"target":1)"),
+            u"deployments[0].target"_s);
         row("boolean as integer", deploymentsJson(required + R"(,"ready":true)"), u"deployments[0].ready"_s);
         row("meta is no object", deploymentsJson(required + R"(,"meta":[])"), u"deployments[0].meta"_s);
         row("text in meta is a number", deploymentsJson(required + R"(,"meta":{"githubCommitRef":1})"),
@@ -73,11 +77,12 @@ private Q_SLOTS:
         row("a thousand levels deep", QByteArray(5000, '[') + QByteArray(5000, ']'), QString());
         row("nothing", "", QString());
         row("optional members null",
-            deploymentsJson(required + R"(,"ready":null,"meta":null,"alias":null,"inspectorUrl":null)"), u"ok"_s);
-        row("whole number as a float", R"({"deployments":[{"uid":"d","name":"n","url":"u","created":1e3,"state":"s"}]})",
+            deploymentsJson(required + R"(,"ready":null,"meta":null,"alias":null,"inspectorUrl":null)"),
             u"ok"_s);
-        row("unknown state text", R"({"deployments":[{"uid":"d","name":"n","url":"u","created":1,"state":"Canceled"}]})",
-            u"ok"_s);
+        row("whole number as a float",
+            R"({"deployments":[{"uid":"d","name":"n","url":"u","created":1e3,"state":"s"}]})", u"ok"_s);
+        row("unknown state text",
+            R"({"deployments":[{"uid":"d","name":"n","url":"u","created":1,"state":"Canceled"}]})", u"ok"_s);
         row("empty list", R"({"deployments":[],"pagination":{"count":0}})", u"ok"_s);
     }
 
