@@ -26,11 +26,16 @@ QCoro::Task<> AppDelegate::finishLaunching() {
     const QFuture<std::optional<AppConfiguration>> loading =
         QtConcurrent::run(&m_services.keychainWorker, [store = m_configStore] { return store.load(); });
     const std::optional<AppConfiguration> config = co_await loading;
-    if (isQuitting() || !config || !config->hasToken())
+    if (isQuitting())
         co_return;
-    m_appState.setConfig(config);
-    applyLaunchAtLogin(config->launchAtLogin);
-    co_await loadProjects();
+    if (config && config->hasToken())
+        apply(*config);
+}
+
+void AppDelegate::apply(const AppConfiguration& configuration) {
+    m_appState.setConfig(configuration);
+    applyLaunchAtLogin(configuration.launchAtLogin);
+    m_tasks.start([this](std::stop_token) { return loadProjects(); });
 }
 
 void AppDelegate::saveConfiguration(const AppConfiguration& configuration) {
@@ -42,11 +47,8 @@ QCoro::Task<> AppDelegate::storeAndRestart(AppConfiguration configuration) {
         QtConcurrent::run(&m_services.keychainWorker,
                           [store = m_configStore, configuration] { return store.save(configuration); });
     co_await saving;
-    if (isQuitting())
-        co_return;
-    m_appState.setConfig(configuration);
-    applyLaunchAtLogin(configuration.launchAtLogin);
-    co_await loadProjects();
+    if (!isQuitting())
+        apply(configuration);
 }
 
 void AppDelegate::applyLaunchAtLogin(bool enabled) {

@@ -103,6 +103,8 @@ private:
     void updateMainButton();
 
     [[nodiscard]] QCoro::Task<> finishLaunching();
+    /// Works with the configuration from now on.
+    void apply(const AppConfiguration& configuration);
     [[nodiscard]] QCoro::Task<> storeAndRestart(AppConfiguration configuration);
     [[nodiscard]] QCoro::Task<> runPollingLoop(std::stop_token stop);
     [[nodiscard]] QCoro::Task<> runStatusLoop(std::stop_token stop);

@@ -100,8 +100,8 @@ QCoro::Task<> AppDelegate::runPollingLoop(std::stop_token stop) {
 
 QCoro::Task<PollOutcome> AppDelegate::fetchAndUpdate(QString projectId, VercelAPIClient client,
                                                      bool productionOnly) {
-    const auto deployments = co_await client.fetchRecentDeployments(projectId, deploymentLimit,
-                                                                    productionOnly, m_quit.get_token());
+    auto deployments = co_await client.fetchRecentDeployments(projectId, deploymentLimit, productionOnly,
+                                                              m_quit.get_token());
     if (isQuitting())
         co_return PollOutcome::finished;
     if (!deployments) {
@@ -117,6 +117,8 @@ QCoro::Task<PollOutcome> AppDelegate::fetchAndUpdate(QString projectId, VercelAP
         m_appState.removeError(projectId);
         co_return PollOutcome::finished;
     }
+    // The limit is the API's to keep; what we hold is ours.
+    deployments->resize(std::min<qsizetype>(deployments->size(), deploymentLimit));
     recordDeployments(projectId, *deployments);
     if (!m_appState.domainsCheckedThisSession().contains(projectId))
         co_await lookUpProductionDomain(projectId, client);

@@ -16,7 +16,8 @@ Tidemark::Options Tidemark::userOptions(Bundle bundle) {
     return {.bundle = std::move(bundle),
             .endpoints = Endpoints::production(),
             .insecureLoopback = NetworkHttpClient::InsecureLoopback::refused,
-            .configFolder = config + u"/Tidemark"_s,
+            .configPath = ConfigStore::configURL(),
+            .defaultsPath = config + u"/Tidemark/defaults.ini"_s,
             .autostartFolder = config + u"/autostart"_s,
             .keychain = std::make_unique<SecretServiceKeychain>()};
 }
@@ -26,7 +27,7 @@ Tidemark::Tidemark(Options options, SingleInstance& instance)
       m_instance(instance),
       m_http({.userAgent = "Tidemark/" + m_options.bundle.version.toUtf8(),
               .insecureLoopback = m_options.insecureLoopback}),
-      m_defaults(m_options.configFolder + u"/defaults.ini"_s),
+      m_defaults(m_options.defaultsPath),
       m_loginItem(m_options.autostartFolder, m_options.bundle.identifier, u"Tidemark"_s,
                   QCoreApplication::applicationFilePath()),
       m_statusBar(u"Tidemark"_s) {
@@ -47,7 +48,7 @@ int Tidemark::run() {
                           .loginItem = m_loginItem,
                           .statusBar = m_statusBar,
                           .endpoints = m_options.endpoints,
-                          .configPath = m_options.configFolder + u"/config.json"_s});
+                          .configPath = m_options.configPath});
     QMetaObject::invokeMethod(
         &delegate, [&delegate] { delegate.applicationDidFinishLaunching(); }, Qt::QueuedConnection);
     return QGuiApplication::exec();

@@ -21,8 +21,9 @@ public:
         Bundle bundle;
         Endpoints endpoints;
         NetworkHttpClient::InsecureLoopback insecureLoopback;
-        /// The folder of the configuration file and of the defaults.
-        QString configFolder;
+        QString configPath;
+        /// The ini file of what the program remembers of its own.
+        QString defaultsPath;
         /// The user's autostart folder.
         QString autostartFolder;
         std::unique_ptr<Keychain> keychain;

@@ -5,6 +5,8 @@
 #include <QFileInfo>
 #include <QSaveFile>
 #include <QStandardPaths>
+#include <filesystem>
+#include <system_error>
 #include <utility>
 
 #include "config/KeychainHelper.h"
@@ -15,6 +17,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+constexpr qint64 maximumFileSize = qint64{1024} * 1024;
 const QString cloudflareTokenAccount = u"cloudflareToken"_s;
 /// Where earlier versions, which knew one account only, kept its token.
 const QString singleTokenAccount = u"apiToken"_s;
@@ -35,8 +38,10 @@ QString ConfigStore::configURL() {
 
 std::optional<AppConfiguration> ConfigStore::load() const {
     m_keychain->beginSession();
+    // A pipe or a device in its place would be read for ever.
+    const QFileInfo info(m_configPath);
     QFile file(m_configPath);
-    if (!file.open(QIODevice::ReadOnly))
+    if (!info.isFile() || info.size() > maximumFileSize || !file.open(QIODevice::ReadOnly))
         return std::nullopt;
     const auto migrateToken = [this](const VercelAccount& account) {
         const auto token = KeychainHelper::loadToken(*m_keychain, singleTokenAccount);
@@ -63,12 +68,15 @@ tl::expected<void, QString> ConfigStore::save(const AppConfiguration& configurat
         KeychainHelper::save(*m_keychain, account.apiToken, tokenAccount(account));
     KeychainHelper::save(*m_keychain, configuration.cloudflareToken, cloudflareTokenAccount);
 
-    const QString folder = QFileInfo(m_configPath).absolutePath();
-    if (!QDir().mkpath(folder))
-        return tl::unexpected(u"The folder %1 cannot be made."_s.arg(folder));
+    std::error_code error;
+    std::filesystem::create_directories(QFileInfo(m_configPath).absoluteDir().filesystemAbsolutePath(),
+                                        error);
+    if (error)
+        return tl::unexpected(QString::fromStdString(error.message()));
     QSaveFile file(m_configPath);
     const QByteArray content = configuration.encode();
-    if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size() || !file.commit())
+    if (!file.open(QIODevice::WriteOnly) || !file.setPermissions(QFile::ReadOwner | QFile::WriteOwner) ||
+        file.write(content) != content.size() || !file.commit())
         return tl::unexpected(file.errorString());
     return {};
 }

@@ -24,6 +24,8 @@ QString description(TransportError error) {
             return QStringLiteral("The proxy server could not be used.");
         case TransportError::notHttp:
             return QStringLiteral("The server's answer could not be understood.");
+        case TransportError::malformedHeader:
+            return QStringLiteral("The token holds characters that cannot be sent.");
         case TransportError::other:
             return QStringLiteral("The request failed.");
     }

@@ -47,6 +47,7 @@ enum class TransportError : quint8 {
     tooLarge,           ///< the body passed the limit
     proxyFailed,        ///< the proxy is missing, refuses or wants credentials
     notHttp,            ///< something answered, but not in HTTP
+    malformedHeader,    ///< a header holds control characters, such as a token with a line break
     other,
 };
 

@@ -5,7 +5,7 @@
 
 namespace tidemark {
 
-/// `text` as a JSON string in UTF-8, quotes included (RFC 8259). A lone surrogate becomes U+FFFD.
+/// `text` as a JSON string in UTF-8, quotes included (RFC 8259). A lone surrogate becomes a question mark.
 ///
 /// For documents whose members have an order of their own, or that are too long for QJsonDocument to build
 /// on the UI thread.

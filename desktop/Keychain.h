@@ -39,7 +39,8 @@ public:
     /// Deletes every item that matches; failures are ignored.
     virtual void deleteMatching(const KeychainQuery& query) = 0;
 
-    /// Ends a call that is waiting and fails all later ones at once. Callable from any thread.
+    /// Ends reads and waits for the user, and fails all later ones at once. Writes that need no user still go
+    /// through: half a replacement would lose what it replaces. Callable from any thread.
     virtual void cancel() = 0;
 };
 

@@ -38,6 +38,13 @@ bool isAuthorised(const HttpRequest& request) {
     });
 }
 
+/// Qt sends a value as it is: a line break in it would begin another header.
+bool isSendable(const std::pair<QByteArray, QByteArray>& header) {
+    return std::ranges::none_of(header.second, [](char byte) {
+        return (static_cast<unsigned char>(byte) < 0x20 && byte != '\t') || byte == 0x7f;
+    });
+}
+
 QNetworkRequest networkRequest(const HttpRequest& request, const QByteArray& userAgent) {
     QNetworkRequest result(request.url);
     result.setRawHeader("User-Agent", userAgent);
@@ -285,9 +292,12 @@ NetworkHttpClient::~NetworkHttpClient() = default;
 
 QCoro::Task<HttpResult> NetworkHttpClient::send(HttpRequest request, std::stop_token stop) {
     const bool allowed = isAllowed(request.url);
+    const bool isWellFormed = std::ranges::all_of(request.headers, isSendable);
     const auto exchange = std::make_shared<Exchange>(*this, std::move(request));
     if (!allowed)
         exchange->endLater(TransportError::insecure);
+    else if (!isWellFormed)
+        exchange->endLater(TransportError::malformedHeader);
     else if (!stop.stop_requested())
         exchange->start();
     // May come from any thread.

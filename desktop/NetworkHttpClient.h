@@ -21,7 +21,7 @@ public:
         QByteArray userAgent;
         InsecureLoopback insecureLoopback = InsecureLoopback::refused;
         /// The longest body that is accepted, in bytes after decompression.
-        qint64 bodyLimit = qint64{32} * 1024 * 1024;
+        qint64 bodyLimit = qint64{8} * 1024 * 1024;
         /// How many bytes may wait in memory to be read.
         qint64 readBuffer = qint64{256} * 1024;
     };

@@ -150,23 +150,25 @@ private:
 
 }  // namespace
 
-/// The calls of the Secret Service, each of which ends early once it is cancelled.
+/// The calls of the Secret Service. Once cancelled, nobody is asked any more and nothing is read; what needs
+/// no user to be written is.
 class SecretServiceKeychain::Calls {
 public:
     void beginSession() { m_isRefused = false; }
     void cancel() { g_cancellable_cancel(m_cancellable.get()); }
 
+    [[nodiscard]] bool isCancelled() const {
+        return g_cancellable_is_cancelled(m_cancellable.get()) != FALSE;
+    }
+
     /// Null when there is no service.
     [[nodiscard]] Object<SecretService> service() {
-        if (g_cancellable_is_cancelled(m_cancellable.get()) != FALSE)
-            return nullptr;
-        return Object<SecretService>(
-            secret_service_get_sync(SECRET_SERVICE_OPEN_SESSION, m_cancellable.get(), &m_error));
+        return Object<SecretService>(secret_service_get_sync(SECRET_SERVICE_OPEN_SESSION, nullptr, &m_error));
     }
 
     [[nodiscard]] Items search(SecretService* service, const KeychainQuery& query) {
         return Items(secret_service_search_sync(service, &schema(), attributes(query).get(),
-                                                SECRET_SEARCH_ALL, m_cancellable.get(), &m_error));
+                                                SECRET_SEARCH_ALL, nullptr, &m_error));
     }
 
     /// Absent when the user does not unlock it.
@@ -191,7 +193,7 @@ public:
     /// Unlocks the default collection or, where there is none yet, makes it.
     bool openDefaultCollection(SecretService* service) {
         const Object<SecretCollection> collection(secret_collection_for_alias_sync(
-            service, SECRET_COLLECTION_DEFAULT, SECRET_COLLECTION_NONE, m_cancellable.get(), &m_error));
+            service, SECRET_COLLECTION_DEFAULT, SECRET_COLLECTION_NONE, nullptr, &m_error));
         if (collection)
             return secret_collection_get_locked(collection.get()) == FALSE ||
                    unlock(service, pathOf(collection.get()));
@@ -207,8 +209,8 @@ public:
         const Secret secret(secret_value_new(data.constData(), data.size(), "text/plain"));
         const QByteArray label = "Tidemark " + query.account.toUtf8();
         return secret_service_store_sync(service, &schema(), attributes(query).get(),
-                                         SECRET_COLLECTION_DEFAULT, label.constData(), secret.get(),
-                                         m_cancellable.get(), &m_error) != FALSE;
+                                         SECRET_COLLECTION_DEFAULT, label.constData(), secret.get(), nullptr,
+                                         &m_error) != FALSE;
     }
 
 private:
@@ -230,8 +232,8 @@ private:
         GDBusConnection* connection = g_dbus_proxy_get_connection(proxy);
         const char* name = g_dbus_proxy_get_name(proxy);
         const Variant answer(g_dbus_connection_call_sync(connection, name, path, interface, method, arguments,
-                                                         nullptr, G_DBUS_CALL_FLAGS_NONE, -1,
-                                                         m_cancellable.get(), &m_error));
+                                                         nullptr, G_DBUS_CALL_FLAGS_NONE, -1, nullptr,
+                                                         &m_error));
         if (!answer || g_variant_n_children(answer.get()) == 0)
             return false;
         const Variant last(g_variant_get_child_value(answer.get(), g_variant_n_children(answer.get()) - 1));
@@ -240,7 +242,8 @@ private:
         const char* prompt = g_variant_get_string(last.get(), nullptr);
         if (g_strcmp0(prompt, "/") == 0)
             return true;
-        m_isRefused = m_isRefused || !Prompt::perform(connection, name, prompt, m_cancellable.get());
+        m_isRefused =
+            m_isRefused || isCancelled() || !Prompt::perform(connection, name, prompt, m_cancellable.get());
         return !m_isRefused;
     }
 
@@ -259,7 +262,7 @@ void SecretServiceKeychain::beginSession() {
 
 std::optional<QByteArray> SecretServiceKeychain::copyMatching(const KeychainQuery& query) {
     const ThreadLoop loop;
-    const auto service = m_calls->service();
+    const auto service = m_calls->isCancelled() ? nullptr : m_calls->service();
     if (!service)
         return std::nullopt;
     const Items items = m_calls->search(service.get(), query);

@@ -41,9 +41,16 @@ void drawDot(QPainter& painter, const QColor& color, int size) {
     painter.setBrush(Qt::black);
     painter.setCompositionMode(QPainter::CompositionMode_DestinationOut);
     painter.drawEllipse(dot.adjusted(-ring, -ring, ring, ring));
-    painter.setBrush(color);
     painter.setCompositionMode(QPainter::CompositionMode_SourceOver);
+    // A dark dot would be a hole in a dark panel: it gets a rim.
+    const bool isDark = color.lightness() < 100;
+    painter.setBrush(isDark ? templateTint : color);
     painter.drawEllipse(dot);
+    if (isDark) {
+        const int rim = std::max(1, static_cast<int>(std::lround(size / 20.0)));
+        painter.setBrush(color);
+        painter.drawEllipse(dot.adjusted(rim, rim, -rim, -rim));
+    }
 }
 
 IconPixmap toPixmap(const QImage& image) {

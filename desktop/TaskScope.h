@@ -4,7 +4,6 @@
 #include <functional>
 #include <memory>
 #include <stop_token>
-#include <unordered_set>
 
 namespace tidemark {
 

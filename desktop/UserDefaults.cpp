@@ -11,6 +11,8 @@ namespace tidemark {
 
 namespace {
 
+constexpr qint64 maximumFileSize = qint64{64} * 1024 * 1024;
+
 /// Whether the file at `path` now holds exactly `values`.
 bool writeFile(const QString& path, const QVariantHash& values) {
     QDir().mkpath(QFileInfo(path).path());
@@ -19,16 +21,28 @@ bool writeFile(const QString& path, const QVariantHash& values) {
     for (const auto& [key, value] : values.asKeyValueRange())
         file.setValue(key, value);
     file.sync();
+    if (file.status() == QSettings::AccessError)
+        return false;
     QFile::setPermissions(path, QFile::ReadOwner | QFile::WriteOwner);
-    return file.status() != QSettings::AccessError;
+    return true;
 }
 
 }  // namespace
 
 UserDefaults::UserDefaults(const QString& path) : m_path(path) {
     m_writer.setMaxThreadCount(1);
+    // A pipe or a device would be read for ever, and so would rubbish by the gigabyte.
+    const QFileInfo info(path);
+    if (info.exists() && (!info.isFile() || info.size() > maximumFileSize)) {
+        m_isWritable = false;
+        return;
+    }
+    // This process is the only writer. A lock that a crash left behind on a machine of another name would
+    // otherwise be waited for without end.
+    QFile::remove(path + QStringLiteral(".lock"));
     const QSettings file(path, QSettings::IniFormat);
     const QStringList keys = file.allKeys();
+    m_isWritable = file.status() != QSettings::AccessError;
     for (const QString& key : keys) {
         // A damaged file may give an empty one, which QSettings itself does not take.
         if (!key.isEmpty())
@@ -69,6 +83,8 @@ QVariant UserDefaults::value(const QString& key) const {
 
 void UserDefaults::setValue(const QString& key, const QVariant& value) {
     m_values.insert(key, value);
+    if (!m_isWritable)
+        return;
     const QMutexLocker lock(&m_mutex);
     m_pending = m_values;
     if (m_isWriteScheduled)

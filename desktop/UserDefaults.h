@@ -15,6 +15,7 @@ namespace tidemark {
 /// the file at once on a worker thread, so that a slow disk never holds up the UI thread; what is set while
 /// the file is being written goes out together afterwards. The destructor waits for the last write. One that
 /// fails (full disk) is kept and tried again with the next, or at the end.
+/// A file that is there but cannot be read is left alone: the values then last for this run.
 class UserDefaults {
 public:
     /// The ini file at `path`; a missing or unreadable one starts empty.
@@ -41,6 +42,7 @@ private:
 
     QString m_path;
     QVariantHash m_values;
+    bool m_isWritable = true;
     QMutex m_mutex;
     /// What the file is to hold, until it does.
     QVariantHash m_pending;

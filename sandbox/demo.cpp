@@ -86,7 +86,8 @@ int main(int argc, char** argv) {
     tidemark::Tidemark program({.bundle = {.identifier = identifier, .version = u"demo"_s},
                                 .endpoints = tidemark::Endpoints::below(demoOptions.address),
                                 .insecureLoopback = tidemark::NetworkHttpClient::InsecureLoopback::allowed,
-                                .configFolder = settings.path(),
+                                .configPath = settings.filePath(u"config.json"_s),
+                                .defaultsPath = settings.filePath(u"defaults.ini"_s),
                                 .autostartFolder = settings.filePath(u"autostart"_s),
                                 .keychain = std::move(keychain)},
                                instance);

@@ -86,9 +86,11 @@ desktop_start_x() {
     export DISPLAY=:$number
 }
 
-# In the background, so that a signal to us is handled at once and not after COMMAND has ended.
+# In the background, so that a signal to us is handled at once and not after COMMAND has ended. What the bus
+# and the services that it starts have to say goes into a file.
 desktop_run() {
-    dbus-run-session -- "$@" <&0 {DESKTOP_LIFELINE}>&- &
+    dbus-run-session -- bash -c 'exec "$@" 2>&9 9>&-' desktop-run "$@" \
+        <&0 9>&2 2>"$DESKTOP_FOLDER/log/bus" {DESKTOP_LIFELINE}>&- &
     wait $!
 }
 

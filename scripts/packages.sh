@@ -11,7 +11,7 @@ build_packages=(
 )
 desktop_packages=(
     xvfb openbox xfce4-panel xfconf dbus dbus-x11 libglib2.0-bin adwaita-icon-theme hicolor-icon-theme
-    fonts-dejavu-core imagemagick xdotool procps
+    fonts-dejavu-core imagemagick x11-xserver-utils xdotool procps
 )
 test_packages=(clang-format clang-tidy jq gnome-keyring libsecret-tools openssl curl)
 demo_packages=(curl)

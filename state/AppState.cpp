@@ -187,9 +187,19 @@ void AppState::setAllProjects(QList<VercelProject> projects) {
     Q_EMIT allProjectsChanged();
 }
 
+void AppState::setDeployments(const ByProject<Deployment>& deployments) {
+    m_deployments = deployments;
+    Q_EMIT deploymentsChanged();
+}
+
 void AppState::setDeployment(const QString& projectId, const Deployment& deployment) {
     m_deployments.insert(projectId, deployment);
     Q_EMIT deploymentsChanged();
+}
+
+void AppState::setRecentDeployments(const ByProject<QList<Deployment>>& deployments) {
+    m_recentDeployments = deployments;
+    Q_EMIT recentDeploymentsChanged();
 }
 
 void AppState::setRecentDeployments(const QString& projectId, const QList<Deployment>& deployments) {

@@ -44,8 +44,8 @@ public:
 
     /// The tracked ones of `allProjects`, sorted by name as those are.
     [[nodiscard]] QList<VercelProject> trackedProjects() const;
-    /// One state for all tracked projects: the worst that any newest deployment has; never `initializing` or
-    /// `queued`.
+    /// One state for all tracked projects: `error` if any newest deployment failed, else `canceled`, else
+    /// `building` for any in progress, else `ready` if all are, else `unknown`.
     [[nodiscard]] DeploymentState overallState() const;
     [[nodiscard]] int liveCount() const;
     [[nodiscard]] int buildingCount() const;
@@ -72,12 +72,14 @@ public:
 
     /// The newest deployment of each polled project.
     [[nodiscard]] const ByProject<Deployment>& deployments() const { return m_deployments; }
+    void setDeployments(const ByProject<Deployment>& deployments);
     void setDeployment(const QString& projectId, const Deployment& deployment);
 
     /// The last fetched list of each polled project, at most 5, newest first.
     [[nodiscard]] const ByProject<QList<Deployment>>& recentDeployments() const {
         return m_recentDeployments;
     }
+    void setRecentDeployments(const ByProject<QList<Deployment>>& deployments);
     void setRecentDeployments(const QString& projectId, const QList<Deployment>& deployments);
 
     [[nodiscard]] VercelStatusLevel vercelPlatformStatus() const { return m_vercelPlatformStatus; }
@@ -130,7 +132,7 @@ public:
     [[nodiscard]] bool isLoadingProjects() const { return m_isLoadingProjects; }
     void setIsLoadingProjects(bool isLoading);
 
-    /// The current configuration, tokens included; absent until a usable one was loaded or saved.
+    /// The current configuration, tokens included; absent until a usable one was loaded or any was saved.
     [[nodiscard]] const std::optional<AppConfiguration>& config() const { return m_config; }
     void setConfig(std::optional<AppConfiguration> config);
 

@@ -2,7 +2,9 @@
 
 #include <unicode/calendar.h>
 #include <unicode/datefmt.h>
+#include <unicode/fieldpos.h>
 #include <unicode/reldatefmt.h>
+#include <unicode/timezone.h>
 #include <unicode/unistr.h>
 
 #include <clocale>
@@ -23,6 +25,15 @@ icu::Locale userLocale() {
 
 UDate toDate(Clock::TimePoint time) {
     return static_cast<UDate>(time.time_since_epoch().count());
+}
+
+/// The time in the user's calendar and in the zone that the machine is in now: people travel.
+std::unique_ptr<icu::Calendar> localCalendar(Clock::TimePoint time) {
+    UErrorCode status = U_ZERO_ERROR;
+    std::unique_ptr<icu::Calendar> calendar(
+        icu::Calendar::createInstance(icu::TimeZone::detectHostTimeZone(), userLocale(), status));
+    calendar->setTime(toDate(time), status);
+    return calendar;
 }
 
 QString toQString(const icu::UnicodeString& text) {
@@ -58,16 +69,14 @@ QString DateFormat::absolute(Clock::TimePoint time) {
     static const std::unique_ptr<icu::DateFormat> formatter(icu::DateFormat::createDateTimeInstance(
         icu::DateFormat::kMediumRelative, icu::DateFormat::kShort, userLocale()));
     icu::UnicodeString text;
-    return toQString(formatter->format(toDate(time), text));
+    icu::FieldPosition anywhere;
+    return toQString(formatter->format(*localCalendar(time), text, anywhere));
 }
 
 bool DateFormat::isSameDay(Clock::TimePoint first, Clock::TimePoint second) {
-    UErrorCode status = U_ZERO_ERROR;
-    static const std::unique_ptr<icu::Calendar> calendar(icu::Calendar::createInstance(userLocale(), status));
     const auto day = [](Clock::TimePoint time) {
-        UErrorCode dayStatus = U_ZERO_ERROR;
-        calendar->setTime(toDate(time), dayStatus);
-        return calendar->get(UCAL_JULIAN_DAY, dayStatus);
+        UErrorCode status = U_ZERO_ERROR;
+        return localCalendar(time)->get(UCAL_JULIAN_DAY, status);
     };
     return day(first) == day(second);
 }

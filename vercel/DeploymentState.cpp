@@ -8,11 +8,11 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// Colours that hold their own on a light and on a dark panel: nobody tells us which one it is.
-constexpr QRgb systemGreen = qRgb(48, 209, 88);
-constexpr QRgb systemOrange = qRgb(255, 159, 10);
-constexpr QRgb systemRed = qRgb(255, 69, 58);
-constexpr QRgb systemGray = qRgb(152, 152, 157);
+// Nobody tells us whether the panel is light or dark: mid tones hold their own on both.
+constexpr QRgb systemGreen = qRgb(40, 167, 69);
+constexpr QRgb systemOrange = qRgb(230, 126, 0);
+constexpr QRgb systemRed = qRgb(235, 64, 52);
+constexpr QRgb systemGray = qRgb(142, 142, 147);
 constexpr QRgb darkGray = qRgb(64, 64, 64);
 
 struct Presentation {

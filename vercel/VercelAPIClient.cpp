@@ -78,7 +78,7 @@ HttpRequest VercelAPIClient::request(const QString& path, const QueryItems& quer
         query += QUrl::toPercentEncoding(name) + '=' + QUrl::toPercentEncoding(value);
     }
     QUrl url = m_baseURL;
-    url.setPath(u'/' + path, QUrl::DecodedMode);
+    url.setPath(u'/' + path, QUrl::TolerantMode);
     url.setQuery(QString::fromLatin1(query), QUrl::StrictMode);
     return {.url = url, .headers = {{"Authorization", "Bearer " + m_apiToken.toUtf8()}}};
 }
@@ -132,6 +132,8 @@ QCoro::Task<VercelResult<std::optional<QString>>> VercelAPIClient::fetchProducti
     static constexpr auto run =
         [](VercelAPIClient client, QString path,
            std::stop_token stopToken) -> QCoro::Task<VercelResult<std::optional<QString>>> {
+        if (path.isEmpty())
+            co_return std::nullopt;
         const QueryItems items{{u"limit"_s, u"50"_s}};
         HttpRequest request = client.request(path, items);
         HttpResult result = co_await client.m_http->send(std::move(request), std::move(stopToken));
@@ -142,7 +144,10 @@ QCoro::Task<VercelResult<std::optional<QString>>> VercelAPIClient::fetchProducti
         const auto response = DomainsResponse::decode(result->body);
         co_return response ? productionDomain(response->domains) : std::nullopt;
     };
-    return run(*this, u"v9/projects/%1/domains"_s.arg(projectId), std::move(stop));
+    // An id is one segment of the path, whatever is in it; these two would leave it all the same.
+    const bool leavesPath = projectId == "."_L1 || projectId == ".."_L1 || projectId.isEmpty();
+    const QString segment = QString::fromLatin1(QUrl::toPercentEncoding(projectId));
+    return run(*this, leavesPath ? QString() : u"v9/projects/%1/domains"_s.arg(segment), std::move(stop));
 }
 
 QCoro::Task<VercelResult<void>> VercelAPIClient::redeployDeployment(QString deploymentId,

@@ -85,7 +85,12 @@ private Q_SLOTS:
         QCOMPARE(read(), json);  // loading never writes the file
     }
 
-    void noFileIsAbsent() { QVERIFY(!store().load()); }
+    void whatIsNoFileIsAbsent() {
+        QVERIFY(!store().load());
+        QVERIFY(QDir().mkpath(QFileInfo(m_path).path()));
+        QVERIFY(QFile::link(u"/dev/zero"_s, m_path));  // without end
+        QVERIFY(!store().load());
+    }
 
     void singleAccountLayoutIsMigrated_data() {
         QTest::addColumn<QByteArray>("json");

@@ -34,6 +34,7 @@ private Q_SLOTS:
     void legacyItemIsMoved();
     void undecodableDataIsAbsent();
     void unavailableStoreIsAbsent();
+    void cancelLosesNoToken();
 };
 
 void KeychainHelperTest::savedTokenReplacesAllOthers_data() {
@@ -163,6 +164,16 @@ void KeychainHelperTest::unavailableStoreIsAbsent() {
     QCOMPARE(KeychainHelper::loadToken(keychain, account), std::nullopt);
     KeychainHelper::save(keychain, QStringLiteral("def"), account);
     QCOMPARE(keychain.items().size(), 1);
+}
+
+void KeychainHelperTest::cancelLosesNoToken() {
+    FakeKeychain keychain;
+    keychain.insert(attributes(false), "abc");
+    keychain.cancel();
+    // The program quits in the middle of a save: what was begun is finished.
+    KeychainHelper::save(keychain, QStringLiteral("def"), account);
+    QCOMPARE(keychain.items(), (QList<FakeKeychain::Item>{{attributes(true), "def"}}));
+    QCOMPARE(KeychainHelper::loadToken(keychain, account), std::nullopt);
 }
 
 }  // namespace tidemark

@@ -60,6 +60,7 @@ private Q_SLOTS:
     void addressesThatAreRefused_data();
     void addressesThatAreRefused();
     void requestCarriesNothingOfItsOwn();
+    void tokenWithALineBreakIsNotSent();
     void selfSignedCertificateIsRefused();
     void trustedServer();
     void systemProxyIsUsed_data();
@@ -151,6 +152,17 @@ void NetworkHttpClientTrustTest::requestCarriesNothingOfItsOwn() {
     const QByteArray last = server.requests().at(2).toLower();
     for (const QByteArray name : {"cookie", "authorization", "if-", "cache", "upgrade", "referer"})
         QVERIFY2(!last.contains("\r\n" + name), last.constData());
+}
+
+void NetworkHttpClientTrustTest::tokenWithALineBreakIsNotSent() {
+    MisbehavingServer server(MisbehavingServer::writes(MisbehavingServer::answer("200 OK", "x", "")));
+    NetworkHttpClient client(loopbackOptions());
+    for (const QByteArray token : {"abc\n", "abc\r\nX-Evil: 1", "a\rb", "a\x7f"}) {
+        HttpRequest request = get(server.url());
+        request.headers = {{"authorization", "Bearer " + token}};
+        QVERIFY(send(client, request) == failed(TransportError::malformedHeader));
+    }
+    QCOMPARE(server.connectionCount(), 0);
 }
 
 void NetworkHttpClientTrustTest::selfSignedCertificateIsRefused() {

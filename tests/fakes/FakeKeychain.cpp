@@ -42,7 +42,7 @@ void FakeKeychain::beginSession() {
 
 std::optional<QByteArray> FakeKeychain::copyMatching(const KeychainQuery& query) {
     const QMutexLocker lock(&m_mutex);
-    if (awaitMood() == Mood::unavailable)
+    if (awaitMood() == Mood::unavailable || m_isCancelled)
         return std::nullopt;
     const auto found = std::find_if(m_items.begin(), m_items.end(),
                                     [&query](const Item& item) { return matches(query, item.attributes); });
@@ -75,7 +75,7 @@ void FakeKeychain::cancel() {
 FakeKeychain::Mood FakeKeychain::awaitMood() {
     while (m_mood == Mood::prompting && !m_isCancelled)
         m_changed.wait(&m_mutex);
-    return m_isCancelled ? Mood::unavailable : m_mood;
+    return m_mood == Mood::prompting ? Mood::unavailable : m_mood;
 }
 
 }  // namespace tidemark

@@ -223,6 +223,8 @@ private Q_SLOTS:
                            [&] { state.setDeployment(u"p"_s, inState(u"READY"_s)); }));
         QVERIFY(
             tellsTwice(&AppState::recentDeploymentsChanged, [&] { state.setRecentDeployments(u"p"_s, {}); }));
+        QVERIFY(tellsTwice(&AppState::deploymentsChanged, [&] { state.setDeployments({}); }));
+        QVERIFY(tellsTwice(&AppState::recentDeploymentsChanged, [&] { state.setRecentDeployments({}); }));
         QVERIFY(tellsTwice(&AppState::analyticsCardsChanged, [&] { state.setAnalyticsCards({}); }));
         QVERIFY(tellsTwice(&AppState::configChanged, [&] { state.setConfig(AppConfiguration()); }));
         QVERIFY(tellsTwice(&AppState::redeployHandlerChanged, [&] { state.setRedeployHandler({}); }));

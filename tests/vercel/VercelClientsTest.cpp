@@ -124,6 +124,16 @@ private Q_SLOTS:
         QCOMPARE(redeploy.body, QByteArray("{\"deploymentId\":\"dpl_\\\"1\"}"));
     }
 
+    void anIdStaysInItsSegment() {
+        FakeHttpClient http;
+        const VercelAPIClient client(http, QUrl(u"https://api.example"_s), u"tok"_s, {});
+        http.answer(HttpMethod::get, u"/v9/projects/a%2Fb%3Fc%25/domains?limit=50"_s, httpAnswer(404));
+        QVERIFY(QCoro::waitFor(client.fetchProductionDomain(u"a/b?c%"_s, {})));
+        for (const auto& id : {u"."_s, u".."_s, QString()})
+            QVERIFY(!*QCoro::waitFor(client.fetchProductionDomain(id, {})));
+        QCOMPARE(http.requests().size(), 1);
+    }
+
     void pagesAreFollowed_data() {
         QTest::addColumn<QList<int>>("sizes");  // of the pages, each with a cursor
         QTest::addColumn<bool>("lastHasCursor");
