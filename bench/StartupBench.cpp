@@ -19,7 +19,13 @@ class Watcher final : public QDBusVirtualObject {
     Q_OBJECT
 
 public:
-    [[nodiscard]] QString introspect(const QString& /*path*/) const override { return {}; }
+    /// Enough for programs that look before they register.
+    [[nodiscard]] QString introspect(const QString& /*path*/) const override {
+        return u"<interface name=\"org.kde.StatusNotifierWatcher\">"
+               "<property name=\"IsStatusNotifierHostRegistered\" type=\"b\" access=\"read\"/>"
+               "<method name=\"RegisterStatusNotifierItem\"><arg type=\"s\" direction=\"in\"/></method>"
+               "</interface>"_s;
+    }
 
     bool handleMessage(const QDBusMessage& message, const QDBusConnection& connection) override {
         if (message.member() == "RegisterStatusNotifierItem"_L1) {
