@@ -1,15 +1,8 @@
 #include "sandbox/JsonText.h"
 
+#include "desktop/JsonText.h"
+
 namespace tidemark::sandbox {
-
-namespace {
-
-/// A character that cannot stand for itself: a control character, or half a pair.
-QByteArray escaped(char16_t unit) {
-    return "\\u" + QByteArray::number(unit, 16).rightJustified(4, '0');
-}
-
-}  // namespace
 
 JsonText& JsonText::openObject(QByteArrayView name) {
     start(name);
@@ -36,9 +29,7 @@ JsonText& JsonText::closeArray() {
 JsonText& JsonText::text(QByteArrayView name, const QString& value) {
     if (value.isNull())
         return null(name);
-    start(name);
-    quote(value);
-    return *this;
+    return raw(name, jsonString(value));
 }
 
 JsonText& JsonText::texts(QByteArrayView name, const QStringList& values) {
@@ -74,28 +65,6 @@ void JsonText::start(QByteArrayView name) {
     m_bytes += '"';
     m_bytes += name;
     m_bytes += "\":";
-}
-
-void JsonText::quote(QStringView text) {
-    m_bytes += '"';
-    qsizetype done = 0;
-    for (qsizetype place = 0; place < text.size(); ++place) {
-        const QChar unit = text.at(place);
-        const bool pair =
-            unit.isHighSurrogate() && place + 1 < text.size() && text.at(place + 1).isLowSurrogate();
-        if (pair) {
-            ++place;
-            continue;
-        }
-        const bool mark = unit == u'"' || unit == u'\\';
-        if (!mark && unit >= u' ' && !unit.isSurrogate())
-            continue;
-        m_bytes += text.sliced(done, place - done).toUtf8();
-        m_bytes += mark ? '\\' + QByteArray(1, unit.toLatin1()) : escaped(unit.unicode());
-        done = place + 1;
-    }
-    m_bytes += text.sliced(done).toUtf8();
-    m_bytes += '"';
 }
 
 }  // namespace tidemark::sandbox

@@ -7,8 +7,7 @@
 namespace tidemark::sandbox {
 
 /// Writes JSON front to back. The big lists are rendered with it: several times as fast as a tree of values
-/// that is built, sorted and thrown away, and it passes on what a tree does not, such as half a surrogate
-/// pair in a commit message that was cut off. Names are written as they are.
+/// that is built, sorted and thrown away. Names are written as they are.
 class JsonText final {
 public:
     /// The bytes so far; complete once everything opened is closed.
@@ -32,7 +31,6 @@ public:
 
 private:
     void start(QByteArrayView name);
-    void quote(QStringView text);
 
     QByteArray m_bytes;
 };

@@ -10,32 +10,42 @@ namespace tidemark::sandbox {
 /// A keychain that is gone with the process: the demo never touches the user's own.
 class MemoryKeychain final : public Keychain {
 public:
+    struct Item {
+        KeychainQuery attributes;
+        QByteArray data;
+
+        bool operator==(const Item&) const = default;
+    };
+
+    /// In the order in which they were added.
+    [[nodiscard]] const QList<Item>& items() const { return m_items; }
+
     [[nodiscard]] std::optional<QByteArray> copyMatching(const KeychainQuery& query) override {
-        for (const auto& [attributes, data] : std::as_const(m_items)) {
-            if (matches(attributes, query))
-                return data;
+        for (const Item& item : std::as_const(m_items)) {
+            if (matches(item, query))
+                return item.data;
         }
         return std::nullopt;
     }
 
     [[nodiscard]] bool add(const KeychainQuery& attributes, const QByteArray& data) override {
-        m_items.emplaceBack(attributes, data);
+        m_items.append({attributes, data});
         return true;
     }
 
     void deleteMatching(const KeychainQuery& query) override {
-        m_items.removeIf([&query](const auto& item) { return matches(item.first, query); });
+        m_items.removeIf([&query](const Item& item) { return matches(item, query); });
     }
 
     void cancel() override {}
 
 private:
-    static bool matches(const KeychainQuery& attributes, const KeychainQuery& query) {
-        return attributes.service == query.service && attributes.account == query.account &&
-               (!query.synchronizable || attributes.synchronizable == query.synchronizable);
+    static bool matches(const Item& item, const KeychainQuery& query) {
+        return item.attributes.service == query.service && item.attributes.account == query.account &&
+               (!query.synchronizable || item.attributes.synchronizable == query.synchronizable);
     }
 
-    QList<std::pair<KeychainQuery, QByteArray>> m_items;
+    QList<Item> m_items;
 };
 
 }  // namespace tidemark::sandbox

@@ -24,27 +24,26 @@ private Q_SLOTS:
     }
 
     void savesAndLoadsEverything() {
-        const AppConfiguration configuration{
-            .accounts = {{u"A1"_s, u"Me \"x\" \\ \n é \U0001F680"_s, {}, u"tok-a"_s},
-                         {u"A2"_s, u"Team"_s, u"team_1"_s, {}}},
-            .cloudflareToken = u"tok-cf"_s,
-            .pollingIntervalSeconds = 120,
-            .launchAtLogin = true,
-            .soundEnabled = false};
+        const AppConfiguration configuration{.accounts = {{u"A1"_s, u"\"Me\""_s, {}, u"tok-a"_s},
+                                                          {u"A2"_s, u"a\\b"_s, u"team_1"_s, {}},
+                                                          {u"A3"_s, u"\n"_s, {}, {}},
+                                                          {u"A4"_s, u"é \U0001F680"_s, {}, {}}},
+                                             .cloudflareToken = u"tok-cf"_s,
+                                             .pollingIntervalSeconds = 120,
+                                             .launchAtLogin = true,
+                                             .soundEnabled = false};
         QVERIFY(store().save(configuration));
         QCOMPARE(store().load(), configuration);
 
         const QByteArray content = read();
         for (const QByteArray secret : {"tok-a", "tok-cf", "apiToken", "cloudflareToken"})
             QVERIFY2(!content.contains(secret), secret.constData());
-        qsizetype position = 0;
-        for (const QByteArray member :
-             {"{\n", "\"accounts\"", "\"id\"", "\"name\"", "\"teamId\"", "\"pollingIntervalSeconds\"",
-              "\"launchAtLogin\"", "\"soundEnabled\""}) {
-            const auto found = content.indexOf(member, position);
-            QVERIFY2(found >= 0, member.constData());
-            position = found;
-        }
+        QVERIFY(content.contains("\"name\": \"\\n\""));  // Qt would read it unescaped, others would not
+        // People read the file: its members stand in this order.
+        static const QRegularExpression layout(
+            uR"(accounts.*id.*name.*teamId.*id.*pollingIntervalSeconds.*launchAtLogin.*soundEnabled)"_s,
+            QRegularExpression::DotMatchesEverythingOption);
+        QVERIFY2(layout.match(QString::fromUtf8(content)).hasMatch(), content.constData());
         // The empty token is stored too: nothing older may come back in its place.
         QCOMPARE(KeychainHelper::loadToken(*m_keychain, u"apiToken-A2"_s), QString());
 
@@ -56,19 +55,18 @@ private Q_SLOTS:
         QTest::addColumn<QByteArray>("json");
         QTest::addColumn<bool>("loads");
         const QByteArray account = R"({"id":"A1","name":"n","teamId":""})";
-        const QByteArray accounts = R"("accounts":[)" + account + "]";
-        QTest::newRow("accounts only") << QByteArray("{" + accounts + "}") << true;
-        QTest::newRow("nulls") << QByteArray("{" + accounts +
-                                             R"(,"pollingIntervalSeconds":null,"soundEnabled":null})")
-                               << true;
-        QTest::newRow("interval as text")
-            << QByteArray("{" + accounts + R"(,"pollingIntervalSeconds":"30"})") << false;
-        QTest::newRow("interval fractional")
-            << QByteArray("{" + accounts + R"(,"pollingIntervalSeconds":30.5})") << false;
-        QTest::newRow("switch as number") << QByteArray("{" + accounts + R"(,"launchAtLogin":1})") << false;
-        QTest::newRow("sound as text") << QByteArray("{" + accounts + R"(,"soundEnabled":"yes"})") << false;
-        QTest::newRow("array") << QByteArray("[" + account + "]") << false;
-        QTest::newRow("cut off") << QByteArray("{" + accounts) << false;
+        const auto row = [&account](const char* name, const QByteArray& members, bool loads) {
+            QTest::newRow(name) << "{\"accounts\":[" + account + "]" + members << loads;
+        };
+        row("accounts only", "}", true);
+        row("nulls", R"(,"pollingIntervalSeconds":null,"soundEnabled":null})", true);
+        row("interval as text", R"(,"pollingIntervalSeconds":"30"})", false);
+        row("interval fractional", R"(,"pollingIntervalSeconds":30.5})", false);
+        row("switch as number", R"(,"launchAtLogin":1})", false);
+        row("cut off", "", false);
+        QTest::newRow("old layout, switch as number")
+            << QByteArray(R"({"teamId":"t","soundEnabled":1})") << false;
+        QTest::newRow("array") << "[" + account + "]" << false;
         QTest::newRow("empty") << QByteArray() << false;
         QTest::newRow("account without a token")
             << QByteArray(R"({"accounts":[{"id":"other","name":"n","teamId":""}]})") << false;
@@ -77,12 +75,14 @@ private Q_SLOTS:
     void whatCannotBeUsedIsAbsent() {
         QFETCH(const QByteArray, json);
         KeychainHelper::save(*m_keychain, u"tok"_s, u"apiToken-A1"_s);
+        m_keychain->insert({u"com.tidemark"_s, u"apiToken"_s, false}, "old-token");
         write(json);
         const auto configuration = store().load();
         QTEST(configuration.has_value(), "loads");
         if (configuration)
             QCOMPARE(*configuration, (AppConfiguration{.accounts = {{u"A1"_s, u"n"_s, {}, u"tok"_s}}}));
-        QCOMPARE(read(), json);  // loading never writes the file
+        QCOMPARE(read(), json);                   // loading never writes the file
+        QCOMPARE(m_keychain->items().size(), 2);  // nothing was migrated
     }
 
     void whatIsNoFileIsAbsent() {
@@ -93,27 +93,24 @@ private Q_SLOTS:
     }
 
     void singleAccountLayoutIsMigrated_data() {
-        QTest::addColumn<QByteArray>("json");
+        QTest::addColumn<QByteArray>("members");
         QTest::addColumn<QString>("teamId");
-        QTest::newRow("no accounts") << QByteArray(R"({"teamId":"team_9","pollingIntervalSeconds":60})")
-                                     << u"team_9"_s;
-        QTest::newRow("empty accounts")
-            << QByteArray(R"({"accounts":[],"teamId":"team_9","pollingIntervalSeconds":60})") << u"team_9"_s;
-        QTest::newRow("null accounts")
-            << QByteArray(R"({"accounts":null,"pollingIntervalSeconds":60})") << QString();
-        QTest::newRow("accounts of a wrong type")
-            << QByteArray(R"({"accounts":5,"teamId":7,"pollingIntervalSeconds":60})") << QString();
-        QTest::newRow("one account without a team")
-            << QByteArray(
-                   R"({"accounts":[{"id":"A","name":"a","teamId":""},{"id":"B","name":"b"}],"pollingIntervalSeconds":60})")
-            << QString();
+        const auto row = [](const char* name, const QByteArray& members, const QString& teamId) {
+            QTest::newRow(name) << members << teamId;
+        };
+        row("no accounts", R"("teamId":"team_9")", u"team_9"_s);
+        row("empty accounts", R"("accounts":[],"teamId":"team_9")", u"team_9"_s);
+        row("null accounts", R"("accounts":null)", {});
+        row("accounts of a wrong type", R"("accounts":5,"teamId":7)", {});
+        row("one account without a team",
+            R"("accounts":[{"id":"A","name":"a","teamId":""},{"id":"B","name":"b"}])", {});
     }
 
     void singleAccountLayoutIsMigrated() {
-        QFETCH(const QByteArray, json);
+        QFETCH(const QByteArray, members);
         QFETCH(const QString, teamId);
         m_keychain->insert({u"com.tidemark"_s, u"apiToken"_s, false}, "old-token");
-        write(json);
+        write("{" + members + R"(,"pollingIntervalSeconds":60})");
         const auto first = store().load();
         QVERIFY(first);
         const VercelAccount account = first->accounts.first();
@@ -126,13 +123,6 @@ private Q_SLOTS:
         QVERIFY(store().load()->accounts.first().id != account.id);  // again and again, until a save
         QVERIFY(store().save(*first));
         QCOMPARE(store().load(), first);
-    }
-
-    void aFailedDecodeMigratesNothing() {
-        m_keychain->insert({u"com.tidemark"_s, u"apiToken"_s, false}, "old-token");
-        write(R"({"teamId":"t","soundEnabled":1})");
-        QVERIFY(!store().load());
-        QCOMPARE(m_keychain->items().size(), 1);
     }
 
     void aFailedSaveSaysSoAndKeepsTheOldFile() {

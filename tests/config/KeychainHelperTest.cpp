@@ -4,179 +4,131 @@
 
 #include "tests/fakes/FakeKeychain.h"
 
-namespace tidemark {
+using namespace tidemark;
+using namespace Qt::StringLiterals;
+using Mood = FakeKeychain::Mood;
+using Items = QList<FakeKeychain::Item>;
 
 namespace {
 
-const QString account = QStringLiteral("cloudflareToken");
-const QString other = QStringLiteral("apiToken-1");
-using Mood = FakeKeychain::Mood;
+const QString account = u"cloudflareToken"_s;
 
 KeychainQuery attributes(std::optional<bool> synchronizable) {
-    return {.service = QStringLiteral("com.tidemark"), .account = account, .synchronizable = synchronizable};
+    return {.service = u"com.tidemark"_s, .account = account, .synchronizable = synchronizable};
 }
 
 }  // namespace
 
-class KeychainHelperTest : public QObject {
+class KeychainHelperTest final : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void savedTokenReplacesAllOthers_data();
-    void savedTokenReplacesAllOthers();
-    void refusedAddsLoseTheOldItems();
-    void textThatIsNotUnicodeChangesNothing();
-    void textSurvives_data();
-    void textSurvives();
-    void tokenIsSoughtInOrder_data();
-    void tokenIsSoughtInOrder();
-    void legacyItemIsMoved_data();
-    void legacyItemIsMoved();
-    void undecodableDataIsAbsent();
-    void unavailableStoreIsAbsent();
-    void cancelLosesNoToken();
+    void init() { m_keychain = std::make_unique<FakeKeychain>(); }
+
+    void savedTokenReplacesAllOthers_data() {
+        QTest::addColumn<Mood>("mood");
+        QTest::addColumn<bool>("synchronizable");
+        QTest::newRow("synchronizable") << Mood::willing << true;
+        QTest::newRow("fallback") << Mood::refusesSynchronizable << false;
+    }
+
+    void savedTokenReplacesAllOthers() {
+        QFETCH(const Mood, mood);
+        QFETCH(const bool, synchronizable);
+        const FakeKeychain::Item unrelated{{u"com.tidemark"_s, u"apiToken-1"_s, true}, "unrelated"};
+        const FakeKeychain::Item foreign{{u"com.example"_s, account, true}, "foreign"};
+        insert({{attributes(true), "old"}, {attributes(true), "older"}, {attributes(false), "other"}});
+        insert({unrelated, foreign});
+        m_keychain->setMood(mood);
+        KeychainHelper::save(*m_keychain, u"abc"_s, account);
+        QCOMPARE(m_keychain->items(), (Items{unrelated, foreign, {attributes(synchronizable), "abc"}}));
+        QCOMPARE(KeychainHelper::loadItem(*m_keychain, account, synchronizable), u"abc"_s);
+        QCOMPARE(KeychainHelper::loadItem(*m_keychain, account, !synchronizable), std::nullopt);
+    }
+
+    void aSaveThatCannotSucceed() {
+        insert({{attributes(true), "old"}});
+        KeychainHelper::save(*m_keychain, QString(QChar(0xd800)), account);  // no Unicode: nothing changes
+        QCOMPARE(load(), u"old"_s);
+        m_keychain->setMood(Mood::unavailable);
+        KeychainHelper::save(*m_keychain, u"abc"_s, account);
+        QCOMPARE(load(), std::nullopt);
+        QCOMPARE(m_keychain->items().size(), 1);
+        m_keychain->setMood(Mood::refusesAdds);  // deletes all the same
+        KeychainHelper::save(*m_keychain, u"abc"_s, account);
+        QVERIFY(m_keychain->items().isEmpty());
+    }
+
+    void textSurvives() {
+        const QStringList texts{QString(), u"zß水🍰"_s, u"a\0b"_s, u"\ufeffa"_s};
+        for (const QString& text : texts) {
+            KeychainHelper::save(*m_keychain, text, account);
+            QCOMPARE(m_keychain->items().value(0).data, text.toUtf8());
+            QCOMPARE(load(), text);
+        }
+    }
+
+    void tokenIsSoughtInOrder_data() {
+        QTest::addColumn<Items>("items");
+        QTest::addColumn<QString>("token");
+        const FakeKeychain::Item local{attributes(false), "local"};
+        QTest::newRow("synchronizable first") << Items{local, {attributes(true), "a"}} << u"a"_s;
+        QTest::newRow("legacy last") << Items{{attributes(std::nullopt), "c"}, local} << u"local"_s;
+        QTest::newRow("empty text stops") << Items{{attributes(true), ""}, local} << u""_s;
+        QTest::newRow("undecodable is passed") << Items{{attributes(true), "\xff"}, local} << u"local"_s;
+    }
+
+    void tokenIsSoughtInOrder() {
+        QFETCH(const Items, items);
+        insert(items);
+        QTEST(load().value_or(u"absent"_s), "token");
+        QCOMPARE(m_keychain->items(), items);
+    }
+
+    void legacyItemIsMoved_data() {
+        QTest::addColumn<Mood>("mood");
+        QTest::addColumn<QByteArray>("data");
+        QTest::addColumn<bool>("synchronizable");
+        QTest::newRow("token") << Mood::willing << QByteArray("abc") << true;
+        QTest::newRow("empty token") << Mood::willing << QByteArray("") << true;
+        QTest::newRow("fallback") << Mood::refusesSynchronizable << QByteArray("abc") << false;
+    }
+
+    void legacyItemIsMoved() {
+        QFETCH(const Mood, mood);
+        QFETCH(const QByteArray, data);
+        QFETCH(const bool, synchronizable);
+        insert({{attributes(std::nullopt), data}});
+        m_keychain->setMood(mood);
+        QCOMPARE(load(), QString::fromUtf8(data));
+        QCOMPARE(m_keychain->items(), (Items{{attributes(synchronizable), data}}));
+    }
+
+    /// The legacy lookup matches the broken items too, and deletes what it matched.
+    void undecodableDataIsAbsent() {
+        insert({{attributes(true), "\xc3("}, {attributes(false), "\xed\xa0\x80"}});
+        QCOMPARE(load(), std::nullopt);
+        QVERIFY(m_keychain->items().isEmpty());
+    }
+
+    void cancelLosesNoToken() {
+        insert({{attributes(false), "abc"}});
+        m_keychain->cancel();
+        // The program quits in the middle of a save: what was begun is finished.
+        KeychainHelper::save(*m_keychain, u"def"_s, account);
+        QCOMPARE(m_keychain->items(), (Items{{attributes(true), "def"}}));
+        QCOMPARE(load(), std::nullopt);
+    }
+
+private:
+    void insert(const Items& items) {
+        for (const auto& [attributes, data] : items)
+            m_keychain->insert(attributes, data);
+    }
+    std::optional<QString> load() { return KeychainHelper::loadToken(*m_keychain, account); }
+
+    std::unique_ptr<FakeKeychain> m_keychain;
 };
 
-void KeychainHelperTest::savedTokenReplacesAllOthers_data() {
-    QTest::addColumn<Mood>("mood");
-    QTest::addColumn<bool>("synchronizable");
-    QTest::newRow("synchronizable") << Mood::willing << true;
-    QTest::newRow("fallback") << Mood::refusesSynchronizable << false;
-}
-
-void KeychainHelperTest::savedTokenReplacesAllOthers() {
-    QFETCH(Mood, mood);
-    QFETCH(bool, synchronizable);
-    FakeKeychain keychain;
-    keychain.insert(attributes(true), "old");
-    keychain.insert(attributes(true), "older");
-    keychain.insert(attributes(false), "other");
-    keychain.insert({attributes(true).service, other, true}, "unrelated");
-    keychain.insert({QStringLiteral("com.example"), account, true}, "foreign");
-    keychain.setMood(mood);
-
-    KeychainHelper::save(keychain, QStringLiteral("abc"), account);
-
-    const QList<FakeKeychain::Item> expected{
-        {{attributes(true).service, other, true}, "unrelated"},
-        {{QStringLiteral("com.example"), account, true}, "foreign"},
-        {attributes(synchronizable), "abc"},
-    };
-    QCOMPARE(keychain.items(), expected);
-    QCOMPARE(KeychainHelper::loadItem(keychain, account, synchronizable), QStringLiteral("abc"));
-    QCOMPARE(KeychainHelper::loadItem(keychain, account, !synchronizable), std::nullopt);
-}
-
-void KeychainHelperTest::refusedAddsLoseTheOldItems() {
-    FakeKeychain keychain;
-    keychain.insert(attributes(true), "old");
-    keychain.setMood(Mood::refusesAdds);
-    KeychainHelper::save(keychain, QStringLiteral("abc"), account);
-    QVERIFY(keychain.items().isEmpty());
-}
-
-void KeychainHelperTest::textThatIsNotUnicodeChangesNothing() {
-    FakeKeychain keychain;
-    keychain.insert(attributes(true), "old");
-    KeychainHelper::save(keychain, QString(QChar(0xd800)), account);
-    QCOMPARE(KeychainHelper::loadToken(keychain, account), QStringLiteral("old"));
-}
-
-void KeychainHelperTest::textSurvives_data() {
-    QTest::addColumn<QString>("text");
-    QTest::addColumn<QByteArray>("data");
-    QTest::newRow("empty") << QString() << QByteArray("");
-    QTest::newRow("beyond the basic plane") << QStringLiteral("zß水🍰") << QByteArray("zß水🍰");
-    QTest::newRow("zero inside") << QStringLiteral("a\0b").left(3) << QByteArray("a\0b", 3);
-    QTest::newRow("byte order mark") << QStringLiteral("\ufeffa")
-                                     << QByteArray(
-                                            "\xef\xbb\xbf"
-                                            "a");
-}
-
-void KeychainHelperTest::textSurvives() {
-    QFETCH(QString, text);
-    QFETCH(QByteArray, data);
-    FakeKeychain keychain;
-    KeychainHelper::save(keychain, text, account);
-    QCOMPARE(keychain.items().value(0).data, data);
-    QCOMPARE(KeychainHelper::loadToken(keychain, account), text);
-}
-
-void KeychainHelperTest::tokenIsSoughtInOrder_data() {
-    using Item = std::pair<std::optional<bool>, QByteArray>;
-    QTest::addColumn<QList<Item>>("items");
-    QTest::addColumn<QString>("token");
-    QTest::newRow("synchronizable first") << QList<Item>{{false, "b"}, {true, "a"}} << QStringLiteral("a");
-    QTest::newRow("the other next") << QList<Item>{{std::nullopt, "c"}, {false, "b"}} << QStringLiteral("b");
-    QTest::newRow("empty text stops") << QList<Item>{{true, ""}, {false, "b"}} << QStringLiteral("");
-    QTest::newRow("undecodable is passed")
-        << QList<Item>{{true, "\xff"}, {false, "b"}} << QStringLiteral("b");
-}
-
-void KeychainHelperTest::tokenIsSoughtInOrder() {
-    using Item = std::pair<std::optional<bool>, QByteArray>;
-    QFETCH(QList<Item>, items);
-    QFETCH(QString, token);
-    FakeKeychain keychain;
-    for (const auto& [synchronizable, data] : std::as_const(items))
-        keychain.insert(attributes(synchronizable), data);
-    const auto before = keychain.items();
-    QCOMPARE(KeychainHelper::loadToken(keychain, account), token);
-    QCOMPARE(keychain.items(), before);
-}
-
-void KeychainHelperTest::legacyItemIsMoved_data() {
-    QTest::addColumn<Mood>("mood");
-    QTest::addColumn<QByteArray>("data");
-    QTest::addColumn<bool>("synchronizable");
-    QTest::newRow("token") << Mood::willing << QByteArray("abc") << true;
-    QTest::newRow("empty token") << Mood::willing << QByteArray("") << true;
-    QTest::newRow("fallback") << Mood::refusesSynchronizable << QByteArray("abc") << false;
-}
-
-void KeychainHelperTest::legacyItemIsMoved() {
-    QFETCH(Mood, mood);
-    QFETCH(QByteArray, data);
-    QFETCH(bool, synchronizable);
-    FakeKeychain keychain;
-    keychain.insert(attributes(std::nullopt), data);
-    keychain.setMood(mood);
-    QCOMPARE(KeychainHelper::loadToken(keychain, account), QString::fromUtf8(data));
-    const QList<FakeKeychain::Item> expected{{attributes(synchronizable), data}};
-    QCOMPARE(keychain.items(), expected);
-}
-
-/// The legacy lookup matches the broken items too, and deletes what it matched.
-void KeychainHelperTest::undecodableDataIsAbsent() {
-    FakeKeychain keychain;
-    keychain.insert(attributes(true), "\xc3(");
-    keychain.insert(attributes(false), "\xed\xa0\x80");
-    QCOMPARE(KeychainHelper::loadItem(keychain, account, true), std::nullopt);
-    QCOMPARE(KeychainHelper::loadToken(keychain, account), std::nullopt);
-    QVERIFY(keychain.items().isEmpty());
-}
-
-void KeychainHelperTest::unavailableStoreIsAbsent() {
-    FakeKeychain keychain;
-    keychain.insert(attributes(true), "abc");
-    keychain.setMood(Mood::unavailable);
-    QCOMPARE(KeychainHelper::loadToken(keychain, account), std::nullopt);
-    KeychainHelper::save(keychain, QStringLiteral("def"), account);
-    QCOMPARE(keychain.items().size(), 1);
-}
-
-void KeychainHelperTest::cancelLosesNoToken() {
-    FakeKeychain keychain;
-    keychain.insert(attributes(false), "abc");
-    keychain.cancel();
-    // The program quits in the middle of a save: what was begun is finished.
-    KeychainHelper::save(keychain, QStringLiteral("def"), account);
-    QCOMPARE(keychain.items(), (QList<FakeKeychain::Item>{{attributes(true), "def"}}));
-    QCOMPARE(KeychainHelper::loadToken(keychain, account), std::nullopt);
-}
-
-}  // namespace tidemark
-
-QTEST_GUILESS_MAIN(tidemark::KeychainHelperTest)
+QTEST_GUILESS_MAIN(KeychainHelperTest)
 #include "KeychainHelperTest.moc"

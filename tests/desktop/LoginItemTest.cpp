@@ -5,27 +5,89 @@
 #include <QTemporaryDir>
 #include <QTest>
 
-namespace tidemark {
-
+using namespace tidemark;
+using namespace Qt::StringLiterals;
 using Status = LoginItem::Status;
 
-class LoginItemTest : public QObject {
+class LoginItemTest final : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init();
-    void registersAndUnregisters();
-    void programIsQuoted_data();
-    void programIsQuoted();
-    void entriesOfOthers_data();
-    void entriesOfOthers();
-    void registeringRepairsAnEntry();
-    void unwritableFolderIsReported();
+    void init() {
+        m_folder = std::make_unique<QTemporaryDir>();
+        m_entry = m_folder->filePath(u"config/autostart/com.tidemark.Tidemark.desktop"_s);
+    }
+
+    void registersAndUnregisters() {
+        auto login = item();
+        QCOMPARE(login.status(), Status::notRegistered);
+        QVERIFY(login.unregisterItem());
+        QVERIFY(login.registerItem());
+        QCOMPARE(login.status(), Status::enabled);
+        QVERIFY(login.unregisterItem());
+        QCOMPARE(login.status(), Status::notRegistered);
+        QVERIFY(!QFile::exists(m_entry));
+        // What is there and does not work is replaced.
+        write("[Desktop Entry]\nExec=/nowhere/tidemark\nHidden=true\n");
+        QVERIFY(login.registerItem());
+        QCOMPARE(login.status(), Status::enabled);
+    }
+
+    void programIsQuoted_data() {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QByteArray>("exec");
+        QTest::newRow("plain") << u"tidemark"_s << QByteArray("tidemark");
+        QTest::newRow("blank") << u"tide mark"_s << QByteArray("tide mark");
+        QTest::newRow("percent") << u"100%f"_s << QByteArray("100%%f");
+        QTest::newRow("shell") << u"a\"b`c$d"_s << QByteArray(R"(a\\"b\\`c\\$d)");
+        QTest::newRow("backslash") << u"a\\b"_s << QByteArray(R"(a\\\\b)");
+        QTest::newRow("other reserved") << u"~#'<>&|;()*?=ü"_s << QByteArray("~#'<>&|;()*?=ü");
+    }
+
+    void programIsQuoted() {
+        QFETCH(const QString, name);
+        QFETCH(const QByteArray, exec);
+        const QString program = m_folder->filePath(name);
+        QVERIFY(QFile::link(u"/bin/sh"_s, program));
+        auto login = item(program);
+        QVERIFY(login.registerItem());
+        QFile file(m_entry);
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        const QByteArray entry = file.readAll();
+        QVERIFY2(entry.contains("\nExec=\"" + m_folder->path().toUtf8() + '/' + exec + "\"\n"), entry);
+        QCOMPARE(login.status(), Status::enabled);
+        QVERIFY(QFile::remove(program));
+        QCOMPARE(login.status(), Status::notFound);
+    }
+
+    void entriesOfOthers() {
+        const auto status = [this](const QByteArray& lines) {
+            write("[Desktop Entry]\nType=Application\n" + lines);
+            return item().status();
+        };
+        QCOMPARE(status("Exec=sh -c true\n"), Status::enabled);
+        QCOMPARE(status("# Hidden=true\nHidden = false\n  Exec = /bin/sh\n"), Status::enabled);
+        QCOMPARE(status("Exec=/bin/sh\nHidden=true\n"), Status::requiresApproval);
+        QCOMPARE(status("Exec=/bin/sh\nX-GNOME-Autostart-enabled=false\n"), Status::requiresApproval);
+        QCOMPARE(status("Exec=/bin/sh\n[Desktop Action x]\nHidden=true\n"), Status::enabled);
+        QCOMPARE(status("Exec=/bin/sh\nTryExec=/nowhere/tidemark\n"), Status::notFound);
+        QCOMPARE(status("Exec=\n"), Status::notFound);
+        QCOMPARE(status("Exec=/etc/passwd\n"), Status::notFound);  // not executable
+        write("");
+        QCOMPARE(item().status(), Status::notFound);
+    }
+
+    void unwritableFolderIsReported() {
+        QFile obstacle(m_folder->filePath(u"config"_s));
+        QVERIFY(obstacle.open(QIODevice::WriteOnly));
+        auto login = item();
+        QVERIFY(!login.registerItem());
+        QCOMPARE(login.status(), Status::notRegistered);
+    }
 
 private:
-    [[nodiscard]] AutostartLoginItem item(const QString& program) const {
-        return {m_folder->filePath(QStringLiteral("config/autostart")),
-                QStringLiteral("com.tidemark.Tidemark"), QStringLiteral("Tidemark"), program};
+    [[nodiscard]] AutostartLoginItem item(const QString& program = u"/bin/sh"_s) const {
+        return {QFileInfo(m_entry).path(), u"com.tidemark.Tidemark"_s, u"Tidemark"_s, program};
     }
     void write(const QByteArray& entry) const {
         QDir().mkpath(QFileInfo(m_entry).path());
@@ -33,96 +95,10 @@ private:
         QVERIFY(file.open(QIODevice::WriteOnly));
         file.write(entry);
     }
-    [[nodiscard]] QByteArray read() const {
-        QFile file(m_entry);
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-    }
 
     std::unique_ptr<QTemporaryDir> m_folder;
     QString m_entry;
 };
 
-void LoginItemTest::init() {
-    m_folder = std::make_unique<QTemporaryDir>();
-    m_entry = m_folder->filePath(QStringLiteral("config/autostart/com.tidemark.Tidemark.desktop"));
-}
-
-void LoginItemTest::registersAndUnregisters() {
-    auto login = item(QStringLiteral("/bin/sh"));
-    QCOMPARE(login.status(), Status::notRegistered);
-    QVERIFY(login.unregisterItem());
-    QVERIFY(login.registerItem());
-    QCOMPARE(login.status(), Status::enabled);
-    QVERIFY(login.unregisterItem());
-    QCOMPARE(login.status(), Status::notRegistered);
-    QVERIFY(!QFile::exists(m_entry));
-}
-
-void LoginItemTest::programIsQuoted_data() {
-    QTest::addColumn<QString>("name");
-    QTest::addColumn<QByteArray>("exec");
-    QTest::newRow("plain") << QStringLiteral("tidemark") << QByteArray("tidemark");
-    QTest::newRow("blank") << QStringLiteral("tide mark") << QByteArray("tide mark");
-    QTest::newRow("percent") << QStringLiteral("100%f") << QByteArray("100%%f");
-    QTest::newRow("shell") << QStringLiteral("a\"b`c$d") << QByteArray(R"(a\\"b\\`c\\$d)");
-    QTest::newRow("backslash") << QStringLiteral("a\\b") << QByteArray(R"(a\\\\b)");
-    QTest::newRow("other reserved") << QStringLiteral("~#'<>&|;()*?=ü") << QByteArray("~#'<>&|;()*?=ü");
-}
-
-void LoginItemTest::programIsQuoted() {
-    QFETCH(QString, name);
-    QFETCH(QByteArray, exec);
-    const QString program = m_folder->filePath(name);
-    QVERIFY(QFile::link(QStringLiteral("/bin/sh"), program));
-    auto login = item(program);
-    QVERIFY(login.registerItem());
-    const QByteArray expected = "\nExec=\"" + m_folder->path().toUtf8() + '/' + exec + "\"\n";
-    QVERIFY2(read().contains(expected), read().constData());
-    QCOMPARE(login.status(), Status::enabled);
-    QVERIFY(QFile::remove(program));
-    QCOMPARE(login.status(), Status::notFound);
-}
-
-void LoginItemTest::entriesOfOthers_data() {
-    QTest::addColumn<QByteArray>("entry");
-    QTest::addColumn<Status>("status");
-    const auto row = [](const char* name, const QByteArray& lines, Status status) {
-        QTest::newRow(name) << QByteArray("[Desktop Entry]\nType=Application\n" + lines) << status;
-    };
-    row("on the search path", "Exec=sh -c true\n", Status::enabled);
-    row("spaces and comments", "# Hidden=true\nHidden = false\n  Exec = /bin/sh\n", Status::enabled);
-    row("hidden", "Exec=/bin/sh\nHidden=true\n", Status::requiresApproval);
-    row("disabled", "Exec=/bin/sh\nX-GNOME-Autostart-enabled=false\n", Status::requiresApproval);
-    row("hidden in another group", "Exec=/bin/sh\n[Desktop Action x]\nHidden=true\n", Status::enabled);
-    row("nothing to try", "Exec=/bin/sh\nTryExec=/nowhere/tidemark\n", Status::notFound);
-    row("no program", "Exec=\n", Status::notFound);
-    row("program not executable", "Exec=/etc/passwd\n", Status::notFound);
-    QTest::newRow("empty file") << QByteArray() << Status::notFound;
-}
-
-void LoginItemTest::entriesOfOthers() {
-    QFETCH(QByteArray, entry);
-    QFETCH(Status, status);
-    write(entry);
-    QCOMPARE(item(QStringLiteral("/bin/sh")).status(), status);
-}
-
-void LoginItemTest::registeringRepairsAnEntry() {
-    write("[Desktop Entry]\nExec=/nowhere/tidemark\nHidden=true\n");
-    auto login = item(QStringLiteral("/bin/sh"));
-    QVERIFY(login.registerItem());
-    QCOMPARE(login.status(), Status::enabled);
-}
-
-void LoginItemTest::unwritableFolderIsReported() {
-    QFile obstacle(m_folder->filePath(QStringLiteral("config")));
-    QVERIFY(obstacle.open(QIODevice::WriteOnly));
-    auto login = item(QStringLiteral("/bin/sh"));
-    QVERIFY(!login.registerItem());
-    QCOMPARE(login.status(), Status::notRegistered);
-}
-
-}  // namespace tidemark
-
-QTEST_GUILESS_MAIN(tidemark::LoginItemTest)
+QTEST_GUILESS_MAIN(LoginItemTest)
 #include "LoginItemTest.moc"

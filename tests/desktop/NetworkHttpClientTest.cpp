@@ -10,266 +10,231 @@
 #include "tests/desktop/HttpExchange.h"
 #include "tests/fakes/MisbehavingServer.h"
 
-namespace tidemark {
+using namespace tidemark;
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+using Script = MisbehavingServer::Script;
 
 namespace {
 
-using Script = MisbehavingServer::Script;
-using namespace std::chrono_literals;
+const QByteArray chunked = "Transfer-Encoding: chunked\r\n";
+const QByteArray compressed = "Content-Encoding: deflate\r\n";
 
 /// The body in the zlib format, as "Content-Encoding: deflate" carries it.
 QByteArray deflated(const QByteArray& body) {
     return qCompress(body, 9).sliced(4);
 }
 
+/// Closes the connection without a word.
+void reset(QTcpSocket& socket, const QByteArray& /*request*/) {
+    socket.abort();
+}
+
+/// Writes `start`, and then `drop` again and again.
+Script drips(const QByteArray& start, const QByteArray& drop) {
+    return [start, drop](QTcpSocket& socket, const QByteArray&) {
+        socket.write(start);
+        auto* timer = new QTimer(&socket);
+        timer->callOnTimeout(&socket, [&socket, drop] { socket.write(drop); });
+        timer->start(5ms);
+    };
+}
+
 }  // namespace
 
-class NetworkHttpClientTest : public QObject {
+class NetworkHttpClientTest final : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void answersAndFailures_data();
-    void answersAndFailures();
-    void postIsNeverSentTwice_data();
-    void postIsNeverSentTwice();
-    void getSurvivesAClosedKeptAliveConnection();
-    void deadlineBoundsTheWholeExchange_data();
-    void deadlineBoundsTheWholeExchange();
-    void stopEndsAtOnce_data();
-    void stopEndsAtOnce();
-    void endlessBodyIsCutOff();
-    void unreachableServers();
-    void clientGoesWhileRequestsRun();
+    void init() { m_client = std::make_unique<NetworkHttpClient>(loopbackOptions()); }
+
+    void answersAndFailures_data() {
+        QTest::addColumn<Script>("script");
+        QTest::addColumn<HttpResult>("expected");
+        using enum TransportError;
+        const auto answer = &MisbehavingServer::answer;
+        const auto writes = &MisbehavingServer::writes;
+        const auto closes = &MisbehavingServer::writesAndCloses;
+        const QByteArray large(100'000, 'x');
+        const QByteArray beyond(1024 * 1024 + 1, 'x');
+        const QByteArray bomb = deflated(QByteArray(50'000'000, 'x'));
+        const QByteArray cut = deflated(large).chopped(20);
+
+        const auto arrives = [](const QByteArray& name, const Script& script, int status,
+                                const QByteArray& body) {
+            QTest::newRow(name) << script << answered(status, body);
+        };
+        // Those that Qt has errors of its own for, and others.
+        for (const int status : {200, 201, 302, 400, 403, 404, 410, 418, 429, 500, 503, 599}) {
+            const QByteArray line = QByteArray::number(status) + " Word";
+            arrives(line, writes(answer(line, "{\"error\": 1}", "")), status, "{\"error\": 1}");
+        }
+        arrives("204", writes("HTTP/1.1 204 No Content\r\n\r\n"), 204, "");
+        arrives("304", writes("HTTP/1.1 304 Not Modified\r\n\r\n"), 304, "");
+        arrives("empty body", writes(answer("200 OK", "", "")), 200, "");
+        for (const QByteArray scheme : {"Basic realm=\"x\"", "Negotiate", "Digest realm=\"x\", nonce=\"1\""})
+            arrives(scheme, closes(answer("401 Who", large, "WWW-Authenticate: " + scheme + "\r\n")), 401,
+                    large);
+        arrives("body until the end", closes("HTTP/1.1 200 OK\r\n\r\n" + large), 200, large);
+        arrives("chunked", writes("HTTP/1.1 200 OK\r\n" + chunked + "\r\n3\r\nabc\r\n0\r\n\r\n"), 200, "abc");
+        arrives("compressed", writes(answer("200 OK", deflated(large), compressed)), 200, large);
+        arrives("compressed error", writes(answer("429 Slow", deflated(large), compressed)), 429, large);
+
+        const auto fails = [](const char* name, const Script& script, TransportError error) {
+            QTest::newRow(name) << script << failed(error);
+        };
+        fails("too large", writes(answer("200 OK", beyond, "")), tooLarge);
+        fails("bomb", writes(answer("200 OK", bomb, compressed)), tooLarge);
+        fails("bomb with an error status", writes(answer("404 Not Found", bomb, compressed)), tooLarge);
+        fails("broken compression", writes(answer("200 OK", "garbage", compressed)), connectionLost);
+        fails("compression nobody asked for", writes(answer("200 OK", "abc", "Content-Encoding: br\r\n")),
+              other);
+        fails("compression cut off", writes(answer("200 OK", cut, compressed)), connectionLost);
+        fails("cut off by the end", closes("HTTP/1.1 200 OK\r\n" + compressed + "\r\n" + cut),
+              connectionLost);
+        fails("closed mid-body", closes("HTTP/1.1 200 OK\r\nContent-Length: 10\r\n\r\nabc"), connectionLost);
+        fails("closed mid-error", closes("HTTP/1.1 500 Oops\r\nContent-Length: 10\r\n\r\nabc"),
+              connectionLost);
+        fails("closed between chunks",
+              closes("HTTP/1.1 200 OK\r\n" + chunked + compressed + "\r\n3\r\n" + cut.first(3) + "\r\n"),
+              connectionLost);
+        fails("closed mid-head", closes("HTTP/1.1 200 OK\r\nContent-Le"), connectionLost);
+        fails("closed at once", closes(""), connectionLost);
+        fails("reset", reset, connectionLost);
+        // Qt does not tell these from a connection that was lost.
+        fails("another protocol", closes("SSH-2.0-OpenSSH_9.2p1\r\n"), connectionLost);
+        fails("another protocol that waits", writes("220 mail.example ESMTP\r\n"), connectionLost);
+    }
+
+    void answersAndFailures() {
+        QFETCH(const Script, script);
+        QFETCH(const HttpResult, expected);
+        MisbehavingServer server(script);
+        QElapsedTimer watch;
+        watch.start();
+        const HttpResult result = send(*m_client, get(server.url()));
+        QCOMPARE(summary(result), summary(expected));
+        QVERIFY(result == expected);
+        QVERIFY(watch.elapsed() < 5000);
+    }
+
+    void postIsNeverSentTwice_data() {
+        QTest::addColumn<QByteArray>("body");
+        QTest::addColumn<Script>("script");
+        QTest::newRow("closed") << QByteArray("abc") << MisbehavingServer::writesAndCloses("");
+        QTest::newRow("closed, empty body") << QByteArray() << MisbehavingServer::writesAndCloses("");
+        QTest::newRow("reset") << QByteArray("abc") << Script(reset);
+        QTest::newRow("reset, large body") << QByteArray(300'000, 'x') << Script(reset);
+        QTest::newRow("nonsense") << QByteArray("abc") << MisbehavingServer::writesAndCloses("oops\r\n");
+    }
+
+    void postIsNeverSentTwice() {
+        QFETCH(QByteArray, body);
+        QFETCH(Script, script);
+        MisbehavingServer server(script);
+        HttpRequest request = authorised(server.url());
+        request.method = HttpMethod::post;
+        request.body = body;
+        const HttpResult result = send(*m_client, request);
+        QCOMPARE(summary(result), summary(failed(TransportError::connectionLost)));
+        QCOMPARE(server.requests().size(), 1);
+        QVERIFY(server.requests().at(0).endsWith("\r\n\r\n" + body));
+    }
+
+    /// The server closes as soon as the second request comes in, as one does whose patience just ran out.
+    void getSurvivesAClosedKeptAliveConnection() {
+        int count = 0;
+        MisbehavingServer server([&count](QTcpSocket& socket, const QByteArray&) {
+            if (++count == 2)
+                socket.abort();
+            else
+                socket.write(MisbehavingServer::answer("200 OK", "x"));
+        });
+        QVERIFY(send(*m_client, get(server.url())) == answered(200, "x"));
+        QVERIFY(send(*m_client, get(server.url())) == answered(200, "x"));
+        QCOMPARE(server.connectionCount(), 2);
+    }
+
+    void deadlineBoundsTheWholeExchange_data() {
+        QTest::addColumn<Script>("script");
+        QTest::newRow("silent") << MisbehavingServer::writes("");
+        QTest::newRow("dripping head") << drips("HTTP/1.1 200 OK\r\n", "X-Drip: 1\r\n");
+        QTest::newRow("dripping body") << drips("HTTP/1.1 200 OK\r\nContent-Length: 1000000\r\n\r\n", "x");
+        QTest::newRow("dripping interim answers") << drips("", "HTTP/1.1 100 Continue\r\n\r\n");
+    }
+
+    void deadlineBoundsTheWholeExchange() {
+        QFETCH(Script, script);
+        MisbehavingServer server(script);
+        HttpRequest request = get(server.url());
+        request.timeout = 100ms;
+        const HttpResult result = send(*m_client, request);
+        QCOMPARE(summary(result), summary(failed(TransportError::timedOut)));
+        QTRY_COMPARE(server.openConnectionCount(), 0);
+    }
+
+    void stopEndsAtOnce_data() {
+        QTest::addColumn<Script>("script");
+        QTest::newRow("before the answer") << MisbehavingServer::writes("");
+        QTest::newRow("in the body") << MisbehavingServer::writes(
+            "HTTP/1.1 200 OK\r\nContent-Length: 1000000\r\n\r\nabc");
+    }
+
+    void stopEndsAtOnce() {
+        QFETCH(Script, script);
+        MisbehavingServer server(script);
+
+        std::stop_source early;
+        early.request_stop();
+        auto refused = m_client->send(get(server.url()), early.get_token());
+        QVERIFY(!refused.isReady());
+        QVERIFY(QCoro::waitFor(std::move(refused)) == failed(TransportError::cancelled));
+        QCOMPARE(server.connectionCount(), 0);
+
+        std::stop_source stop;
+        auto task = m_client->send(get(server.url()), stop.get_token());
+        QTRY_COMPARE(server.requests().size(), 1);
+        std::thread([&stop] { stop.request_stop(); }).join();
+        QVERIFY(!task.isReady());
+        QVERIFY(QCoro::waitFor(std::move(task)) == failed(TransportError::cancelled));
+        QTRY_COMPARE(server.openConnectionCount(), 0);
+    }
+
+    void endlessBodyIsCutOff() {
+        MisbehavingServer server(drips("HTTP/1.1 200 OK\r\n\r\n", QByteArray(65536, 'x')));
+        QVERIFY(send(*m_client, get(server.url())) == failed(TransportError::tooLarge));
+        QTRY_COMPARE(server.openConnectionCount(), 0);
+    }
+
+    void unreachableServers() {
+        QTcpServer closed;
+        QVERIFY(closed.listen(QHostAddress::LocalHost));
+        const QUrl nobody(u"http://127.0.0.1:%1/"_s.arg(closed.serverPort()));
+        closed.close();
+        QVERIFY(send(*m_client, get(nobody)) == failed(TransportError::connectionRefused));
+
+        // Plain HTTP where TLS is expected.
+        MisbehavingServer plain(MisbehavingServer::writes(""));
+        QUrl secure = plain.url();
+        secure.setScheme(u"https"_s);
+        HttpRequest request = get(secure);
+        request.timeout = 100ms;
+        QVERIFY(send(*m_client, request) == failed(TransportError::timedOut));
+    }
+
+    void clientGoesWhileRequestsRun() {
+        MisbehavingServer server(MisbehavingServer::writes(""));
+        auto sent = m_client->send(get(server.url()), {});
+        QTRY_COMPARE(server.requests().size(), 1);
+        auto justStarted = m_client->send(get(server.url()), {});
+        m_client.reset();
+        QVERIFY(QCoro::waitFor(std::move(sent)) == failed(TransportError::cancelled));
+        QVERIFY(QCoro::waitFor(std::move(justStarted)) == failed(TransportError::cancelled));
+    }
+
+private:
+    std::unique_ptr<NetworkHttpClient> m_client;
 };
 
-void NetworkHttpClientTest::answersAndFailures_data() {
-    QTest::addColumn<Script>("script");
-    QTest::addColumn<HttpResult>("expected");
-    const auto row = [](const char* name, const Script& script, const HttpResult& expected) {
-        QTest::newRow(name) << script << expected;
-    };
-    const auto answer = &MisbehavingServer::answer;
-    const auto writes = &MisbehavingServer::writes;
-    const auto closes = &MisbehavingServer::writesAndCloses;
-    const QByteArray large(100'000, 'x');
-    const QByteArray tooLarge(1024 * 1024 + 1, 'x');
-    const QByteArray bomb = deflated(QByteArray(50'000'000, 'x'));
-
-    for (const QByteArray status :
-         {"200 OK", "201 Created", "302 Found", "304 Not Modified", "400 Bad Request", "403 Forbidden",
-          "404 Not Found", "408 Request Timeout", "410 Gone", "418 Teapot", "429 Too Many Requests",
-          "500 Oops", "502 Bad Gateway", "503 Busy", "599 Odd"}) {
-        const int code = status.first(3).toInt();
-        const QByteArray body = code == 304 ? "" : "{\"error\": 1}";
-        row(status, writes(answer(status, body, "")), answered(code, body));
-    }
-    row("no content", writes("HTTP/1.1 204 No Content\r\n\r\n"), answered(204, ""));
-    row("empty body", writes(answer("200 OK", "", "")), answered(200, ""));
-    row("challenge", writes(answer("401 Unauthorized", "no", "WWW-Authenticate: Basic realm=\"x\"\r\n")),
-        answered(401, "no"));
-    row("negotiate", writes(answer("401 Unauthorized", "no", "WWW-Authenticate: Negotiate\r\n")),
-        answered(401, "no"));
-    row("challenge closes",
-        closes(answer("401 Unauthorized", large, "WWW-Authenticate: Digest realm=\"x\", nonce=\"1\"\r\n")),
-        answered(401, large));
-    row("body until the end", closes("HTTP/1.1 200 OK\r\n\r\n" + large), answered(200, large));
-    row("chunked", writes("HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n3\r\nabc\r\n0\r\n\r\n"),
-        answered(200, "abc"));
-    row("compressed", writes(answer("200 OK", deflated(large), "Content-Encoding: deflate\r\n")),
-        answered(200, large));
-    row("compressed error", writes(answer("429 Slow", deflated(large), "Content-Encoding: deflate\r\n")),
-        answered(429, large));
-
-    row("too large", writes(answer("200 OK", tooLarge, "")), failed(TransportError::tooLarge));
-    row("too large error", writes(answer("500 Oops", tooLarge, "")), failed(TransportError::tooLarge));
-    row("bomb", writes(answer("200 OK", bomb, "Content-Encoding: deflate\r\n")),
-        failed(TransportError::tooLarge));
-    row("bomb with an error status", writes(answer("404 Not Found", bomb, "Content-Encoding: deflate\r\n")),
-        failed(TransportError::tooLarge));
-    row("broken compression", writes(answer("200 OK", "garbage", "Content-Encoding: deflate\r\n")),
-        failed(TransportError::connectionLost));
-    row("compression nobody asked for", writes(answer("200 OK", "abc", "Content-Encoding: br\r\n")),
-        failed(TransportError::other));
-    row("compression cut off",
-        writes(answer("200 OK", deflated(large).chopped(20), "Content-Encoding: deflate\r\n")),
-        failed(TransportError::connectionLost));
-    row("compression cut off by the end",
-        closes("HTTP/1.1 200 OK\r\nContent-Encoding: deflate\r\n\r\n" + deflated(large).chopped(20)),
-        failed(TransportError::connectionLost));
-    row("closed mid-body", closes("HTTP/1.1 200 OK\r\nContent-Length: 10\r\n\r\nabc"),
-        failed(TransportError::connectionLost));
-    row("closed between chunks",
-        closes("HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\nContent-Encoding: deflate\r\n\r\n3\r\n" +
-               deflated(large).first(3) + "\r\n"),
-        failed(TransportError::connectionLost));
-    row("closed mid-body of an error", closes("HTTP/1.1 500 Oops\r\nContent-Length: 10\r\n\r\nabc"),
-        failed(TransportError::connectionLost));
-    row("closed mid-head", closes("HTTP/1.1 200 OK\r\nContent-Le"), failed(TransportError::connectionLost));
-    row("closed at once", closes(""), failed(TransportError::connectionLost));
-    row(
-        "reset", [](QTcpSocket& socket, const QByteArray&) { socket.abort(); },
-        failed(TransportError::connectionLost));
-    // Qt does not tell these from a connection that was lost.
-    row("another protocol", closes("SSH-2.0-OpenSSH_9.2p1\r\n"), failed(TransportError::connectionLost));
-    row("another protocol that waits", writes("220 mail.example ESMTP\r\n"),
-        failed(TransportError::connectionLost));
-}
-
-void NetworkHttpClientTest::answersAndFailures() {
-    QFETCH(Script, script);
-    QFETCH(HttpResult, expected);
-    MisbehavingServer server(script);
-    NetworkHttpClient client(loopbackOptions());
-    QElapsedTimer watch;
-    watch.start();
-    const HttpResult result = send(client, get(server.url()));
-    QCOMPARE(summary(result), summary(expected));
-    QVERIFY(result == expected);
-    QVERIFY(watch.elapsed() < 5000);
-}
-
-void NetworkHttpClientTest::postIsNeverSentTwice_data() {
-    QTest::addColumn<QByteArray>("body");
-    QTest::addColumn<Script>("script");
-    const Script reset = [](QTcpSocket& socket, const QByteArray&) { socket.abort(); };
-    QTest::newRow("closed") << QByteArray("abc") << MisbehavingServer::writesAndCloses("");
-    QTest::newRow("closed, empty body") << QByteArray() << MisbehavingServer::writesAndCloses("");
-    QTest::newRow("reset") << QByteArray("abc") << reset;
-    QTest::newRow("reset, large body") << QByteArray(300'000, 'x') << reset;
-    QTest::newRow("nonsense") << QByteArray("abc") << MisbehavingServer::writesAndCloses("oops\r\n");
-}
-
-void NetworkHttpClientTest::postIsNeverSentTwice() {
-    QFETCH(QByteArray, body);
-    QFETCH(Script, script);
-    MisbehavingServer server(script);
-    NetworkHttpClient client(loopbackOptions());
-    HttpRequest request = authorised(server.url());
-    request.method = HttpMethod::post;
-    request.body = body;
-    const HttpResult result = send(client, request);
-    QCOMPARE(summary(result), summary(failed(TransportError::connectionLost)));
-    QCOMPARE(server.requests().size(), 1);
-    QVERIFY(server.requests().at(0).endsWith("\r\n\r\n" + body));
-}
-
-/// The server closes as soon as the second request comes in, as one does whose patience just ran out.
-void NetworkHttpClientTest::getSurvivesAClosedKeptAliveConnection() {
-    int count = 0;
-    MisbehavingServer server([&count](QTcpSocket& socket, const QByteArray&) {
-        if (++count == 2)
-            socket.abort();
-        else
-            socket.write(MisbehavingServer::answer("200 OK", "x"));
-    });
-    NetworkHttpClient client(loopbackOptions());
-    QVERIFY(send(client, get(server.url())) == answered(200, "x"));
-    QVERIFY(send(client, get(server.url())) == answered(200, "x"));
-    QCOMPARE(server.connectionCount(), 2);
-}
-
-void NetworkHttpClientTest::deadlineBoundsTheWholeExchange_data() {
-    QTest::addColumn<Script>("script");
-    QTest::newRow("silent") << MisbehavingServer::writes("");
-    QTest::newRow("dripping head") << Script([](QTcpSocket& socket, const QByteArray&) {
-        socket.write("HTTP/1.1 200 OK\r\n");
-        auto* timer = new QTimer(&socket);
-        timer->callOnTimeout(&socket, [&socket] { socket.write("X-Drip: 1\r\n"); });
-        timer->start(5ms);
-    });
-    QTest::newRow("dripping body") << Script([](QTcpSocket& socket, const QByteArray&) {
-        socket.write("HTTP/1.1 200 OK\r\nContent-Length: 1000000\r\n\r\n");
-        auto* timer = new QTimer(&socket);
-        timer->callOnTimeout(&socket, [&socket] { socket.write("x"); });
-        timer->start(5ms);
-    });
-    QTest::newRow("dripping interim answers") << Script([](QTcpSocket& socket, const QByteArray&) {
-        auto* timer = new QTimer(&socket);
-        timer->callOnTimeout(&socket, [&socket] { socket.write("HTTP/1.1 100 Continue\r\n\r\n"); });
-        timer->start(5ms);
-    });
-}
-
-void NetworkHttpClientTest::deadlineBoundsTheWholeExchange() {
-    QFETCH(Script, script);
-    MisbehavingServer server(script);
-    NetworkHttpClient client(loopbackOptions());
-    HttpRequest request = get(server.url());
-    request.timeout = 100ms;
-    const HttpResult result = send(client, request);
-    QCOMPARE(summary(result), summary(failed(TransportError::timedOut)));
-    QTRY_COMPARE(server.openConnectionCount(), 0);
-}
-
-void NetworkHttpClientTest::stopEndsAtOnce_data() {
-    QTest::addColumn<Script>("script");
-    QTest::newRow("before the answer") << MisbehavingServer::writes("");
-    QTest::newRow("in the body") << MisbehavingServer::writes(
-        "HTTP/1.1 200 OK\r\nContent-Length: 1000000\r\n\r\nabc");
-}
-
-void NetworkHttpClientTest::stopEndsAtOnce() {
-    QFETCH(Script, script);
-    MisbehavingServer server(script);
-    NetworkHttpClient client(loopbackOptions());
-
-    std::stop_source early;
-    early.request_stop();
-    auto refused = client.send(get(server.url()), early.get_token());
-    QVERIFY(!refused.isReady());
-    QVERIFY(QCoro::waitFor(std::move(refused)) == failed(TransportError::cancelled));
-    QCOMPARE(server.connectionCount(), 0);
-
-    std::stop_source stop;
-    auto task = client.send(get(server.url()), stop.get_token());
-    QTRY_COMPARE(server.requests().size(), 1);
-    std::thread([&stop] { stop.request_stop(); }).join();
-    QVERIFY(!task.isReady());
-    QVERIFY(QCoro::waitFor(std::move(task)) == failed(TransportError::cancelled));
-    QTRY_COMPARE(server.openConnectionCount(), 0);
-}
-
-void NetworkHttpClientTest::endlessBodyIsCutOff() {
-    MisbehavingServer server([](QTcpSocket& socket, const QByteArray&) {
-        socket.write("HTTP/1.1 200 OK\r\n\r\n");
-        const auto pour = [&socket] { socket.write(QByteArray(65536, 'x')); };
-        connect(&socket, &QTcpSocket::bytesWritten, &socket, pour);
-        pour();
-    });
-    NetworkHttpClient client(loopbackOptions());
-    QVERIFY(send(client, get(server.url())) == failed(TransportError::tooLarge));
-    QTRY_COMPARE(server.openConnectionCount(), 0);
-}
-
-void NetworkHttpClientTest::unreachableServers() {
-    QTcpServer closed;
-    QVERIFY(closed.listen(QHostAddress::LocalHost));
-    const QUrl nobody(QStringLiteral("http://127.0.0.1:%1/").arg(closed.serverPort()));
-    closed.close();
-    NetworkHttpClient client(loopbackOptions());
-    QVERIFY(send(client, get(nobody)) == failed(TransportError::connectionRefused));
-
-    // Plain HTTP where TLS is expected.
-    MisbehavingServer plain(MisbehavingServer::writes(""));
-    QUrl secure = plain.url();
-    secure.setScheme(QStringLiteral("https"));
-    HttpRequest request = get(secure);
-    request.timeout = 100ms;
-    QVERIFY(send(client, request) == failed(TransportError::timedOut));
-}
-
-void NetworkHttpClientTest::clientGoesWhileRequestsRun() {
-    MisbehavingServer server(MisbehavingServer::writes(""));
-    auto client = std::make_unique<NetworkHttpClient>(loopbackOptions());
-    auto sent = client->send(get(server.url()), {});
-    QTRY_COMPARE(server.requests().size(), 1);
-    auto justStarted = client->send(get(server.url()), {});
-    client.reset();
-    QVERIFY(QCoro::waitFor(std::move(sent)) == failed(TransportError::cancelled));
-    QVERIFY(QCoro::waitFor(std::move(justStarted)) == failed(TransportError::cancelled));
-}
-
-}  // namespace tidemark
-
-QTEST_GUILESS_MAIN(tidemark::NetworkHttpClientTest)
+QTEST_GUILESS_MAIN(NetworkHttpClientTest)
 #include "NetworkHttpClientTest.moc"

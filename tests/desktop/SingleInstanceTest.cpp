@@ -8,10 +8,11 @@
 #include <csignal>
 #include <memory>
 
-namespace tidemark {
+using namespace Qt::StringLiterals;
+
 namespace {
 
-const QString identifier = QStringLiteral("com.tidemark.Tidemark-Test");
+const QString identifier = u"com.tidemark.Tidemark-Test"_s;
 
 /// A process that claims the identifier; see instance_probe.cpp.
 class Probe {
@@ -52,113 +53,79 @@ private:
     bool m_isStopped = false;
 };
 
+}  // namespace
+
 class SingleInstanceTest final : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void cleanup();
-    void secondHandsOverAndEnds_data();
-    void secondHandsOverAndEnds();
-    void nameIsFreeAfterTheFirst();
-    void launcherCallsActivate_data();
-    void launcherCallsActivate();
-    void exactlyOneOfManyWins();
-    void hungFirstDoesNotHoldUpTheSecond();
-    void withoutABusStandsAlone();
+    void cleanup() {
+        QTRY_VERIFY(!QDBusConnection::sessionBus().interface()->isServiceRegistered(identifier));
+    }
+
+    void secondHandsOverAndEnds() {
+        Probe first;
+        QCOMPARE(first.nextLine(), u"first"_s);
+        const auto activationBy = [&first](const QStringList& variables) {
+            Probe second(variables);
+            return second.nextLine() == u"second" ? first.nextLine() : u"not second"_s;
+        };
+        const QString wayland = u"XDG_ACTIVATION_TOKEN=wayland-1"_s;
+        const QString x11 = u"DESKTOP_STARTUP_ID=x11_TIME7"_s;
+        QCOMPARE(activationBy({}), u"activated"_s);
+        QCOMPARE(activationBy({wayland}), u"activated wayland-1"_s);
+        QCOMPARE(activationBy({x11}), u"activated x11_TIME7"_s);
+        QCOMPARE(activationBy({wayland, x11}), u"activated wayland-1"_s);
+    }
+
+    void launcherCallsActivate() {
+        Probe first;
+        QCOMPARE(first.nextLine(), u"first"_s);
+        const QVariantMap token{{u"desktop-startup-id"_s, u"launcher"_s}};
+        const auto call = [](const QString& method, const QVariantList& arguments) {
+            QDBusMessage message = QDBusMessage::createMethodCall(
+                identifier, u"/com/tidemark/Tidemark_Test"_s, u"org.freedesktop.Application"_s, method);
+            message.setArguments(arguments);
+            return QDBusConnection::sessionBus().call(message).type();
+        };
+        QCOMPARE(call(u"Activate"_s, {token}), QDBusMessage::ReplyMessage);
+        QCOMPARE(first.nextLine(), u"activated launcher"_s);
+        QCOMPARE(call(u"Open"_s, {QStringList{u"file:///tmp"_s}, token}), QDBusMessage::ReplyMessage);
+        QCOMPARE(first.nextLine(), u"activated launcher"_s);
+        QCOMPARE(call(u"ActivateAction"_s, {u"show"_s, QVariantList(), token}), QDBusMessage::ReplyMessage);
+        QCOMPARE(first.nextLine(), u"activated launcher"_s);
+    }
+
+    void exactlyOneOfManyWins() {
+        for (int round = 0; round < 10; ++round) {
+            std::array<Probe, 3> probes;
+            QStringList roles;
+            for (Probe& probe : probes)
+                roles.append(probe.nextLine());
+            const qsizetype winner = roles.indexOf(u"first"_s);
+            roles.sort();
+            QCOMPARE(roles, (QStringList{u"first"_s, u"second"_s, u"second"_s}));
+            QCOMPARE(probes.at(winner).nextLine(), u"activated"_s);
+            QCOMPARE(probes.at(winner).nextLine(), u"activated"_s);
+        }
+    }
+
+    void hungFirstDoesNotHoldUpTheSecond() {
+        Probe first;
+        QCOMPARE(first.nextLine(), u"first"_s);
+        first.stop();
+        QElapsedTimer timer;
+        timer.start();
+        Probe second;
+        QCOMPARE(second.nextLine(), u"second"_s);
+        QVERIFY(timer.elapsed() < 6000);
+    }
+
+    void withoutABusStandsAlone() {
+        Probe probe({u"DBUS_SESSION_BUS_ADDRESS=unix:path=/nonexistent/bus"_s});
+        QCOMPARE(probe.nextLine(), u"standalone"_s);
+    }
 };
 
-void SingleInstanceTest::cleanup() {
-    QTRY_VERIFY(!QDBusConnection::sessionBus().interface()->isServiceRegistered(identifier));
-}
-
-void SingleInstanceTest::secondHandsOverAndEnds_data() {
-    QTest::addColumn<QStringList>("variables");
-    QTest::addColumn<QString>("activation");
-    QTest::newRow("no token") << QStringList() << "activated";
-    QTest::newRow("activation token")
-        << QStringList{QStringLiteral("XDG_ACTIVATION_TOKEN=wayland-1")} << "activated wayland-1";
-    QTest::newRow("start-up id") << QStringList{QStringLiteral("DESKTOP_STARTUP_ID=x11_TIME7")}
-                                 << "activated x11_TIME7";
-    QTest::newRow("both") << QStringList{QStringLiteral("XDG_ACTIVATION_TOKEN=wayland-1"),
-                                         QStringLiteral("DESKTOP_STARTUP_ID=x11_TIME7")}
-                          << "activated wayland-1";
-}
-
-void SingleInstanceTest::secondHandsOverAndEnds() {
-    QFETCH(QStringList, variables);
-    Probe first;
-    QCOMPARE(first.nextLine(), QStringLiteral("first"));
-    Probe second(variables);
-    QCOMPARE(second.nextLine(), QStringLiteral("second"));
-    QTEST(first.nextLine(), "activation");
-}
-
-void SingleInstanceTest::nameIsFreeAfterTheFirst() {
-    {
-        Probe first;
-        QCOMPARE(first.nextLine(), QStringLiteral("first"));
-    }
-    Probe next;
-    QCOMPARE(next.nextLine(), QStringLiteral("first"));
-}
-
-void SingleInstanceTest::launcherCallsActivate_data() {
-    QTest::addColumn<QString>("method");
-    QTest::addColumn<QVariantList>("arguments");
-    QTest::newRow("Activate") << "Activate" << QVariantList();
-    QTest::newRow("Open") << "Open" << QVariantList{QStringList{QStringLiteral("file:///tmp")}};
-    QTest::newRow("ActivateAction") << "ActivateAction"
-                                    << QVariantList{QStringLiteral("show"), QVariantList()};
-}
-
-void SingleInstanceTest::launcherCallsActivate() {
-    QFETCH(QString, method);
-    QFETCH(QVariantList, arguments);
-    Probe first;
-    QCOMPARE(first.nextLine(), QStringLiteral("first"));
-    QDBusMessage call =
-        QDBusMessage::createMethodCall(identifier, QStringLiteral("/com/tidemark/Tidemark_Test"),
-                                       QStringLiteral("org.freedesktop.Application"), method);
-    arguments.append(QVariantMap{{QStringLiteral("desktop-startup-id"), QStringLiteral("launcher")}});
-    call.setArguments(arguments);
-    QCOMPARE(QDBusConnection::sessionBus().call(call).type(), QDBusMessage::ReplyMessage);
-    QCOMPARE(first.nextLine(), QStringLiteral("activated launcher"));
-}
-
-void SingleInstanceTest::exactlyOneOfManyWins() {
-    for (int round = 0; round < 10; ++round) {
-        std::array<Probe, 3> probes;
-        QStringList roles;
-        for (Probe& probe : probes) {
-            roles.append(probe.nextLine());
-        }
-        const qsizetype winner = roles.indexOf(QStringLiteral("first"));
-        roles.sort();
-        QCOMPARE(roles,
-                 (QStringList{QStringLiteral("first"), QStringLiteral("second"), QStringLiteral("second")}));
-        QCOMPARE(probes.at(winner).nextLine(), QStringLiteral("activated"));
-        QCOMPARE(probes.at(winner).nextLine(), QStringLiteral("activated"));
-    }
-}
-
-void SingleInstanceTest::hungFirstDoesNotHoldUpTheSecond() {
-    Probe first;
-    QCOMPARE(first.nextLine(), QStringLiteral("first"));
-    first.stop();
-    QElapsedTimer timer;
-    timer.start();
-    Probe second;
-    QCOMPARE(second.nextLine(), QStringLiteral("second"));
-    QVERIFY(timer.elapsed() < 6000);
-}
-
-void SingleInstanceTest::withoutABusStandsAlone() {
-    Probe probe({QStringLiteral("DBUS_SESSION_BUS_ADDRESS=unix:path=/nonexistent/bus")});
-    QCOMPARE(probe.nextLine(), QStringLiteral("standalone"));
-}
-
-}  // namespace
-}  // namespace tidemark
-
-QTEST_GUILESS_MAIN(tidemark::SingleInstanceTest)
+QTEST_GUILESS_MAIN(SingleInstanceTest)
 #include "SingleInstanceTest.moc"

@@ -1,18 +1,9 @@
 #include "tests/fakes/FakeKeychain.h"
 
 #include <QMutexLocker>
-#include <algorithm>
+#include <tuple>
 
 namespace tidemark {
-
-namespace {
-
-bool matches(const KeychainQuery& query, const KeychainQuery& attributes) {
-    return query.service == attributes.service && query.account == attributes.account &&
-           (!query.synchronizable || query.synchronizable == attributes.synchronizable);
-}
-
-}  // namespace
 
 void FakeKeychain::setMood(Mood mood) {
     const QMutexLocker lock(&m_mutex);
@@ -22,31 +13,19 @@ void FakeKeychain::setMood(Mood mood) {
 
 void FakeKeychain::insert(const KeychainQuery& attributes, const QByteArray& data) {
     const QMutexLocker lock(&m_mutex);
-    m_items.append({attributes, data});
+    std::ignore = m_store.add(attributes, data);
 }
 
 QList<FakeKeychain::Item> FakeKeychain::items() const {
     const QMutexLocker lock(&m_mutex);
-    return m_items;
-}
-
-int FakeKeychain::sessionCount() const {
-    const QMutexLocker lock(&m_mutex);
-    return m_sessionCount;
-}
-
-void FakeKeychain::beginSession() {
-    const QMutexLocker lock(&m_mutex);
-    ++m_sessionCount;
+    return m_store.items();
 }
 
 std::optional<QByteArray> FakeKeychain::copyMatching(const KeychainQuery& query) {
     const QMutexLocker lock(&m_mutex);
     if (awaitMood() == Mood::unavailable || m_isCancelled)
         return std::nullopt;
-    const auto found = std::find_if(m_items.begin(), m_items.end(),
-                                    [&query](const Item& item) { return matches(query, item.attributes); });
-    return found == m_items.end() ? std::nullopt : std::optional(found->data);
+    return m_store.copyMatching(query);
 }
 
 bool FakeKeychain::add(const KeychainQuery& attributes, const QByteArray& data) {
@@ -55,15 +34,13 @@ bool FakeKeychain::add(const KeychainQuery& attributes, const QByteArray& data) 
     if (mood == Mood::unavailable || mood == Mood::refusesAdds ||
         (mood == Mood::refusesSynchronizable && attributes.synchronizable == true))
         return false;
-    m_items.removeIf([&attributes](const Item& item) { return item.attributes == attributes; });
-    m_items.append({attributes, data});
-    return true;
+    return m_store.add(attributes, data);
 }
 
 void FakeKeychain::deleteMatching(const KeychainQuery& query) {
     const QMutexLocker lock(&m_mutex);
     if (awaitMood() != Mood::unavailable)
-        m_items.removeIf([&query](const Item& item) { return matches(query, item.attributes); });
+        m_store.deleteMatching(query);
 }
 
 void FakeKeychain::cancel() {

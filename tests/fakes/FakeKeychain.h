@@ -1,22 +1,16 @@
 #pragma once
 
-#include <QList>
 #include <QMutex>
 #include <QWaitCondition>
 
-#include "desktop/Keychain.h"
+#include "sandbox/MemoryKeychain.h"
 
 namespace tidemark {
 
-/// A keychain in memory. May be used, set up and looked into from several threads.
+/// A keychain in memory that may refuse. May be used, set up and looked into from several threads.
 class FakeKeychain final : public Keychain {
 public:
-    struct Item {
-        KeychainQuery attributes;
-        QByteArray data;
-
-        bool operator==(const Item&) const = default;
-    };
+    using Item = sandbox::MemoryKeychain::Item;
 
     /// What the store does with a call.
     enum class Mood : quint8 {
@@ -31,10 +25,7 @@ public:
     /// Puts an item there, whatever the mood and whatever else there is.
     void insert(const KeychainQuery& attributes, const QByteArray& data);
     [[nodiscard]] QList<Item> items() const;
-    /// Calls of `beginSession` so far.
-    [[nodiscard]] int sessionCount() const;
 
-    void beginSession() override;
     [[nodiscard]] std::optional<QByteArray> copyMatching(const KeychainQuery& query) override;
     [[nodiscard]] bool add(const KeychainQuery& attributes, const QByteArray& data) override;
     void deleteMatching(const KeychainQuery& query) override;
@@ -48,8 +39,7 @@ private:
     QWaitCondition m_changed;
     Mood m_mood = Mood::willing;
     bool m_isCancelled = false;
-    int m_sessionCount = 0;
-    QList<Item> m_items;
+    sandbox::MemoryKeychain m_store;
 };
 
 }  // namespace tidemark

@@ -11,7 +11,6 @@
 #include <QUrl>
 #include <functional>
 #include <memory>
-#include <optional>
 
 namespace tidemark {
 
@@ -27,7 +26,6 @@ public:
     MisbehavingServer(Script script, const QSslConfiguration& tls);
     ~MisbehavingServer() override;
 
-    void setScript(Script script) { m_script = std::move(script); }
     [[nodiscard]] QUrl url(const QString& pathAndQuery = QStringLiteral("/")) const;
 
     /// The requests received so far, head and body.

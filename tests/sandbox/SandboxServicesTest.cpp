@@ -1,7 +1,9 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QSet>
 #include <QTest>
+#include <tuple>
 
 #include "sandbox/Sandbox.h"
 
@@ -45,9 +47,10 @@ Answer get(Sandbox& sandbox, int account, const QString& path, Query query = {})
                {.method = "GET", .path = path, .query = query, .authorization = bearer(speaker.token)});
 }
 
-Answer control(Sandbox& sandbox, const QByteArray& method, const QString& path,
-               const QJsonObject& body = {}) {
-    return ask(sandbox, {.method = method, .path = path, .body = QJsonDocument(body).toJson()});
+/// The documents of the project "docs".
+QJsonArray deployments(Sandbox& sandbox, Query query = {}) {
+    query.append({u"projectId"_s, u"docs"_s});
+    return get(sandbox, 1, u"/v6/deployments"_s, query).json[u"deployments"].toArray();
 }
 
 Answer analytics(Sandbox& sandbox, const QString& zone, const QString& after, int limit = 8) {
@@ -75,39 +78,24 @@ class SandboxServicesTest final : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void projectListIsPaged_data() {
-        QTest::addColumn<int>("projects");
-        QTest::addColumn<QList<int>>("pages");
-        QTest::newRow("none") << 0 << QList<int>{0};
-        QTest::newRow("one short") << 99 << QList<int>{99};
-        QTest::newRow("exact") << 100 << QList<int>{100};
-        QTest::newRow("one more") << 101 << QList<int>{100, 1};
-        QTest::newRow("several") << 340 << QList<int>{100, 100, 100, 40};
-        QTest::newRow("many") << 2050 << (QList<int>(20, 100) << 50);
-    }
-
     void projectListIsPaged() {
-        QFETCH(int, projects);
-        QFETCH(QList<int>, pages);
-        Sandbox sandbox(frozen({.accounts = 1, .projects = projects}));
-        const QStringList expected = sandbox.world()->projectIds(0);
-        QStringList ids;
-        QList<int> sizes;
-        Query query{{u"limit"_s, u"100"_s}};
-        while (sizes.size() <= pages.size()) {
-            const Answer page = get(sandbox, 0, u"/v9/projects"_s, query);
-            QCOMPARE(page.status, 200);
-            const QJsonArray documents = page.json[u"projects"].toArray();
-            sizes.append(static_cast<int>(documents.size()));
-            for (const auto& document : documents)
-                ids.append(document[u"id"].toString());
-            const QJsonValue next = page.json[u"pagination"][u"next"];
-            if (!next.isDouble())
-                break;
-            query = {{u"limit"_s, u"100"_s}, {u"until"_s, QString::number(next.toInteger())}};
+        for (const int projects : {0, 99, 100, 101, 340}) {
+            Sandbox sandbox(frozen({.accounts = 1, .projects = projects}));
+            QStringList ids;
+            Query query{{u"limit"_s, u"100"_s}};
+            QJsonValue next;
+            do {
+                const Answer page = get(sandbox, 0, u"/v9/projects"_s, query);
+                const QJsonArray documents = page.json[u"projects"].toArray();
+                next = page.json[u"pagination"][u"next"];
+                QVERIFY(next.isDouble() ? documents.size() == 100 : next.isNull());
+                for (const auto& document : documents)
+                    ids.append(document[u"id"].toString());
+                query = {{u"limit"_s, u"100"_s}, {u"until"_s, QString::number(next.toInteger())}};
+            } while (next.isDouble());
+            QCOMPARE(QSet(ids.cbegin(), ids.cend()).size(), projects);
+            QCOMPARE(ids, sandbox.world()->projectIds(0));
         }
-        QCOMPARE(sizes, pages);
-        QCOMPARE(ids, expected);
     }
 
     void pagesAreAsHeavyAsRealOnesAndFollowTheWorld() {
@@ -122,52 +110,28 @@ private Q_SLOTS:
         QCOMPARE(after.at(0)[u"latestDeployments"].toArray().at(0)[u"readyState"].toString(), u"ERROR"_s);
     }
 
-    void everyTokenOpensItsOwnScopeOnly_data() {
-        QTest::addColumn<QString>("token");
-        QTest::addColumn<QString>("team");
-        QTest::addColumn<int>("status");
-        const Sandbox sandbox(frozen({.accounts = 3}));
-        const QList<SandboxAccount> accounts = sandbox.accounts();
-        QTest::newRow("personal") << accounts[0].token << QString() << 200;
-        QTest::newRow("team") << accounts[1].token << accounts[1].teamId << 200;
-        QTest::newRow("no token") << QString() << QString() << 401;
-        QTest::newRow("wrong token") << u"nonsense"_s << accounts[1].teamId << 401;
-        QTest::newRow("other service's token") << sandbox.cloudflareToken() << QString() << 401;
-        QTest::newRow("another team") << accounts[1].token << accounts[2].teamId << 403;
-        QTest::newRow("personal token, team") << accounts[0].token << accounts[1].teamId << 403;
-        QTest::newRow("team forgotten") << accounts[1].token << QString() << 403;
-        QTest::newRow("unknown team") << accounts[1].token << u"team_x"_s << 403;
-    }
-
     void everyTokenOpensItsOwnScopeOnly() {
-        QFETCH(QString, token);
-        QFETCH(QString, team);
-        QFETCH(int, status);
         Sandbox sandbox(frozen({.accounts = 3}));
-        Request request{.method = "GET", .path = u"/v9/projects"_s};
-        if (!team.isEmpty())
-            request.query = {{u"teamId"_s, team}};
-        if (!token.isEmpty())
-            request.authorization = bearer(token);
-        const Answer answer = ask(sandbox, request);
-        QCOMPARE(answer.status, status);
-        QCOMPARE(answer.json.contains(u"error"), status != 200);
-        sandbox.world()->revokeToken(token);
-        QCOMPARE(ask(sandbox, request).status, 401);
-        sandbox.world()->restoreToken(token);
-        QCOMPARE(ask(sandbox, request).status, status);
-    }
-
-    void projectsBelongToOneAccount() {
-        Sandbox sandbox(frozen());
-        const QString teams = sandbox.world()->projectIds(1).first();
-        const QString path = u"/v9/projects/%1/domains"_s.arg(teams);
-        const Query about{{u"projectId"_s, teams}};
-        QCOMPARE(get(sandbox, 1, path).status, 200);
-        QCOMPARE(get(sandbox, 0, path).status, 404);
-        QCOMPARE(get(sandbox, 1, u"/v6/deployments"_s, about).status, 200);
-        QCOMPARE(get(sandbox, 0, u"/v6/deployments"_s, about).status, 404);
-        QCOMPARE(get(sandbox, 0, u"/v6/deployments"_s, {{u"projectId"_s, u"prj_x"_s}}).status, 404);
+        const auto status = [&sandbox](const QString& token, const QString& team) {
+            return ask(sandbox, {.method = "GET",
+                                 .path = u"/v9/projects"_s,
+                                 .query = team.isEmpty() ? Query() : Query{{u"teamId"_s, team}},
+                                 .authorization = token.isEmpty() ? QByteArray() : bearer(token)})
+                .status;
+        };
+        const QString personal = sandbox.accounts().at(0).token;
+        const SandboxAccount team = sandbox.accounts().at(1);
+        QCOMPARE(status(personal, {}), 200);
+        QCOMPARE(status(team.token, team.teamId), 200);
+        for (const QString& token : {QString(), u"nonsense"_s, sandbox.cloudflareToken()})
+            QCOMPARE(status(token, {}), 401);
+        for (const QString& foreign : {sandbox.accounts().at(2).teamId, QString(), u"team_x"_s})
+            QCOMPARE(status(team.token, foreign), 403);
+        QCOMPARE(status(personal, team.teamId), 403);
+        sandbox.world()->revokeToken(personal);
+        QCOMPARE(status(personal, {}), 401);
+        sandbox.world()->restoreToken(personal);
+        QCOMPARE(status(personal, {}), 200);
     }
 
     void deploymentsAreFilteredAndLimited() {
@@ -178,11 +142,9 @@ private Q_SLOTS:
              {.uid = u"d3"_s, .state = u"READY"_s, .created = now - 2, .target = u"production"_s},
              {.uid = u"d2"_s, .state = u"ODD"_s, .created = now - 3, .commit = Commit{.ref = u"x"_s}},
              {.uid = u"d1"_s, .state = u"ERROR"_s, .created = now - 4, .target = u"production"_s}});
-        const auto uids = [&](Query query) {
-            query.append({u"projectId"_s, sandbox.world()->project(u"docs"_s)->id});
+        const auto uids = [&sandbox](const Query& query) {
             QStringList found;
-            for (const auto& each :
-                 get(sandbox, 1, u"/v6/deployments"_s, query).json[u"deployments"].toArray())
+            for (const auto& each : deployments(sandbox, query))
                 found.append(each[u"uid"].toString());
             return found.join(u' ');
         };
@@ -190,85 +152,66 @@ private Q_SLOTS:
         QCOMPARE(uids({{u"limit"_s, u"2"_s}}), u"d4 d3"_s);
         QCOMPARE(uids({{u"limit"_s, u"1"_s}, {u"target"_s, u"production"_s}}), u"d3"_s);
         QCOMPARE(uids({{u"until"_s, QString::number(now - 2)}}), u"d2 d1"_s);
-    }
-
-    void commitTextsSurviveTheWire_data() {
-        QTest::addColumn<QString>("message");
-        QTest::newRow("lines") << u"one\n\ttwo\r\nthree"_s;
-        QTest::newRow("marks") << u"C:\\new \"x\" </script> \u0001\u007f"_s;
-        QTest::newRow("scripts") << u"Größe 日本語 🌱✨"_s;
-        QTest::newRow("half a pair at the end") << u"cut off 🌱"_s.chopped(1);
-        QTest::newRow("half a pair inside") << u"🌱🌱"_s.remove(1, 2).append(u"."_s);
-        QTest::newRow("empty") << u""_s;
+        QCOMPARE(get(sandbox, 0, u"/v6/deployments"_s, {{u"projectId"_s, u"docs"_s}}).status, 404);
     }
 
     void commitTextsSurviveTheWire() {
-        QFETCH(QString, message);
         Sandbox sandbox(frozen());
-        sandbox.world()->push(u"docs"_s, {.state = u"READY"_s, .commit = Commit{.message = message}});
-        const Query query{{u"projectId"_s, u"docs"_s}};
-        const QJsonValue newest =
-            get(sandbox, 1, u"/v6/deployments"_s, query).json[u"deployments"].toArray().at(0);
-        QCOMPARE(newest[u"meta"][u"githubCommitMessage"], QJsonValue(message));
-        QVERIFY(newest[u"meta"][u"githubCommitRef"].isUndefined());
-        QVERIFY(get(sandbox, 1, u"/v9/projects"_s).json.contains(u"pagination"));
+        const QStringList messages{u"one\n\ttwo\r\nthree"_s,    u"C:\\new \"x\" </script> \u0001\u007f"_s,
+                                   u"Größe 日本語 🌱✨"_s,        u"half a pair at the end 🌱"_s.chopped(1),
+                                   u"🌱🌱 inside"_s.remove(1, 2), u""_s};
+        for (const QString& message : messages) {
+            sandbox.world()->push(u"docs"_s, {.state = u"READY"_s, .commit = Commit{.message = message}});
+            const QJsonValue meta = deployments(sandbox).at(0)[u"meta"];
+            QCOMPARE(meta[u"githubCommitMessage"], QJsonValue(message));
+            QVERIFY(meta[u"githubCommitRef"].isUndefined());
+            QVERIFY(get(sandbox, 1, u"/v9/projects"_s).json.contains(u"pagination"));
+        }
     }
 
     void redeployAnswersTheNewDeployment() {
         Sandbox sandbox(frozen());
         const SandboxAccount team = sandbox.accounts().at(1);
-        const QString source = sandbox.world()->project(u"docs"_s)->deployments.first().uid;
-        const auto post = [&](const QByteArray& body) {
+        const auto redeploy = [&](const QByteArray& uid) {
             return ask(sandbox, {.method = "POST",
                                  .path = u"/v13/deployments"_s,
                                  .query = {{u"forceNew"_s, u"1"_s}, {u"teamId"_s, team.teamId}},
                                  .authorization = bearer(team.token),
                                  .contentType = "application/json",
-                                 .body = body});
+                                 .body = "{\"deploymentId\":" + uid + "}"});
         };
-        const Answer answer = post(R"({"deploymentId":")" + source.toUtf8() + R"("})");
+        const auto quotedUid = [&](const QString& project) {
+            return '"' + sandbox.world()->project(project)->deployments.last().uid.toUtf8() + '"';
+        };
+        const Deployment source = sandbox.world()->project(u"docs"_s)->deployments.last();
+        const Answer answer = redeploy(quotedUid(u"docs"_s));
         QCOMPARE(answer.status, 200);
-        QCOMPARE(answer.json[u"id"].toString(), sandbox.world()->project(u"docs"_s)->deployments.first().uid);
-        QVERIFY(answer.json[u"id"].toString() != source);
-        const QString foreign = sandbox.world()->project(u"journal"_s)->deployments.first().uid;
-        QCOMPARE(post("{\"deploymentId\":\"" + foreign.toUtf8() + "\"}").status, 404);
-        QCOMPARE(post(R"({"deploymentId":"dpl_x"})").status, 404);
-        QCOMPARE(post("nonsense").status, 400);
+        const Deployment& made = sandbox.world()->project(u"docs"_s)->deployments.first();
+        QCOMPARE(answer.json[u"id"].toString(), made.uid);
+        QVERIFY(made.uid != source.uid);
+        QCOMPARE(made.state, u"QUEUED"_s);
+        QCOMPARE(made.commit, source.commit);
+        QCOMPARE(made.target, source.target);
+        QCOMPARE(redeploy(quotedUid(u"journal"_s)).status, 404);  // another account's
+        QCOMPARE(redeploy("\"dpl_x\"").status, 404);
+        QCOMPARE(redeploy("nonsense").status, 400);
     }
 
-    void domainsCarryNullsAsTheServiceDoes() {
+    void otherServicesHaveTheirOwnRules() {
         Sandbox sandbox(frozen());
-        sandbox.world()->setDomains(u"docs"_s, {{.name = u"a.example"_s, .gitBranch = u"staging"_s},
-                                                {.name = u"b.example"_s, .redirect = u"c.example"_s},
-                                                {.name = u"c.example"_s, .verified = false}});
-        const QJsonArray domains = get(sandbox, 1, u"/v9/projects/docs/domains"_s).json[u"domains"].toArray();
-        QCOMPARE(domains.size(), 3);
-        QCOMPARE(domains[0][u"gitBranch"].toString(), u"staging"_s);
-        QVERIFY(domains[0][u"redirect"].isNull());
-        QCOMPARE(domains[1][u"redirect"].toString(), u"c.example"_s);
-        QVERIFY(domains[2][u"gitBranch"].isNull());
-        QCOMPARE(domains[2][u"verified"], QJsonValue(false));
-    }
-
-    void statusPageNeedsNoToken() {
-        Sandbox sandbox(frozen());
-        const Request request{.method = "GET", .path = u"/api/v2/status.json"_s};
-        QCOMPARE(ask(sandbox, request).json[u"status"][u"indicator"].toString(), u"none"_s);
         sandbox.world()->setStatusIndicator(u"critical"_s);
-        QCOMPARE(ask(sandbox, request).json[u"status"][u"indicator"].toString(), u"critical"_s);
-    }
-
-    void zonesNeedTheirToken() {
-        Sandbox sandbox(frozen());
-        Request request{.method = "GET",
-                        .path = u"/client/v4/zones"_s,
-                        .query = {{u"per_page"_s, u"50"_s}},
-                        .authorization = bearer(sandbox.cloudflareToken())};
-        QCOMPARE(ask(sandbox, request).json[u"result"].toArray().size(), sandbox.world()->zones().size());
-        request.authorization = bearer(sandbox.accounts().first().token);
-        QCOMPARE(ask(sandbox, request).status, 403);
-        request.authorization.clear();
-        QCOMPARE(ask(sandbox, request).status, 401);
+        const Answer page = ask(sandbox, {.method = "GET", .path = u"/api/v2/status.json"_s});  // no token
+        QCOMPARE(page.json[u"status"][u"indicator"].toString(), u"critical"_s);
+        const auto zones = [&sandbox](const QByteArray& authorization) {
+            return ask(sandbox, {.method = "GET",
+                                 .path = u"/client/v4/zones"_s,
+                                 .query = {{u"per_page"_s, u"50"_s}},
+                                 .authorization = authorization});
+        };
+        QCOMPARE(zones(bearer(sandbox.cloudflareToken())).json[u"result"].toArray().size(),
+                 sandbox.world()->zones().size());
+        QCOMPARE(zones(bearer(sandbox.accounts().first().token)).status, 403);
+        QCOMPARE(zones({}).status, 401);
     }
 
     void analyticsKeepToTheDatesAsked() {
@@ -283,8 +226,7 @@ private Q_SLOTS:
             QVERIFY(requests > 0 && day[u"sum"][u"pageViews"].toDouble() <= requests);
             QVERIFY(day[u"uniq"][u"uniques"].toDouble() <= day[u"sum"][u"pageViews"].toDouble());
         }
-        QCOMPARE(groups(analytics(sandbox, zone, u"2023-11-07"_s)).size(), 8);
-        QCOMPARE(groups(analytics(sandbox, zone, u"2023-11-01"_s)).size(), 8);
+        QCOMPARE(groups(analytics(sandbox, zone, u"2023-11-01"_s)).size(), 8);  // the limit
         QCOMPARE(groups(analytics(sandbox, zone, u"2023-11-15"_s)).size(), 0);
         // A past day's figures are the same from whatever start they are asked.
         QCOMPARE(groups(analytics(sandbox, zone, u"2023-11-10"_s)).first(), week.at(2));
@@ -305,80 +247,71 @@ private Q_SLOTS:
 
     void controlsReachTheWorld() {
         Sandbox sandbox(frozen());
-        const QJsonObject shop{{u"name"_s, u"shop"_s}, {u"account"_s, u"Paper Heron"_s}};
-        const QString id = control(sandbox, "POST", u"/sandbox/projects"_s, shop).json[u"id"].toString();
+        const auto post = [&sandbox](const QString& control, const QByteArray& body) {
+            return ask(sandbox, {.method = "POST", .path = u"/sandbox/"_s + control, .body = body});
+        };
+        const QString id =
+            post(u"projects"_s, R"({"name":"shop","account":"Paper Heron"})").json[u"id"].toString();
         QCOMPARE(sandbox.world()->project(id)->account, 1);
-        const QJsonObject push{
-            {u"project"_s, u"shop"_s}, {u"state"_s, u"BUILDING"_s}, {u"message"_s, u"Open the shop"_s}};
-        QCOMPARE(control(sandbox, "POST", u"/sandbox/deploy"_s, push).status, 201);
-        const QJsonObject all{{u"project"_s, u"*"_s}, {u"state"_s, u"READY"_s}};
-        QCOMPARE(control(sandbox, "POST", u"/sandbox/state"_s, all).json[u"changed"], QJsonValue(12));
-        const QJsonObject shown = control(sandbox, "GET", u"/sandbox/world"_s).json;
-        const QJsonValue newest = shown[u"projects"].toArray().at(0)[u"newest"];
+        QCOMPARE(post(u"deploy"_s, R"({"project":"shop","state":"BUILDING","message":"Open"})").status, 201);
+        QCOMPARE(post(u"state"_s, R"({"project":"*","state":"READY"})").json[u"changed"], QJsonValue(12));
+        const Answer shown = ask(sandbox, {.method = "GET", .path = u"/sandbox/world"_s});
+        const QJsonValue newest = shown.json[u"projects"].toArray().at(0)[u"newest"];
         QCOMPARE(newest[u"state"].toString(), u"READY"_s);
-        QCOMPARE(newest[u"message"].toString(), u"Open the shop"_s);
-        control(sandbox, "POST", u"/sandbox/speed"_s, {{u"speed"_s, 4}});
+        QCOMPARE(newest[u"message"].toString(), u"Open"_s);
+        post(u"speed"_s, R"({"speed":4})");
         QCOMPARE(sandbox.world()->speed(), 4.0);
-        control(sandbox, "POST", u"/sandbox/status"_s, {{u"indicator"_s, u"minor"_s}});
+        post(u"status"_s, R"({"indicator":"minor"})");
         QCOMPARE(sandbox.world()->statusIndicator(), u"minor"_s);
-        control(sandbox, "POST", u"/sandbox/tokens"_s, {{u"token"_s, sandbox.accounts().first().token}});
+        post(u"tokens"_s, "{\"token\":\"" + sandbox.accounts().first().token.toUtf8() + "\"}");
         QCOMPARE(get(sandbox, 0, u"/v9/projects"_s).status, 401);
     }
 
-    void controlsRefuseNonsense_data() {
-        QTest::addColumn<QString>("path");
-        QTest::addColumn<QByteArray>("body");
-        QTest::addColumn<int>("status");
-        QTest::newRow("unknown route") << u"/sandbox/nothing"_s << QByteArray("{}") << 404;
-        QTest::newRow("no JSON") << u"/sandbox/state"_s << QByteArray("state=READY") << 400;
-        QTest::newRow("no state") << u"/sandbox/state"_s << QByteArray(R"({"project":"*"})") << 400;
-        QTest::newRow("no project") << u"/sandbox/deploy"_s << QByteArray(R"({"project":"x"})") << 404;
-        QTest::newRow("speed") << u"/sandbox/speed"_s << QByteArray(R"({"speed":-1})") << 400;
-        QTest::newRow("fault") << u"/sandbox/faults"_s << QByteArray(R"({"kind":"flood"})") << 400;
-        QTest::newRow("account") << u"/sandbox/projects"_s << QByteArray(R"({"name":"x","account":9})")
-                                 << 400;
-    }
-
     void controlsRefuseNonsense() {
-        QFETCH(QString, path);
-        QFETCH(QByteArray, body);
-        QFETCH(int, status);
         Sandbox sandbox(frozen());
-        const Answer answer = ask(sandbox, {.method = "POST", .path = path, .body = body});
-        QCOMPARE(answer.status, status);
-        QVERIFY(!answer.json[u"error"].toString().isEmpty());
+        const auto refusal = [&sandbox](const QString& control, const QByteArray& body) {
+            const Answer answer =
+                ask(sandbox, {.method = "POST", .path = u"/sandbox/"_s + control, .body = body});
+            return answer.json[u"error"].toString().isEmpty() ? 0 : answer.status;
+        };
+        QCOMPARE(refusal(u"nothing"_s, "{}"), 404);
+        QCOMPARE(refusal(u"state"_s, "state=READY"), 400);
+        QCOMPARE(refusal(u"state"_s, R"({"project":"*"})"), 400);
+        QCOMPARE(refusal(u"deploy"_s, R"({"project":"x"})"), 404);
+        QCOMPARE(refusal(u"speed"_s, R"({"speed":-1})"), 400);
+        QCOMPARE(refusal(u"faults"_s, R"({"kind":"flood"})"), 400);
+        QCOMPARE(refusal(u"projects"_s, R"({"name":"x","account":9})"), 400);
     }
 
     void faultsHitWhatTheyNameAndAsOftenAsTheySay() {
         Sandbox sandbox(frozen());
         const QString docs = sandbox.world()->project(u"docs"_s)->id;
-        const QString storefront = sandbox.world()->project(u"storefront"_s)->id;
+        const QString domains = u"/v9/projects/docs/domains"_s;
         const auto poll = [&](const QString& id) {
             return get(sandbox, 1, u"/v6/deployments"_s, {{u"projectId"_s, id}}).status;
         };
         sandbox.faults().add({.pathPrefix = u"/v6/"_s, .projectId = docs, .times = 2, .status = 429});
-        QCOMPARE(poll(storefront), 200);
+        QCOMPARE(poll(u"storefront"_s), 200);
         QCOMPARE(poll(docs), 429);
-        QCOMPARE(get(sandbox, 1, u"/v9/projects/%1/domains"_s.arg(docs)).status, 200);
+        QCOMPARE(get(sandbox, 1, domains).status, 200);
         QCOMPARE(poll(docs), 429);
         QCOMPARE(poll(docs), 200);
-        const QJsonObject fault{
-            {u"kind"_s, u"status"_s}, {u"status"_s, 503}, {u"path"_s, u"/v9/"_s}, {u"project"_s, u"docs"_s}};
-        control(sandbox, "POST", u"/sandbox/faults"_s, fault);
-        QCOMPARE(get(sandbox, 1, u"/v9/projects/docs/domains"_s).status, 503);
+        ask(sandbox, {.method = "POST",
+                      .path = u"/sandbox/faults"_s,
+                      .body = R"({"kind":"status","status":503,"path":"/v9/","project":"docs"})"});
+        QCOMPARE(get(sandbox, 1, domains).status, 503);
         QCOMPARE(get(sandbox, 1, u"/v9/projects"_s).status, 200);
-        control(sandbox, "DELETE", u"/sandbox/faults"_s);
-        QCOMPARE(get(sandbox, 1, u"/v9/projects/docs/domains"_s).status, 200);
+        ask(sandbox, {.method = "DELETE", .path = u"/sandbox/faults"_s});
+        QCOMPARE(get(sandbox, 1, domains).status, 200);
     }
 
     void logIsBoundedAndLeavesTheControlsOut() {
         Sandbox sandbox(frozen());
-        control(sandbox, "GET", u"/sandbox/world"_s);
+        ask(sandbox, {.method = "GET", .path = u"/sandbox/world"_s});
         QCOMPARE(sandbox.log().total(), 0);
         const int over = RequestLog::capacity + 3;
         for (int index = 0; index < over; ++index)
-            static_cast<void>(
-                sandbox.answer({.method = "GET", .path = u"/v9/%1"_s.arg(index), .body = "body"}));
+            std::ignore = sandbox.answer({.method = "GET", .path = u"/v9/%1"_s.arg(index), .body = "body"});
         QCOMPARE(sandbox.log().total(), over);
         const QList<LoggedRequest> entries = sandbox.log().entries();
         QCOMPARE(entries.size(), RequestLog::capacity);
@@ -387,7 +320,6 @@ private Q_SLOTS:
         QCOMPARE(entries.last().time, now);
         QCOMPARE(sandbox.log().entries(u"/v9/10002"_s).size(), 1);
         sandbox.log().clear();
-        QCOMPARE(sandbox.log().total(), 0);
         QVERIFY(sandbox.log().entries().isEmpty());
     }
 };

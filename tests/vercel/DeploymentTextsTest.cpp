@@ -1,4 +1,5 @@
 #include <QDateTime>
+#include <QRegularExpression>
 #include <QTest>
 
 #include "vercel/Deployment.h"
@@ -26,44 +27,28 @@ class DeploymentTextsTest final : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void agesAreShort_data() {
-        QTest::addColumn<qint64>("age");
-        QTest::addColumn<QString>("text");
-        QTest::newRow("future") << qint64{-2500} << u"-2s ago"_s;
-        QTest::newRow("now") << qint64{999} << u"0s ago"_s;
-        QTest::newRow("seconds") << qint64{59'999} << u"59s ago"_s;
-        QTest::newRow("minute") << qint64{60'000} << u"1m ago"_s;
-        QTest::newRow("minutes") << qint64{3'599'999} << u"59m ago"_s;
-        QTest::newRow("hour") << qint64{3'600'000} << u"1h ago"_s;
-        QTest::newRow("hours") << qint64{86'399'999} << u"23h ago"_s;
-        QTest::newRow("day") << qint64{86'400'000} << u"1d ago"_s;
-    }
-
     void agesAreShort() {
-        QFETCH(const qint64, age);
-        QTEST(createdBefore(std::chrono::milliseconds(age)).relativeAge(noon), "text");
-    }
-
-    void pushTimesAreWords_data() {
-        QTest::addColumn<qint64>("age");
-        QTest::addColumn<QString>("text");
-        QTest::newRow("future") << -qint64{7'200'000} << u"just now"_s;
-        QTest::newRow("just now") << qint64{59'999} << u"just now"_s;
-        QTest::newRow("a minute") << qint64{119'000} << u"1 minute ago"_s;
-        QTest::newRow("minutes") << qint64{300'000} << u"5 minutes ago"_s;
-        QTest::newRow("since midnight") << qint64{43'200'000} << u"12 hours ago"_s;
-        QTest::newRow("older") << qint64{259'200'000} << u"nov 12, 2023 at 12:00 PM"_s;
+        const auto age = [](auto time) { return createdBefore(time).relativeAge(noon); };
+        QCOMPARE(age(-2500ms), u"-2s ago"_s);
+        QCOMPARE(age(999ms), u"0s ago"_s);
+        QCOMPARE(age(59'999ms), u"59s ago"_s);
+        QCOMPARE(age(1min), u"1m ago"_s);
+        QCOMPARE(age(3'599'999ms), u"59m ago"_s);
+        QCOMPARE(age(1h), u"1h ago"_s);
+        QCOMPARE(age(86'399'999ms), u"23h ago"_s);
+        QCOMPARE(age(24h), u"1d ago"_s);
     }
 
     void pushTimesAreWords() {
-        QFETCH(const qint64, age);
-        QFETCH(QString, text);
-        QString actual = createdBefore(std::chrono::milliseconds(age)).pushedAtDescription(noon);
+        const auto pushed = [](auto time) { return createdBefore(time).pushedAtDescription(noon); };
+        QCOMPARE(pushed(-2h), u"just now"_s);
+        QCOMPARE(pushed(59'999ms), u"just now"_s);
+        QCOMPARE(pushed(119s), u"1 minute ago"_s);
+        QCOMPARE(pushed(5min), u"5 minutes ago"_s);
+        QCOMPARE(pushed(12h), u"12 hours ago"_s);  // since midnight
         // How date and time are joined, and the space before PM, differ between versions of the locale data.
-        const auto normalised = [](QString phrase) {
-            return phrase.replace(u'\u202f', u' ').replace(u", 1"_s, u" at 1"_s);
-        };
-        QCOMPARE(normalised(actual), normalised(text));
+        const QRegularExpression older(u"^nov 12, 2023(,| at) 12:00[ \u202f]PM$"_s);
+        QVERIFY2(older.match(pushed(72h)).hasMatch(), qPrintable(pushed(72h)));
     }
 
     void yesterdayHasAWord() {
@@ -74,27 +59,19 @@ private Q_SLOTS:
         QVERIFY2(phrase.contains("7:25"_L1), qPrintable(phrase));
     }
 
-    void buildDurationsOfReadyDeploymentsOnly_data() {
-        QTest::addColumn<QString>("state");
-        QTest::addColumn<qint64>("duration");
-        QTest::addColumn<QString>("text");
-        QTest::newRow("seconds") << u"READY"_s << qint64{59'999} << u"Built in 59s"_s;
-        QTest::newRow("instant") << u"READY"_s << qint64{1} << u"Built in 0s"_s;
-        QTest::newRow("minute") << u"READY"_s << qint64{60'000} << u"Built in 1m"_s;
-        QTest::newRow("both") << u"READY"_s << qint64{61'500} << u"Built in 1m 1s"_s;
-        QTest::newRow("hour") << u"READY"_s << qint64{3'600'000} << u"Built in 60m"_s;
-        QTest::newRow("equal times") << u"READY"_s << qint64{0} << QString();
-        QTest::newRow("backwards") << u"READY"_s << qint64{-5} << QString();
-        QTest::newRow("failed") << u"ERROR"_s << qint64{60'000} << QString();
-        QTest::newRow("mixed case") << u"Ready"_s << qint64{60'000} << QString();
-    }
-
     void buildDurationsOfReadyDeploymentsOnly() {
-        QFETCH(const QString, state);
-        QFETCH(const qint64, duration);
-        QTEST(
-            built(state, 1'700'000'000'000, 1'700'000'000'000 + duration).buildDuration().value_or(QString()),
-            "text");
+        const auto duration = [](std::chrono::milliseconds time, const QString& state = u"READY"_s) {
+            return built(state, 1'700'000'000'000, 1'700'000'000'000 + time.count()).buildDuration();
+        };
+        QCOMPARE(duration(59'999ms), u"Built in 59s"_s);
+        QCOMPARE(duration(1ms), u"Built in 0s"_s);
+        QCOMPARE(duration(1min), u"Built in 1m"_s);
+        QCOMPARE(duration(61'500ms), u"Built in 1m 1s"_s);
+        QCOMPARE(duration(1h), u"Built in 60m"_s);
+        QVERIFY(!duration(0ms));
+        QVERIFY(!duration(-5ms));
+        QVERIFY(!duration(1min, u"ERROR"_s));
+        QVERIFY(!duration(1min, u"Ready"_s));
     }
 
     void hostileTimesGiveTexts() {

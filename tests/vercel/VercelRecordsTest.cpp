@@ -9,12 +9,18 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-QByteArray deploymentsJson(const QByteArray& members) {
-    return "{\"deployments\":[{" + members + "}]}";
-}
-
 const QByteArray required =
     R"("uid":"d1","name":"api","url":"api-1.vercel.app","created":1700000000000,"state":"READY")";
+
+/// A list of one deployment, with more members than the required ones.
+QByteArray withMembers(const QByteArray& more) {
+    return "{\"deployments\":[{" + required + more + "}]}";
+}
+
+/// A list of one deployment, with something else in place of a part of it.
+QByteArray withChanged(const QByteArray& part, const QByteArray& other) {
+    return withMembers({}).replace(part, other);
+}
 
 }  // namespace
 
@@ -23,8 +29,7 @@ class VercelRecordsTest final : public QObject {
 
 private Q_SLOTS:
     void decodesADeployment() {
-        const auto response = DeploymentsResponse::decode(deploymentsJson(
-            required +
+        const auto response = DeploymentsResponse::decode(withMembers(
             R"(,"ready":9007199254740993,"target":null,"inspectorUrl":"https://x/y","extra":{"a":[1]},)"
             R"("meta":{"githubCommitMessage":"Fix \ud83d it","githubCommitRef":"main","other":5},"alias":["a","b"])"));
         QVERIFY(response);
@@ -42,47 +47,30 @@ private Q_SLOTS:
     void deploymentsDecodeOrFailAsAWhole_data() {
         QTest::addColumn<QByteArray>("json");
         QTest::addColumn<QString>("path");  // of the error; "ok" when there is none
-        const auto row = [](const char* name, const QByteArray& json, const QString& path) {
+        const auto row = [](const QByteArray& name, const QByteArray& json, const QString& path) {
             QTest::newRow(name) << json << path;
         };
-        row("id instead of uid",
-            R"({"deployments":[{"id":"d","name":"n","url":"u","created":1,"state":"s"}]})",
-            u"deployments[0].uid"_s);
-        row("second of two is broken", "{\"deployments\":[{" + required + R"(},{"uid":5}]})",
-            u"deployments[1].uid"_s);
-        row("created as text",
-            R"({"deployments":[{"uid":"d","name":"n","url":"u","created":"1","state":"s"}]})",
-            u"deployments[0].created"_s);
-        row("created with a fraction",
-            R"({"deployments":[{"uid":"d","name":"n","url":"u","created":1.5,"state":"s"}]})",
-            u"deployments[0].created"_s);
-        row("created beyond 64 bits",
-            R"({"deployments":[{"uid":"d","name":"n","url":"u","created":9223372036854775808,"state":"s"}]})",
-            u"deployments[0].created"_s);
-        row("state missing", R"({"deployments":[{"uid":"d","name":"n","url":"u","created":1}]})",
-            u"deployments[0].state"_s);
-        row("optional of a wrong type", deploymentsJson(required + R"(,"target":1)"),
-            u"deployments[0].target"_s);
-        row("boolean as integer", deploymentsJson(required + R"(,"ready":true)"), u"deployments[0].ready"_s);
-        row("meta is no object", deploymentsJson(required + R"(,"meta":[])"), u"deployments[0].meta"_s);
-        row("text in meta is a number", deploymentsJson(required + R"(,"meta":{"githubCommitRef":1})"),
+        row("id instead of uid", withChanged("uid", "id"), u"deployments[0].uid"_s);
+        row("second of two is broken", withChanged("]", R"(,{"uid":5}])"), u"deployments[1].uid"_s);
+        for (const QByteArray created : {"\"1\"", "1.5", "9223372036854775808", "true"})
+            row("created: " + created, withChanged("1700000000000", created), u"deployments[0].created"_s);
+        row("state missing", withChanged("state", "status"), u"deployments[0].state"_s);
+        row("optional of a wrong type", withMembers(R"(,"target":1)"), u"deployments[0].target"_s);
+        row("meta is no object", withMembers(R"(,"meta":[])"), u"deployments[0].meta"_s);
+        row("text in meta is a number", withMembers(R"(,"meta":{"githubCommitRef":1})"),
             u"deployments[0].meta.githubCommitRef"_s);
-        row("alias with a number", deploymentsJson(required + R"(,"alias":["a",1])"),
-            u"deployments[0].alias[1]"_s);
+        row("alias with a number", withMembers(R"(,"alias":["a",1])"), u"deployments[0].alias[1]"_s);
         row("element is no object", R"({"deployments":[3]})", u"deployments[0]"_s);
         row("deployments null", R"({"deployments":null})", u"deployments"_s);
-        row("top level is an array", "[]", QString());
-        row("not JSON", "<html>", QString());
-        row("invalid UTF-8", "{\"deployments\":[{\"uid\":\"\xff\xfe\"}]}", QString());
-        row("a thousand levels deep", QByteArray(5000, '[') + QByteArray(5000, ']'), QString());
-        row("nothing", "", QString());
+        row("top level is an array", "[]", {});
+        row("not JSON", "<html>", {});
+        row("invalid UTF-8", withChanged("d1", "\xff\xfe"), {});
+        row("a thousand levels deep", QByteArray(5000, '[') + QByteArray(5000, ']'), {});
+        row("nothing", "", {});
         row("optional members null",
-            deploymentsJson(required + R"(,"ready":null,"meta":null,"alias":null,"inspectorUrl":null)"),
-            u"ok"_s);
-        row("whole number as a float",
-            R"({"deployments":[{"uid":"d","name":"n","url":"u","created":1e3,"state":"s"}]})", u"ok"_s);
-        row("unknown state text",
-            R"({"deployments":[{"uid":"d","name":"n","url":"u","created":1,"state":"Canceled"}]})", u"ok"_s);
+            withMembers(R"(,"ready":null,"meta":null,"alias":null,"inspectorUrl":null)"), u"ok"_s);
+        row("whole number as a float", withChanged("1700000000000", "1e3"), u"ok"_s);
+        row("unknown state text", withChanged("READY", "Canceled"), u"ok"_s);
         row("empty list", R"({"deployments":[],"pagination":{"count":0}})", u"ok"_s);
     }
 
