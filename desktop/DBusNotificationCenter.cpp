@@ -1,0 +1,156 @@
+#include "desktop/DBusNotificationCenter.h"
+
+#include <QDBusPendingCallWatcher>
+#include <QVariantMap>
+#include <algorithm>
+#include <utility>
+
+namespace tidemark {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+// A service that never answers, or never says that a notification is closed, costs us no more than this.
+constexpr std::size_t maximumPosts = 20;
+constexpr qsizetype maximumShown = 64;
+constexpr qsizetype maximumEarlySignals = 64;
+
+QString serviceName() {
+    return u"org.freedesktop.Notifications"_s;
+}
+
+QString servicePath() {
+    return u"/org/freedesktop/Notifications"_s;
+}
+
+QDBusMessage serviceCall(const QString& service, const QString& method) {
+    return QDBusMessage::createMethodCall(service, servicePath(), serviceName(), method);
+}
+
+/// Whether the service itself answered, be it with an error, and not the bus or a time-out in its place.
+bool isFromService(const QDBusMessage& reply) {
+    return reply.service().startsWith(u':');
+}
+
+}  // namespace
+
+/// A notification on its way. Each asks for the capabilities anew: the service may be another one since the
+/// last time, and this way what it can do and what is sent to it always belong together.
+struct DBusNotificationCenter::Post {
+    NotificationRequest request;
+    bool isClickable = false;
+    std::unique_ptr<QDBusPendingCallWatcher> watcher;
+};
+
+DBusNotificationCenter::DBusNotificationCenter(QString applicationName, QString desktopEntry,
+                                               QDBusConnection bus)
+    : m_applicationName(std::move(applicationName)),
+      m_desktopEntry(std::move(desktopEntry)),
+      m_bus(std::move(bus)) {
+    // From any sender: with a service's name given here, Qt waits for the bus to say who that is.
+    m_bus.connect({}, servicePath(), serviceName(), {}, this, SLOT(onSignal(QDBusMessage)));
+}
+
+DBusNotificationCenter::~DBusNotificationCenter() = default;
+
+void DBusNotificationCenter::add(const NotificationRequest& request) {
+    if (!m_bus.isConnected() || m_posts.size() >= maximumPosts)
+        return;
+    auto& post = *m_posts.emplace_back(std::make_unique<Post>());
+    post.request = request;
+    call(post, serviceCall(serviceName(), u"GetCapabilities"_s), &DBusNotificationCenter::onCapabilities);
+}
+
+void DBusNotificationCenter::call(Post& post, const QDBusMessage& message, Handler handler) {
+    post.watcher = std::make_unique<QDBusPendingCallWatcher>(m_bus.asyncCall(message));
+    connect(post.watcher.get(), &QDBusPendingCallWatcher::finished, this,
+            [this, &post, handler](QDBusPendingCallWatcher* finished) {
+                post.watcher.release()->deleteLater();
+                (this->*handler)(post, finished->reply());
+            });
+}
+
+void DBusNotificationCenter::onCapabilities(Post& post, const QDBusMessage& reply) {
+    if (!isFromService(reply)) {
+        finish(post);
+        return;
+    }
+    const QStringList capabilities = reply.arguments().value(0).toStringList();
+    const NotificationRequest& request = post.request;
+    post.isClickable = !request.userInfo.isEmpty() && capabilities.contains("actions"_L1);
+    const QStringList actions = post.isClickable ? QStringList{u"default"_s, u"Open"_s} : QStringList();
+    const bool hasMarkup = capabilities.contains("body-markup"_L1);
+    const QString body = hasMarkup ? request.body.toHtmlEscaped() : request.body;
+    constexpr uchar normalUrgency = 1;
+    const QVariantMap hints{{u"desktop-entry"_s, m_desktopEntry},
+                            {u"sound-name"_s, u"message-new-instant"_s},
+                            {u"urgency"_s, QVariant::fromValue(normalUrgency)}};
+    constexpr uint replacesNone = 0;
+    constexpr int defaultExpiry = -1;
+    // No icon name: where the desktop entry is installed its icon is shown, and elsewhere some services
+    // would show a broken picture.
+    QDBusMessage notify = serviceCall(reply.service(), u"Notify"_s);
+    notify << m_applicationName << replacesNone << QString() << request.title << body << actions << hints
+           << defaultExpiry;
+    call(post, notify, &DBusNotificationCenter::onNotified);
+}
+
+void DBusNotificationCenter::onNotified(Post& post, const QDBusMessage& reply) {
+    const QVariant id = reply.arguments().value(0);
+    const bool isShown = reply.type() == QDBusMessage::ReplyMessage && id.userType() == QMetaType::UInt;
+    if (isShown && post.isClickable)
+        remember({reply.service(), id.toUInt(), post.request.userInfo});
+    finish(post);
+}
+
+void DBusNotificationCenter::finish(Post& post) {
+    std::erase_if(m_posts, [&post](const auto& candidate) { return candidate.get() == &post; });
+    // In the order in which they came; those of other programs go once nothing is outstanding.
+    for (const QDBusMessage& signal : std::exchange(m_early, {}))
+        onSignal(signal);
+}
+
+void DBusNotificationCenter::remember(Shown shown) {
+    const auto isGone = [&shown](const Shown& other) {
+        return other.service != shown.service || other.id == shown.id;
+    };
+    m_shown.removeIf(isGone);
+    if (m_shown.size() >= maximumShown)
+        m_shown.removeFirst();
+    m_shown.append(std::move(shown));
+}
+
+void DBusNotificationCenter::onSignal(const QDBusMessage& signal) {
+    if (handle(signal) || m_posts.empty())
+        return;
+    // It may have overtaken the answer that tells us its number.
+    if (m_early.size() >= maximumEarlySignals)
+        m_early.removeFirst();
+    m_early.append(signal);
+}
+
+bool DBusNotificationCenter::handle(const QDBusMessage& signal) {
+    // Every program gets the signals about everybody's notifications.
+    const QVariant id = signal.arguments().value(0);
+    const auto shown = std::ranges::find_if(m_shown, [&](const Shown& candidate) {
+        return id.userType() == QMetaType::UInt && candidate.id == id.toUInt() &&
+               candidate.service == signal.service();
+    });
+    if (shown == m_shown.end())
+        return false;
+    const QString argument = signal.arguments().value(1).toString();
+    if (signal.member() == "NotificationClosed"_L1) {
+        m_shown.erase(shown);
+    } else if (signal.member() == "ActivationToken"_L1) {
+        // For whoever opens a window or starts a program in answer to the click, which comes next.
+        qputenv("XDG_ACTIVATION_TOKEN", argument.toUtf8());
+    } else if (signal.member() == "ActionInvoked"_L1 && argument == "default"_L1 && m_handler) {
+        const ResponseHandler handler = m_handler;
+        const UserInfo userInfo = shown->userInfo;
+        handler(userInfo);
+    }
+    return true;
+}
+
+}  // namespace tidemark

@@ -1,0 +1,28 @@
+#include "desktop/DesktopWorkspace.h"
+
+#include <QDesktopServices>
+#include <QFileInfo>
+
+namespace tidemark {
+namespace {
+
+void launch(const QUrl& url) {
+    QDesktopServices::openUrl(url);
+    // The opener has inherited it, and a token is good for one activation.
+    qunsetenv("XDG_ACTIVATION_TOKEN");
+}
+
+}  // namespace
+
+void DesktopWorkspace::openURL(const QUrl& url) {
+    if (webAddress(url.toString(QUrl::FullyEncoded)))
+        launch(url);
+}
+
+void DesktopWorkspace::openFile(const QString& path) {
+    const QFileInfo file(path);
+    if (file.isFile())
+        launch(QUrl::fromLocalFile(file.absoluteFilePath()));
+}
+
+}  // namespace tidemark

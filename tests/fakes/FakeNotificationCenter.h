@@ -1,0 +1,28 @@
+#pragma once
+
+#include "desktop/NotificationCenter.h"
+
+#include <QList>
+#include <utility>
+
+namespace tidemark {
+
+/// A notification service that only remembers what it was given.
+class FakeNotificationCenter final : public NotificationCenter {
+public:
+    QList<NotificationRequest> requests;
+    int authorizations = 0;
+    ResponseHandler handler;
+
+    void requestAuthorization() override { ++authorizations; }
+    void add(const NotificationRequest& request) override { requests.append(request); }
+    void setResponseHandler(ResponseHandler newHandler) override { handler = std::move(newHandler); }
+
+    /// The user clicks the request at `index`.
+    void click(qsizetype index) const {
+        if (handler)
+            handler(requests.at(index).userInfo);
+    }
+};
+
+}  // namespace tidemark
