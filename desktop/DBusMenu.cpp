@@ -2,12 +2,61 @@
 
 #include <QDBusError>
 #include <QDBusMetaType>
+#include <algorithm>
+#include <utility>
 
 namespace tidemark {
 namespace {
 
+using namespace std::chrono_literals;
+
 constexpr int rootId = 0;
-constexpr uint revision = 1;
+
+/// How long a menu is taken to be open that a panel showed, at most: with a panel that tells when it opens
+/// and closes it, and with one that does not.
+constexpr auto longestOpen = 10min;
+constexpr auto likelyOpen = 60s;
+
+/// Longer texts help nobody and stall panels.
+constexpr qsizetype longestLabel = 300;
+
+/// One line, in which an underscore is an underscore: a single one would be taken for a mnemonic.
+QString labelText(const QString& title) {
+    QString text = title.size() > longestLabel ? title.first(longestLabel) + QChar(0x2026) : title;
+    for (QChar& character : text) {
+        if (character.category() == QChar::Other_Control) {
+            character = u' ';
+        }
+    }
+    return text.replace(u'_', QStringLiteral("__"));
+}
+
+QVariantMap propertiesOf(const MenuItem& item) {
+    if (item.isSeparator) {
+        return {{QStringLiteral("type"), QStringLiteral("separator")}};
+    }
+    QVariantMap properties{{QStringLiteral("label"), labelText(item.titleNow())},
+                           {QStringLiteral("enabled"), item.isEnabled()}};
+    if (!item.keyEquivalent.isNull()) {
+        const QList<QStringList> shortcut{{QStringLiteral("Control"), QString(item.keyEquivalent)}};
+        properties.insert(QStringLiteral("shortcut"), QVariant::fromValue(shortcut));
+    }
+    return properties;
+}
+
+/// No names means all properties.
+QVariantMap filtered(const QVariantMap& properties, const QStringList& names) {
+    if (names.isEmpty()) {
+        return properties;
+    }
+    QVariantMap wanted;
+    for (auto i = properties.cbegin(); i != properties.cend(); ++i) {
+        if (names.contains(i.key())) {
+            wanted.insert(i.key(), i.value());
+        }
+    }
+    return wanted;
+}
 
 }  // namespace
 
@@ -39,6 +88,20 @@ const QDBusArgument& operator>>(const QDBusArgument& argument, DBusMenuPropertie
     return argument;
 }
 
+QDBusArgument& operator<<(QDBusArgument& argument, const DBusMenuRemovedProperties& properties) {
+    argument.beginStructure();
+    argument << properties.id << properties.names;
+    argument.endStructure();
+    return argument;
+}
+
+const QDBusArgument& operator>>(const QDBusArgument& argument, DBusMenuRemovedProperties& properties) {
+    argument.beginStructure();
+    argument >> properties.id >> properties.names;
+    argument.endStructure();
+    return argument;
+}
+
 QDBusArgument& operator<<(QDBusArgument& argument, const DBusMenuEvent& event) {
     argument.beginStructure();
     argument << event.id << event.eventId << event.data << event.timestamp;
@@ -57,54 +120,221 @@ DBusMenu::DBusMenu() {
     qDBusRegisterMetaType<DBusMenuLayout>();
     qDBusRegisterMetaType<DBusMenuProperties>();
     qDBusRegisterMetaType<QList<DBusMenuProperties>>();
+    qDBusRegisterMetaType<DBusMenuRemovedProperties>();
+    qDBusRegisterMetaType<QList<DBusMenuRemovedProperties>>();
     qDBusRegisterMetaType<DBusMenuEvent>();
     qDBusRegisterMetaType<QList<DBusMenuEvent>>();
+    qDBusRegisterMetaType<QList<QStringList>>();
+    m_open.setSingleShot(true);
+    connect(&m_open, &QTimer::timeout, this, &DBusMenu::onClosed);
 }
 
-uint DBusMenu::GetLayout(int parentId, int /*recursionDepth*/, const QStringList& /*propertyNames*/,
+void DBusMenu::setMenu(const Menu& menu) {
+    m_menu = menu;
+    QList<Entry> entries = entriesOf(menu);
+    updateEntries(entries);
+    if (isLayoutStale() && !m_open.isActive()) {
+        updateLayout(std::move(entries));
+    }
+}
+
+bool DBusMenu::wasShownWithin(std::chrono::milliseconds time) const {
+    return m_sinceShown.isValid() && !m_sinceShown.hasExpired(time.count());
+}
+
+QList<DBusMenu::Entry> DBusMenu::entriesOf(const Menu& menu) {
+    QList<Entry> entries;
+    entries.reserve(menu.size());
+    for (const MenuItem& item : menu) {
+        auto id = m_ids.find(item.identifier);
+        if (id == m_ids.end()) {
+            id = m_ids.insert(item.identifier, static_cast<int>(m_ids.size()) + 1);
+        }
+        entries.append({*id, propertiesOf(item), item});
+    }
+    return entries;
+}
+
+const DBusMenu::Entry* DBusMenu::find(int id, const QList<Entry>& entries) {
+    const auto entry = std::ranges::find(entries, id, &Entry::id);
+    return entry == entries.cend() ? nullptr : &*entry;
+}
+
+bool DBusMenu::isLayoutStale() const {
+    return !std::ranges::equal(m_menu, m_entries, {}, &MenuItem::identifier,
+                               [](const Entry& entry) { return entry.item.identifier; });
+}
+
+void DBusMenu::updateEntries(const QList<Entry>& entries) {
+    QList<DBusMenuProperties> updated;
+    for (Entry& known : m_entries) {
+        const auto entry = std::ranges::find(entries, known.id, &Entry::id);
+        if (entry == entries.cend()) {
+            continue;
+        }
+        QVariantMap told = std::exchange(known, *entry).properties;
+        if (known.item.currentTitle) {
+            known.properties.insert(QStringLiteral("label"), told.value(QStringLiteral("label")));
+        }
+        if (known.properties != told) {
+            updated.append({known.id, known.properties});
+        }
+    }
+    tell(updated);
+}
+
+void DBusMenu::updateLayout(QList<Entry> entries) {
+    m_withdrawn = std::exchange(m_entries, std::move(entries));
+    ++m_revision;
+    if (m_wasRead) {
+        Q_EMIT LayoutUpdated(m_revision, rootId);
+    }
+}
+
+void DBusMenu::refreshTitles() {
+    QList<DBusMenuProperties> updated;
+    for (Entry& entry : m_entries) {
+        if (!entry.item.currentTitle) {
+            continue;
+        }
+        const QVariantMap told = std::exchange(entry.properties, propertiesOf(entry.item));
+        if (entry.properties != told) {
+            updated.append({entry.id, entry.properties});
+        }
+    }
+    tell(updated);
+}
+
+void DBusMenu::tell(const QList<DBusMenuProperties>& updated) {
+    // Whoever has not read the menu will read all of it.
+    if (m_wasRead && !updated.isEmpty()) {
+        Q_EMIT ItemsPropertiesUpdated(updated, {});
+    }
+}
+
+bool DBusMenu::prepareToShow() {
+    const bool isStale = isLayoutStale();
+    if (isStale) {
+        updateLayout(entriesOf(m_menu));
+    }
+    refreshTitles();
+    m_open.start(likelyOpen);
+    m_sinceShown.start();
+    if (m_shownHandler) {
+        m_shownHandler();
+    }
+    return isStale;
+}
+
+void DBusMenu::onClosed() {
+    m_open.stop();
+    if (isLayoutStale()) {
+        updateLayout(entriesOf(m_menu));
+    }
+}
+
+QVariantMap DBusMenu::rootProperties() const {
+    return m_entries.isEmpty() ? QVariantMap()
+                               : QVariantMap{{QStringLiteral("children-display"), QStringLiteral("submenu")}};
+}
+
+uint DBusMenu::GetLayout(int parentId, int recursionDepth, const QStringList& propertyNames,
                          DBusMenuLayout& layout) {
-    if (parentId != rootId) {
+    layout = {parentId, {}, {}};
+    m_wasRead = true;
+    refreshTitles();
+    if (parentId == rootId) {
+        layout.properties = filtered(rootProperties(), propertyNames);
+        if (recursionDepth != 0) {
+            for (const Entry& entry : std::as_const(m_entries)) {
+                const DBusMenuLayout child{entry.id, filtered(entry.properties, propertyNames), {}};
+                layout.children.append(QDBusVariant(QVariant::fromValue(child)));
+            }
+        }
+    } else if (const Entry* entry = find(parentId)) {
+        layout.properties = filtered(entry->properties, propertyNames);
+    } else {
         refuse(QStringLiteral("no such entry"));
     }
-    layout = {};
-    return revision;
+    return m_revision;
 }
 
 QList<DBusMenuProperties> DBusMenu::GetGroupProperties(const QList<int>& ids,
-                                                       const QStringList& /*propertyNames*/) {
+                                                       const QStringList& propertyNames) {
+    m_wasRead = true;
+    refreshTitles();
     // No ids means all entries. Unknown ones are left out of the answer.
+    QList<DBusMenuProperties> answer;
     if (ids.isEmpty() || ids.contains(rootId)) {
-        return {{rootId, {}}};
+        answer.append({rootId, filtered(rootProperties(), propertyNames)});
     }
-    return {};
+    for (const Entry& entry : std::as_const(m_entries)) {
+        if (ids.isEmpty() || ids.contains(entry.id)) {
+            answer.append({entry.id, filtered(entry.properties, propertyNames)});
+        }
+    }
+    return answer;
 }
 
-QDBusVariant DBusMenu::GetProperty(int /*id*/, const QString& /*name*/) {
-    refuse(QStringLiteral("no such property"));
-    return QDBusVariant(QString());
+QDBusVariant DBusMenu::GetProperty(int id, const QString& name) {
+    m_wasRead = true;
+    const Entry* entry = find(id);
+    const QVariantMap properties = entry ? entry->properties : rootProperties();
+    if (!isKnown(id) || !properties.contains(name)) {
+        refuse(QStringLiteral("no such property"));
+    }
+    return QDBusVariant(properties.value(name, QString()));
 }
 
-void DBusMenu::Event(int /*id*/, const QString& /*eventId*/, const QDBusVariant& /*data*/,
-                     uint /*timestamp*/) {}
+void DBusMenu::Event(int id, const QString& eventId, const QDBusVariant& /*data*/, uint /*timestamp*/) {
+    if (eventId == u"clicked" && choose(id)) {
+        onClosed();
+    } else if (!isKnown(id)) {
+        refuse(QStringLiteral("no such entry"));
+    } else if (id == rootId && eventId == u"opened") {
+        prepareToShow();
+        m_open.start(longestOpen);
+    } else if (id == rootId && eventId == u"closed") {
+        onClosed();
+    }
+}
 
 QList<int> DBusMenu::EventGroup(const QList<DBusMenuEvent>& events) {
     QList<int> unknown;
     for (const DBusMenuEvent& event : events) {
-        if (event.id != rootId) {
+        if (isKnown(event.id) || find(event.id, m_withdrawn)) {
+            Event(event.id, event.eventId, event.data, event.timestamp);
+        } else {
             unknown.append(event.id);
         }
     }
     return unknown;
 }
 
-bool DBusMenu::AboutToShow(int /*id*/) {
-    return false;
+bool DBusMenu::AboutToShow(int id) {
+    return id == rootId && prepareToShow();
 }
 
 QList<int> DBusMenu::AboutToShowGroup(const QList<int>& ids, QList<int>& idErrors) {
-    idErrors = ids;
-    idErrors.removeAll(rootId);
-    return {};
+    QList<int> stale;
+    for (const int id : ids) {
+        if (!isKnown(id)) {
+            idErrors.append(id);
+        } else if (AboutToShow(id)) {
+            stale.append(id);
+        }
+    }
+    return stale;
+}
+
+bool DBusMenu::choose(int id) {
+    // Plasma and LXQt tell of the choice after the end of the menu that it was made in.
+    const Entry* entry = find(id) ? find(id) : find(id, m_withdrawn);
+    // Queued: the panel gets its reply at once, and the action may drop the menu.
+    if (entry && entry->item.action) {
+        QMetaObject::invokeMethod(this, entry->item.action, Qt::QueuedConnection);
+    }
+    return entry;
 }
 
 void DBusMenu::refuse(const QString& message) {

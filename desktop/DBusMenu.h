@@ -1,12 +1,19 @@
 #pragma once
 
+#include "desktop/Menu.h"
+
 #include <QDBusArgument>
 #include <QDBusContext>
 #include <QDBusVariant>
+#include <QElapsedTimer>
+#include <QHash>
 #include <QList>
 #include <QObject>
 #include <QStringList>
+#include <QTimer>
 #include <QVariantMap>
+#include <chrono>
+#include <functional>
 
 namespace tidemark {
 
@@ -22,6 +29,12 @@ struct DBusMenuProperties {
     QVariantMap properties;
 };
 
+/// The properties of an entry that went back to their defaults.
+struct DBusMenuRemovedProperties {
+    int id = 0;
+    QStringList names;
+};
+
 struct DBusMenuEvent {
     int id = 0;
     QString eventId;
@@ -33,12 +46,18 @@ QDBusArgument& operator<<(QDBusArgument& argument, const DBusMenuLayout& layout)
 const QDBusArgument& operator>>(const QDBusArgument& argument, DBusMenuLayout& layout);
 QDBusArgument& operator<<(QDBusArgument& argument, const DBusMenuProperties& properties);
 const QDBusArgument& operator>>(const QDBusArgument& argument, DBusMenuProperties& properties);
+QDBusArgument& operator<<(QDBusArgument& argument, const DBusMenuRemovedProperties& properties);
+const QDBusArgument& operator>>(const QDBusArgument& argument, DBusMenuRemovedProperties& properties);
 QDBusArgument& operator<<(QDBusArgument& argument, const DBusMenuEvent& event);
 const QDBusArgument& operator>>(const QDBusArgument& argument, DBusMenuEvent& event);
 
-/// The bus object of a menu, after the com.canonical.dbusmenu protocol: a root without entries. GNOME's
-/// AppIndicator extension does not show an item that has no menu at all, while one that is empty makes a
-/// single click activate the item.
+/// The bus object of a menu without submenus, after the com.canonical.dbusmenu protocol. It stays a root
+/// without entries until it is given some: GNOME's AppIndicator extension does not show an item that has no
+/// menu at all, while an empty one makes a single click activate the item.
+///
+/// An entry keeps its id as long as its identifier comes back. Panels close, shrink or tear a menu whose
+/// layout changes while it is open, and most do not say that it is: from the moment that a panel asks to show
+/// it, a menu with other entries waits until it is closed again or that is likely. A changed text does not.
 class DBusMenu final : public QObject, protected QDBusContext {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "com.canonical.dbusmenu")
@@ -49,6 +68,14 @@ class DBusMenu final : public QObject, protected QDBusContext {
 
 public:
     DBusMenu();
+
+    void setMenu(const Menu& menu);
+    /// The newest menu, which may still wait to be told.
+    [[nodiscard]] const Menu& menu() const { return m_menu; }
+    /// Is called whenever a panel is about to show the menu.
+    void setShownHandler(std::function<void()> handler) { m_shownHandler = std::move(handler); }
+    /// Whether a panel was about to show it not longer ago than that.
+    [[nodiscard]] bool wasShownWithin(std::chrono::milliseconds time) const;
 
     [[nodiscard]] uint version() const { return 3; }
     [[nodiscard]] QString textDirection() const { return QStringLiteral("ltr"); }
@@ -68,12 +95,49 @@ public Q_SLOTS:
 
 Q_SIGNALS:
     void ItemsPropertiesUpdated(const QList<tidemark::DBusMenuProperties>& updated,
-                                const QList<tidemark::DBusMenuProperties>& removed);
+                                const QList<tidemark::DBusMenuRemovedProperties>& removed);
     void LayoutUpdated(uint revision, int parent);
     void ItemActivationRequested(int id, uint timestamp);
 
 private:
+    struct Entry {
+        int id = 0;
+        QVariantMap properties;
+        MenuItem item;
+    };
+
+    [[nodiscard]] QList<Entry> entriesOf(const Menu& menu);
+    [[nodiscard]] static const Entry* find(int id, const QList<Entry>& entries);
+    [[nodiscard]] const Entry* find(int id) const { return find(id, m_entries); }
+    [[nodiscard]] bool isKnown(int id) const { return id == 0 || find(id); }
+    /// Whether panels have not been told of all entries yet.
+    [[nodiscard]] bool isLayoutStale() const;
+    /// Brings the entries that panels know to what they are now.
+    void updateEntries(const QList<Entry>& entries);
+    /// Tells of other entries than before.
+    void updateLayout(QList<Entry> entries);
+    /// The titles that age are told only when somebody is about to see them.
+    void refreshTitles();
+    void tell(const QList<DBusMenuProperties>& updated);
+    /// Whether the panel has to fetch the layout again.
+    bool prepareToShow();
+    void onClosed();
+    /// Runs what the entry does; false when there is no such entry.
+    bool choose(int id);
+    [[nodiscard]] QVariantMap rootProperties() const;
     void refuse(const QString& message);
+
+    Menu m_menu;
+    QList<Entry> m_entries;
+    /// Those before the last change of the layout.
+    QList<Entry> m_withdrawn;
+    QHash<QString, int> m_ids;
+    uint m_revision = 1;
+    bool m_wasRead = false;
+    std::function<void()> m_shownHandler;
+    QElapsedTimer m_sinceShown;
+    /// Runs while a panel shows the menu, or may.
+    QTimer m_open;
 };
 
 }  // namespace tidemark

@@ -1,10 +1,15 @@
 #include "desktop/DBusStatusItem.h"
 
+#include <QCursor>
 #include <QDBusMessage>
+#include <chrono>
 #include <utility>
 
 namespace tidemark {
 namespace {
+
+/// How soon a panel opens the menu that it shows by itself.
+constexpr auto panelPatience = std::chrono::milliseconds(200);
 
 QString itemPath() {
     return QStringLiteral("/StatusNotifierItem");
@@ -36,6 +41,8 @@ DBusStatusItem::DBusStatusItem(QDBusConnection connection, const QString& servic
     m_connection.registerObject(itemPath(), &m_item, exported);
     requestName(m_connection, service);
     m_registration = std::make_unique<StatusNotifierRegistration>(m_connection, service);
+    m_patience.setSingleShot(true);
+    QObject::connect(&m_patience, &QTimer::timeout, &m_item, [this] { popUpMenu(); });
 }
 
 DBusStatusItem::~DBusStatusItem() {
@@ -43,6 +50,37 @@ DBusStatusItem::~DBusStatusItem() {
     m_connection.unregisterObject(itemPath());
     m_connection.unregisterObject(menuPath());
     QDBusConnection::disconnectFromBus(m_connection.name());
+}
+
+void DBusStatusItem::setMenu(const Menu& menu) {
+    m_item.setItemIsMenu(true);
+    m_item.setAction([this](QPoint) { showMenuUnlessPanelDoes(); });
+    m_menu.setShownHandler([this] { leaveMenuToPanel(); });
+    m_menu.setMenu(menu);
+    if (m_window) {
+        m_window->setMenu(menu);
+    }
+}
+
+void DBusStatusItem::showMenuUnlessPanelDoes() {
+    if (!m_menu.wasShownWithin(panelPatience)) {
+        m_patience.start(panelPatience);
+    }
+}
+
+void DBusStatusItem::leaveMenuToPanel() {
+    m_patience.stop();
+    if (m_window) {
+        m_window->close();
+    }
+}
+
+void DBusStatusItem::popUpMenu() {
+    if (!m_window) {
+        m_window = std::make_unique<MenuWindow>();
+    }
+    // Not the place that the panel handed over: not all of them mean the same by it.
+    m_window->popup(m_menu.menu(), QCursor::pos());
 }
 
 }  // namespace tidemark

@@ -1,12 +1,15 @@
 #pragma once
 
 #include "desktop/DBusMenu.h"
+#include "desktop/MenuWindow.h"
 #include "desktop/StatusItem.h"
 #include "desktop/StatusNotifierItem.h"
 #include "desktop/StatusNotifierRegistration.h"
 
 #include <QDBusConnection>
 #include <QString>
+#include <QTimer>
+#include <memory>
 
 namespace tidemark {
 
@@ -23,12 +26,21 @@ public:
     void setAttributedTitle(const AttributedTitle& title) override { m_item.setAttributedTitle(title); }
     void setToolTip(const QString& toolTip) override { m_item.setToolTip(toolTip); }
     void setAction(Action action) override { m_item.setAction(std::move(action)); }
+    void setMenu(const Menu& menu) override;
 
 private:
+    /// For panels that neither open the menu on a click nor when the item refuses to be activated.
+    void showMenuUnlessPanelDoes();
+    void leaveMenuToPanel();
+    void popUpMenu();
+
     QDBusConnection m_connection;
     DBusMenu m_menu;
     StatusNotifierItem m_item;
     std::unique_ptr<StatusNotifierRegistration> m_registration;
+    /// Made when it is first needed.
+    std::unique_ptr<MenuWindow> m_window;
+    QTimer m_patience;
 };
 
 }  // namespace tidemark

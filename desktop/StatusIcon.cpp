@@ -16,7 +16,7 @@ constexpr std::array iconSizes{16, 22, 24, 32, 44, 48, 64};
 constexpr QColor templateTint(0x84, 0x88, 0x8e);
 
 void drawFitted(QPainter& painter, const StatusImage& image, int size) {
-    const double longest = std::max(image.size.width(), image.size.height());
+    const double longest = std::max(image.size.width(), image.size.height()) - 2 * image.margin;
     if (!image.draw || longest <= 0) {
         return;
     }

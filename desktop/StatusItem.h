@@ -1,5 +1,7 @@
 #pragma once
 
+#include "desktop/Menu.h"
+
 #include <QColor>
 #include <QList>
 #include <QPainter>
@@ -19,6 +21,9 @@ struct StatusImage {
     /// Draws into (0, 0) – (size.width(), size.height()), y growing downwards. Must give the same picture
     /// each time.
     std::function<void(QPainter&)> draw;
+    /// A border in which nothing is drawn, for panels that set images side by side. Those that give every
+    /// image a square of its own have no use for it.
+    double margin = 0;
 };
 
 /// A piece of a title. An invalid colour is the panel's own text colour.
@@ -45,7 +50,11 @@ public:
     virtual void setImage(const StatusImage& image) = 0;
     virtual void setAttributedTitle(const AttributedTitle& title) = 0;
     virtual void setToolTip(const QString& toolTip) = 0;
+    /// What a click does. An item with a menu shows that instead.
     virtual void setAction(Action action) = 0;
+    /// The menu that the item is from now on. Set again, an open menu changes its texts in place; other
+    /// entries than before appear in it when it is opened next.
+    virtual void setMenu(const Menu& menu) = 0;
 };
 
 /// The panel's tray.

@@ -1,5 +1,6 @@
 #include "desktop/StatusNotifierItem.h"
 
+#include <QDBusError>
 #include <QDBusMetaType>
 #include <utility>
 
@@ -97,6 +98,21 @@ IconPixmaps StatusNotifierItem::iconPixmap() {
     return m_pixmaps;
 }
 
+void StatusNotifierItem::Activate(int x, int y) {
+    refuseToActivate();
+    runAction({x, y});
+}
+
+void StatusNotifierItem::SecondaryActivate(int x, int y) {
+    if (!m_itemIsMenu) {
+        runAction({x, y});
+    }
+}
+
+void StatusNotifierItem::ContextMenu(int x, int y) {
+    runAction({x, y});
+}
+
 void StatusNotifierItem::Scroll(int /*delta*/, const QString& /*orientation*/) {}
 
 void StatusNotifierItem::ProvideXdgActivationToken(const QString& token) {
@@ -140,6 +156,13 @@ void StatusNotifierItem::publish() {
         if (m_pixmaps != oldPixmaps) {
             Q_EMIT NewIcon();
         }
+    }
+}
+
+void StatusNotifierItem::refuseToActivate() {
+    // As if there were no such method, which is how menus of the older indicators say it.
+    if (m_itemIsMenu && calledFromDBus()) {
+        sendErrorReply(QDBusError::UnknownMethod, QStringLiteral("This item is a menu."));
     }
 }
 

@@ -5,6 +5,7 @@
 
 #include <QColor>
 #include <QDBusArgument>
+#include <QDBusContext>
 #include <QDBusObjectPath>
 #include <QObject>
 #include <QString>
@@ -25,7 +26,7 @@ const QDBusArgument& operator>>(const QDBusArgument& argument, StatusToolTip& to
 /// The bus object of one panel entry, after the StatusNotifierItem protocol with the label of the Ayatana
 /// indicators. Changes within one turn of the event loop go out together, and only those that a panel would
 /// see.
-class StatusNotifierItem final : public QObject {
+class StatusNotifierItem final : public QObject, protected QDBusContext {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "org.kde.StatusNotifierItem")
     Q_PROPERTY(QString Category READ category CONSTANT)
@@ -39,7 +40,7 @@ class StatusNotifierItem final : public QObject {
     Q_PROPERTY(QString OverlayIconName READ none CONSTANT)
     Q_PROPERTY(QString AttentionIconName READ none CONSTANT)
     Q_PROPERTY(tidemark::StatusToolTip ToolTip READ toolTip)
-    Q_PROPERTY(bool ItemIsMenu READ itemIsMenu CONSTANT)
+    Q_PROPERTY(bool ItemIsMenu READ itemIsMenu)
     Q_PROPERTY(QDBusObjectPath Menu READ menu CONSTANT)
     Q_PROPERTY(QString XAyatanaLabel READ label)
     Q_PROPERTY(QString XAyatanaLabelGuide READ label)
@@ -53,13 +54,16 @@ public:
     void setAttributedTitle(const AttributedTitle& title);
     void setToolTip(const QString& toolTip);
     void setAction(StatusItem::Action action) { m_action = std::move(action); }
+    /// The item is its menu and nothing else. It then refuses to be activated, at which some panels open the
+    /// menu; `action` has to do it for those that do not.
+    void setItemIsMenu(bool isMenu) { m_itemIsMenu = isMenu; }
 
     [[nodiscard]] QString category() const { return QStringLiteral("ApplicationStatus"); }
     [[nodiscard]] QString id() const { return m_id; }
     [[nodiscard]] QString status() const { return QStringLiteral("Active"); }
     [[nodiscard]] int windowId() const { return 0; }
     [[nodiscard]] QString none() const { return {}; }
-    [[nodiscard]] bool itemIsMenu() const { return false; }
+    [[nodiscard]] bool itemIsMenu() const { return m_itemIsMenu; }
     [[nodiscard]] QDBusObjectPath menu() const { return m_menu; }
     [[nodiscard]] uint orderingIndex() const { return 0; }
     [[nodiscard]] QString title();
@@ -68,9 +72,9 @@ public:
     [[nodiscard]] IconPixmaps iconPixmap();
 
 public Q_SLOTS:
-    void Activate(int x, int y) { runAction({x, y}); }
-    void SecondaryActivate(int x, int y) { runAction({x, y}); }
-    void ContextMenu(int x, int y) { runAction({x, y}); }
+    void Activate(int x, int y);
+    void SecondaryActivate(int x, int y);
+    void ContextMenu(int x, int y);
     void Scroll(int delta, const QString& orientation);
     void ProvideXdgActivationToken(const QString& token);
 
@@ -93,6 +97,7 @@ private:
     void scheduleUpdate();
     void publish();
     void runAction(QPoint place);
+    void refuseToActivate();
 
     QString m_applicationName;
     QString m_id;
@@ -102,6 +107,7 @@ private:
     QString m_label;
     QString m_toolTip;
     StatusItem::Action m_action;
+    bool m_itemIsMenu = false;
     Texts m_published;
     IconPixmaps m_pixmaps;
     bool m_isIconStale = true;

@@ -57,6 +57,7 @@ private Q_SLOTS:
     void iconIsOnTheScreen();
     void comesBackWithThePanel();
     void clickArrivesWithItsPlace();
+    void clickOpensTheMenu();
 
 private:
     void startPanel();
@@ -65,6 +66,10 @@ private:
     /// Lets the event loop run until the dot is on the screen, and gives its place.
     [[nodiscard]] static std::optional<QPoint> waitForDot(const QColor& color = dotColor);
     [[nodiscard]] static bool waitUntilGone(const QColor& color = dotColor);
+    /// Clicks on the dot, and has xdotool go on with that, until it is done; gives the place of the last
+    /// click.
+    static std::optional<QPoint> clickUntil(const std::function<bool()>& isDone,
+                                            const QStringList& afterwards = {});
 
     QProcess m_windowManager;
     QProcess m_panel;
@@ -125,6 +130,23 @@ bool PanelTest::waitUntilGone(const QColor& color) {
     return true;
 }
 
+std::optional<QPoint> PanelTest::clickUntil(const std::function<bool()>& isDone,
+                                            const QStringList& afterwards) {
+    const QDeadlineTimer deadline(20000);
+    std::optional<QPoint> dot;
+    // Until the panel has settled the icon may still move; a click that missed it is repeated.
+    while (!isDone() && !deadline.hasExpired()) {
+        dot = waitForDot();
+        if (dot) {
+            const QStringList click{QStringLiteral("mousemove"), QString::number(dot->x()),
+                                    QString::number(dot->y()), QStringLiteral("click"), QStringLiteral("1")};
+            QProcess::execute(QStringLiteral("xdotool"), click + afterwards);
+            QTest::qWait(100);
+        }
+    }
+    return dot;
+}
+
 void PanelTest::iconIsOnTheScreen_data() {
     QTest::addColumn<bool>("panelFirst");
     QTest::newRow("panel first") << true;
@@ -171,21 +193,29 @@ void PanelTest::clickArrivesWithItsPlace() {
     QList<QPoint> clicks;
     m_item->setAction([&clicks](QPoint place) { clicks.append(place); });
     startPanel();
-    const QDeadlineTimer deadline(20000);
-    std::optional<QPoint> dot;
-    // Until the panel has settled the icon may still move; a click that missed it is repeated.
-    while (clicks.isEmpty() && !deadline.hasExpired()) {
-        dot = waitForDot();
-        QVERIFY(dot);
-        QProcess::execute(QStringLiteral("xdotool"),
-                          {QStringLiteral("mousemove"), QString::number(dot->x()), QString::number(dot->y()),
-                           QStringLiteral("click"), QStringLiteral("1")});
-        QTest::qWait(100);
-    }
-    QVERIFY(!clicks.isEmpty());
+    const std::optional<QPoint> dot = clickUntil([&clicks] { return !clicks.isEmpty(); });
+    QVERIFY(dot && !clicks.isEmpty());
     const QPoint distance = clicks.constFirst() - *dot;
     QVERIFY2(distance.manhattanLength() < panelHeight,
              qPrintable(QStringLiteral("%1,%2").arg(distance.x()).arg(distance.y())));
+}
+
+void PanelTest::clickOpensTheMenu() {
+    createItem();
+    int chosen = 0;
+    m_item->setMenu(
+        {{.identifier = QStringLiteral("heading"), .title = QStringLiteral("api_v2")},
+         {.identifier = QStringLiteral("line"), .isSeparator = true},
+         {.identifier = QStringLiteral("refresh"),
+          .title = QStringLiteral("Refresh Now"),
+          .action = [&chosen] { ++chosen; }},
+         {.identifier = QStringLiteral("quit"), .title = QStringLiteral("Quit"), .action = [] {}}});
+    startPanel();
+    // The first entry that can be chosen.
+    const QStringList keys{QStringLiteral("sleep"), QStringLiteral("0.3"), QStringLiteral("key"),
+                           QStringLiteral("Home"), QStringLiteral("Return")};
+    QVERIFY(clickUntil([&chosen] { return chosen > 0; }, keys));
+    QCOMPARE(chosen, 1);
 }
 
 }  // namespace

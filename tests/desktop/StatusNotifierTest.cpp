@@ -1,4 +1,5 @@
 #include "FakeStatusNotifierWatcher.h"
+#include "StatusNotifierHost.h"
 #include "desktop/DBusStatusBar.h"
 #include "desktop/DBusStatusItem.h"
 #include "desktop/StatusNotifierRegistration.h"
@@ -15,9 +16,6 @@
 namespace tidemark {
 namespace {
 
-const QString itemInterface = QStringLiteral("org.kde.StatusNotifierItem");
-const QString propertiesInterface = QStringLiteral("org.freedesktop.DBus.Properties");
-
 StatusImage square(const QColor& color) {
     return {QSizeF(16, 16), false, [color](QPainter& painter) { painter.fillRect(0, 0, 16, 16, color); }};
 }
@@ -29,53 +27,6 @@ AttributedTitle title(const QColor& dot, const QString& summary) {
     }
     return runs;
 }
-
-/// What a panel sees of one item, over a connection of its own.
-class Host final : public QObject {
-    Q_OBJECT
-
-public:
-    explicit Host(QString service)
-        : m_bus(QDBusConnection::connectToBus(QDBusConnection::SessionBus, QStringLiteral("host"))),
-          m_service(std::move(service)) {
-        m_bus.connect(m_service, QStringLiteral("/StatusNotifierItem"), itemInterface, {}, this,
-                      SLOT(note(QDBusMessage)));
-    }
-    ~Host() override { QDBusConnection::disconnectFromBus(m_bus.name()); }
-
-    [[nodiscard]] QDBusMessage call(const QString& path, const QString& interface, const QString& method,
-                                    const QVariantList& arguments = {}) const {
-        QDBusMessage message = QDBusMessage::createMethodCall(m_service, path, interface, method);
-        message.setArguments(arguments);
-        return m_bus.call(message, QDBus::BlockWithGui);
-    }
-    [[nodiscard]] QDBusMessage callItem(const QString& method, const QVariantList& arguments = {}) const {
-        return call(QStringLiteral("/StatusNotifierItem"), itemInterface, method, arguments);
-    }
-    [[nodiscard]] QVariant property(const QString& name) const {
-        const QDBusMessage reply = call(QStringLiteral("/StatusNotifierItem"), propertiesInterface,
-                                        QStringLiteral("Get"), {itemInterface, name});
-        return reply.arguments().value(0).value<QDBusVariant>().variant();
-    }
-    [[nodiscard]] QString toolTipTitle() const {
-        return qdbus_cast<StatusToolTip>(property(QStringLiteral("ToolTip"))).title;
-    }
-    /// Signals since the last time, in order, after everything in flight has arrived.
-    QStringList takeSignals() {
-        QCoreApplication::processEvents();
-        static_cast<void>(property(QStringLiteral("Id")));
-        QCoreApplication::processEvents();
-        return std::exchange(m_signals, {});
-    }
-
-private Q_SLOTS:
-    void note(const QDBusMessage& signal) { m_signals.append(signal.member()); }
-
-private:
-    QDBusConnection m_bus;
-    QString m_service;
-    QStringList m_signals;
-};
 
 class StatusNotifierTest final : public QObject {
     Q_OBJECT
@@ -94,7 +45,6 @@ private Q_SLOTS:
     void everyClickRunsTheAction_data();
     void everyClickRunsTheAction();
     void actionMayDropTheItem();
-    void emptyMenuIsThere();
     void droppedItemLeavesTheBus();
     void survivesTheEndOfTheBus();
 
@@ -199,9 +149,8 @@ void StatusNotifierTest::asksAgainAWatcherThatDidNotTakeIt() {
 void StatusNotifierTest::answersWhatPanelsRead() {
     createItem(QStringLiteral("tidemark-prj_1"));
     m_item->setImage(square(Qt::blue));
-    const Host host(m_service);
-    const QDBusMessage reply = host.call(QStringLiteral("/StatusNotifierItem"), propertiesInterface,
-                                         QStringLiteral("GetAll"), {itemInterface});
+    const StatusNotifierHost host(m_service);
+    const QDBusMessage reply = host.allProperties();
     const auto all = qdbus_cast<QVariantMap>(reply.arguments().constFirst());
     const auto text = [&all](const char* name) { return all.value(QLatin1String(name)).toString(); };
     QCOMPARE(text("Category"), QStringLiteral("ApplicationStatus"));
@@ -251,7 +200,7 @@ void StatusNotifierTest::textsComeFromTitleAndToolTip() {
     createItem();
     m_item->setAttributedTitle(runs);
     m_item->setToolTip(toolTip);
-    const Host host(m_service);
+    const StatusNotifierHost host(m_service);
     QTEST(host.property(QStringLiteral("Title")).toString(), "expectedTitle");
     QTEST(host.toolTipTitle(), "expectedTitle");
     QTEST(host.property(QStringLiteral("XAyatanaLabel")).toString(), "expectedLabel");
@@ -259,7 +208,7 @@ void StatusNotifierTest::textsComeFromTitleAndToolTip() {
 
 void StatusNotifierTest::signalsOnlyWhatAPanelWouldSee() {
     createItem();
-    Host host(m_service);
+    StatusNotifierHost host(m_service);
     m_item->setImage(square(Qt::blue));
     m_item->setAttributedTitle(title(Qt::green, QStringLiteral("3 live")));
     QCOMPARE(host.takeSignals(), QStringList());  // nobody has read anything yet
@@ -302,7 +251,7 @@ void StatusNotifierTest::everyClickRunsTheAction() {
     QFETCH(QString, method);
     QFETCH(QPoint, place);
     createItem();
-    const Host host(m_service);
+    const StatusNotifierHost host(m_service);
     QCOMPARE(host.callItem(method, {1, 2}).type(), QDBusMessage::ReplyMessage);  // without an action
     QList<QPoint> places;
     m_item->setAction([&places](QPoint point) { places.append(point); });
@@ -314,7 +263,7 @@ void StatusNotifierTest::everyClickRunsTheAction() {
 
 void StatusNotifierTest::actionMayDropTheItem() {
     createItem();
-    const Host host(m_service);
+    const StatusNotifierHost host(m_service);
     const auto marker = std::make_shared<int>(0);
     m_item->setAction([this, marker](QPoint) {
         m_item.reset();
@@ -323,24 +272,6 @@ void StatusNotifierTest::actionMayDropTheItem() {
     QCOMPARE(host.callItem(QStringLiteral("Activate"), {1, 1}).type(), QDBusMessage::ReplyMessage);
     QTRY_COMPARE(*marker, 1);
     QVERIFY(!m_item);
-}
-
-void StatusNotifierTest::emptyMenuIsThere() {
-    createItem();
-    const Host host(m_service);
-    const auto call = [&host](const char* method, const QVariantList& arguments) {
-        return host.call(QStringLiteral("/MenuBar"), QStringLiteral("com.canonical.dbusmenu"),
-                         QLatin1String(method), arguments);
-    };
-    const QDBusMessage layout = call("GetLayout", {0, -1, QStringList()});
-    QCOMPARE(layout.signature(), QStringLiteral("u(ia{sv}av)"));
-    QVERIFY(qdbus_cast<DBusMenuLayout>(layout.arguments().at(1)).children.isEmpty());
-    QCOMPARE(call("GetLayout", {7, -1, QStringList()}).type(), QDBusMessage::ErrorMessage);
-    QCOMPARE(call("GetGroupProperties", {QVariant::fromValue(QList<int>{0}), QStringList()}).signature(),
-             QStringLiteral("a(ia{sv})"));
-    QCOMPARE(call("AboutToShow", {0}).arguments(), QVariantList{false});
-    QCOMPARE(call("AboutToShowGroup", {QVariant::fromValue(QList<int>{0, 7})}).signature(),
-             QStringLiteral("aiai"));
 }
 
 void StatusNotifierTest::droppedItemLeavesTheBus() {

@@ -14,7 +14,9 @@ public:
         AttributedTitle title;
         QString toolTip;
         StatusItem::Action action;
+        Menu menu;
         int titleCount = 0;
+        int imageCount = 0;
     };
 
     /// Whether there is a panel to ask; without one no item can be made.
@@ -36,13 +38,17 @@ private:
         Item& operator=(const Item&) = delete;
         ~Item() override { m_bar.items.remove(m_id); }
 
-        void setImage(const StatusImage& image) override { shown().image = image; }
+        void setImage(const StatusImage& image) override {
+            shown().image = image;
+            ++shown().imageCount;
+        }
         void setAttributedTitle(const AttributedTitle& title) override {
             shown().title = title;
             ++shown().titleCount;
         }
         void setToolTip(const QString& toolTip) override { shown().toolTip = toolTip; }
         void setAction(Action action) override { shown().action = std::move(action); }
+        void setMenu(const Menu& menu) override { shown().menu = menu; }
 
     private:
         Shown& shown() { return m_bar.items[m_id]; }

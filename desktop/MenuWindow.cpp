@@ -1,0 +1,449 @@
+#include "desktop/MenuWindow.h"
+
+#include <QFontMetrics>
+#include <QGuiApplication>
+#include <QKeyEvent>
+#include <QMargins>
+#include <QMetaObject>
+#include <QMouseEvent>
+#include <QPalette>
+#include <QPolygonF>
+#include <QScreen>
+#include <QStyleHints>
+#include <QTimerEvent>
+#include <QWheelEvent>
+#include <algorithm>
+
+namespace tidemark {
+namespace {
+
+/// Between the window's edge and the rows.
+constexpr int menuPadding = 5;
+/// Between a row's edge and its text.
+constexpr QMargins rowPadding(12, 5, 12, 5);
+constexpr int rowRadius = 5;
+constexpr int separatorHeight = 9;
+constexpr int shortcutGap = 32;
+/// In average letters: room for a commit line, not for every error message.
+constexpr int longestTitle = 64;
+constexpr int narrowestTitle = 16;
+constexpr int stripHeight = 16;
+constexpr qreal arrowSize = 3;
+/// How much of the text's colour is in each.
+constexpr float disabledShare = 0.55F;
+constexpr float borderShare = 0.25F;
+constexpr float lineShare = 0.15F;
+/// In milliseconds.
+constexpr int grabInterval = 50;
+constexpr int scrollInterval = 40;
+
+QFont fontOf(const MenuItem& item) {
+    QFont font = QGuiApplication::font();
+    font.setBold(item.isHeading);
+    return font;
+}
+
+QString shortcutOf(const MenuItem& item) {
+    return item.keyEquivalent.isNull() ? QString()
+                                       : QStringLiteral("Ctrl+%1").arg(item.keyEquivalent.toUpper());
+}
+
+QColor mixed(const QColor& front, const QColor& back, float share) {
+    const auto mix = [share](float a, float b) { return (a * share) + (b * (1 - share)); };
+    return QColor::fromRgbF(mix(front.redF(), back.redF()), mix(front.greenF(), back.greenF()),
+                            mix(front.blueF(), back.blueF()));
+}
+
+/// The menu's text, fainter. Palettes of other toolkits often have no disabled colours.
+QColor textColor(float share) {
+    const QPalette palette = QGuiApplication::palette();
+    return mixed(palette.color(QPalette::WindowText), palette.color(QPalette::Window), share);
+}
+
+int widthOf(const MenuItem& item, const QString& title) {
+    const QFontMetrics metrics(fontOf(item));
+    const QString shortcut = shortcutOf(item);
+    const int average = metrics.averageCharWidth();
+    return std::clamp(metrics.size(Qt::TextSingleLine, title).width(), narrowestTitle * average,
+                      longestTitle * average) +
+           (shortcut.isEmpty() ? 0 : shortcutGap + metrics.horizontalAdvance(shortcut)) + rowPadding.left() +
+           rowPadding.right();
+}
+
+}  // namespace
+
+MenuWindow::MenuWindow() {
+    setFlags(Qt::Popup | Qt::FramelessWindowHint);
+}
+
+void MenuWindow::popup(const Menu& menu, QPoint place) {
+    m_isOpen = false;
+    hide();
+    m_rows = rowsOf(menu);
+    QScreen* const screen = QGuiApplication::screenAt(place);
+    setScreen(screen ? screen : QGuiApplication::primaryScreen());
+    if (m_rows.isEmpty()) {
+        return;
+    }
+    m_current = -1;
+    m_offset = 0;
+    m_corner = place;
+    m_click = Click::opening;
+    m_pointer = place;
+    m_isShifted = false;
+    layOut();
+    m_isOpen = true;
+    show();
+    grab();
+}
+
+void MenuWindow::setMenu(const Menu& menu) {
+    if (!m_isOpen) {
+        return;
+    }
+    const QString pointed = identifierOf(rowAt(mapFromGlobal(m_pointer)));
+    const QString current = identifierOf(m_current);
+    m_rows = rowsOf(menu);
+    if (m_rows.isEmpty()) {
+        close();
+        return;
+    }
+    const int index = indexOf(current);
+    m_current = canChoose(index) ? index : -1;
+    layOut();
+    if (identifierOf(rowAt(mapFromGlobal(m_pointer))) != pointed) {
+        m_isShifted = true;
+        m_click = Click::spent;
+    }
+    update();
+}
+
+/// Separators that separate nothing are left out.
+QList<MenuWindow::Row> MenuWindow::rowsOf(const Menu& menu) {
+    QList<Row> rows;
+    for (const MenuItem& item : menu) {
+        if (!item.isSeparator || (!rows.isEmpty() && !rows.constLast().item.isSeparator)) {
+            rows.append({.item = item, .title = item.isSeparator ? QString() : item.titleNow()});
+        }
+    }
+    if (!rows.isEmpty() && rows.constLast().item.isSeparator) {
+        rows.removeLast();
+    }
+    return rows;
+}
+
+int MenuWindow::indexOf(const QString& identifier) const {
+    const auto found = std::find_if(m_rows.cbegin(), m_rows.cend(), [&identifier](const Row& row) {
+        return row.item.identifier == identifier;
+    });
+    return found == m_rows.cend() ? -1 : static_cast<int>(found - m_rows.cbegin());
+}
+
+bool MenuWindow::canChoose(int index) const {
+    return index >= 0 && index < m_rows.size() && !m_rows.at(index).item.isSeparator &&
+           m_rows.at(index).item.isEnabled();
+}
+
+int MenuWindow::rowAt(QPoint place) const {
+    if (!QRect(QPoint(), size()).contains(place) || stripAbove().contains(place) ||
+        stripBelow().contains(place)) {
+        return -1;
+    }
+    const int y = place.y() + m_offset;
+    const auto found = std::find_if(m_rows.cbegin(), m_rows.cend(),
+                                    [y](const Row& row) { return y >= row.top && y < row.top + row.height; });
+    return found == m_rows.cend() ? -1 : static_cast<int>(found - m_rows.cbegin());
+}
+
+int MenuWindow::choosableAt(QPoint place) const {
+    const int index = rowAt(place);
+    return canChoose(index) ? index : -1;
+}
+
+QString MenuWindow::identifierOf(int index) const {
+    return index < 0 ? QString() : m_rows.at(index).item.identifier;
+}
+
+QRect MenuWindow::stripAbove() const {
+    return m_offset > 0 ? QRect(0, 0, width(), stripHeight) : QRect();
+}
+
+QRect MenuWindow::stripBelow() const {
+    return m_offset + height() < m_contentHeight ? QRect(0, height() - stripHeight, width(), stripHeight)
+                                                 : QRect();
+}
+
+void MenuWindow::layOut() {
+    int y = menuPadding;
+    int widest = 0;
+    for (Row& row : m_rows) {
+        row.top = y;
+        row.height = row.item.isSeparator
+                         ? separatorHeight
+                         : QFontMetrics(fontOf(row.item)).height() + rowPadding.top() + rowPadding.bottom();
+        y += row.height;
+        widest = std::max(widest, widthOf(row.item, row.title));
+    }
+    m_contentHeight = y + menuPadding;
+    widest += 2 * menuPadding;
+    place(QSize(m_isOpen ? std::max(widest, width()) : widest, m_contentHeight));
+    scrollTo(m_offset);
+}
+
+/// An open menu keeps its direction: it may be pushed by the screen's edge, but does not jump.
+void MenuWindow::place(QSize size) {
+    const QRect available = screen()->availableGeometry();
+    size = size.boundedTo(available.size());
+    const int below = available.y() + available.height() - m_corner.y();
+    const int above = m_corner.y() - available.y();
+    if (!m_isOpen) {
+        m_opensUpward = size.height() > below && above > below;
+    }
+    const QPoint wanted(m_corner.x(), m_opensUpward ? m_corner.y() - size.height() : m_corner.y());
+    const QPoint last(available.x() + available.width() - size.width(),
+                      available.y() + available.height() - size.height());
+    setGeometry(QRect(QPoint(std::clamp(wanted.x(), available.x(), last.x()),
+                             std::clamp(wanted.y(), available.y(), last.y())),
+                      size));
+}
+
+/// Only X11 lets a window take both, and not as long as the panel still holds the pointer for its own click.
+void MenuWindow::grab() {
+    if (QGuiApplication::platformName() != QStringLiteral("xcb") ||
+        (setMouseGrabEnabled(true) && setKeyboardGrabEnabled(true))) {
+        m_grabTimer.stop();
+    } else {
+        m_grabTimer.start(grabInterval, Qt::CoarseTimer, this);
+    }
+}
+
+bool MenuWindow::event(QEvent* event) {
+    const bool isPainting = event->type() == QEvent::UpdateRequest || event->type() == QEvent::Paint;
+    if (isPainting && !m_isOpen) {
+        // Asked for before it closed: there is nothing to draw on any more.
+        return true;
+    }
+    if (event->type() == QEvent::Leave) {
+        highlight(-1);
+    }
+    return QRasterWindow::event(event);
+}
+
+void MenuWindow::mousePressEvent(QMouseEvent* event) {
+    const QPoint place = event->position().toPoint();
+    if (!QRect(QPoint(), size()).contains(place)) {
+        close();
+        return;
+    }
+    m_click = m_isShifted ? Click::spent : Click::armed;
+    m_isShifted = false;
+    m_pointer = event->globalPosition().toPoint();
+    highlight(choosableAt(place));
+}
+
+void MenuWindow::mouseMoveEvent(QMouseEvent* event) {
+    const QPoint pointer = event->globalPosition().toPoint();
+    // A window that opens or moves under a resting pointer gets such an event too.
+    if (pointer == m_pointer) {
+        return;
+    }
+    m_pointer = pointer;
+    m_isShifted = false;
+    if (m_click == Click::opening && event->buttons() != Qt::NoButton &&
+        (pointer - m_corner).manhattanLength() >= QGuiApplication::styleHints()->startDragDistance()) {
+        m_click = Click::armed;
+    }
+    const QPoint place = event->position().toPoint();
+    highlight(choosableAt(place));
+    if (stripAbove().contains(place) || stripBelow().contains(place)) {
+        m_scrollTimer.start(scrollInterval, Qt::CoarseTimer, this);
+    } else {
+        m_scrollTimer.stop();
+    }
+}
+
+void MenuWindow::mouseReleaseEvent(QMouseEvent* event) {
+    if (m_click == Click::armed) {
+        choose(choosableAt(event->position().toPoint()));
+    }
+    m_click = Click::spent;
+}
+
+void MenuWindow::wheelEvent(QWheelEvent* event) {
+    constexpr int notch = 120;
+    scrollTo(m_offset -
+             (event->angleDelta().y() * 3 * QFontMetrics(QGuiApplication::font()).height() / notch));
+    highlight(choosableAt(event->position().toPoint()));
+}
+
+void MenuWindow::keyPressEvent(QKeyEvent* event) {
+    const int count = static_cast<int>(m_rows.size());
+    switch (event->key()) {
+        case Qt::Key_Escape:
+            close();
+            return;
+        case Qt::Key_Up:
+            step(m_current < 0 ? count : m_current, -1);
+            return;
+        case Qt::Key_Down:
+            step(m_current, 1);
+            return;
+        case Qt::Key_Home:
+            step(-1, 1);
+            return;
+        case Qt::Key_End:
+            step(count, -1);
+            return;
+        case Qt::Key_Return:
+        case Qt::Key_Enter:
+        case Qt::Key_Space:
+            choose(m_current);
+            return;
+        default:
+            break;
+    }
+    if (event->modifiers() != Qt::ControlModifier) {
+        return;
+    }
+    for (int index = 0; index < count; ++index) {
+        const QChar letter = m_rows.at(index).item.keyEquivalent.toUpper();
+        if (!letter.isNull() && letter.unicode() == event->key() && canChoose(index)) {
+            choose(index);
+            return;
+        }
+    }
+}
+
+void MenuWindow::focusOutEvent(QFocusEvent* /*event*/) {
+    close();
+}
+
+void MenuWindow::hideEvent(QHideEvent* /*event*/) {
+    m_grabTimer.stop();
+    m_scrollTimer.stop();
+    if (m_isOpen) {
+        m_isOpen = false;
+        m_rows.clear();
+        m_current = -1;
+        Q_EMIT closed();
+    }
+}
+
+void MenuWindow::timerEvent(QTimerEvent* event) {
+    if (event->timerId() == m_grabTimer.timerId()) {
+        grab();
+    } else if (event->timerId() == m_scrollTimer.timerId()) {
+        const QPoint place = mapFromGlobal(m_pointer);
+        if (stripAbove().contains(place)) {
+            scrollTo(m_offset - (2 * stripHeight));
+        } else if (stripBelow().contains(place)) {
+            scrollTo(m_offset + (2 * stripHeight));
+        } else {
+            m_scrollTimer.stop();
+        }
+    } else {
+        QRasterWindow::timerEvent(event);
+    }
+}
+
+void MenuWindow::highlight(int index) {
+    if (index != m_current) {
+        m_current = index;
+        update();
+    }
+}
+
+/// Highlights the next entry that can be chosen, going round at the ends.
+void MenuWindow::step(int from, int direction) {
+    const int count = static_cast<int>(m_rows.size());
+    int index = from;
+    for (int tried = 0; tried < count; ++tried) {
+        index = (index + direction + count) % count;
+        if (canChoose(index)) {
+            highlight(index);
+            scrollIntoView(index);
+            return;
+        }
+    }
+}
+
+void MenuWindow::scrollTo(int offset) {
+    m_offset = std::clamp(offset, 0, std::max(0, m_contentHeight - height()));
+    update();
+}
+
+void MenuWindow::scrollIntoView(int index) {
+    const Row& row = m_rows.at(index);
+    const int highest = row.top - stripHeight;
+    const int lowest = row.top + row.height + stripHeight - height();
+    scrollTo(std::max(std::min(m_offset, highest), lowest));
+}
+
+void MenuWindow::choose(int index) {
+    if (!canChoose(index)) {
+        return;
+    }
+    // Before the window closes, which takes the rows with it.
+    QMetaObject::invokeMethod(this, m_rows.at(index).item.action, Qt::QueuedConnection);
+    close();
+}
+
+void MenuWindow::paintEvent(QPaintEvent* /*event*/) {
+    QPainter painter(this);
+    const QRect window(QPoint(), size());
+    painter.fillRect(window, QGuiApplication::palette().color(QPalette::Window));
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.translate(0, -m_offset);
+    for (int index = 0; index < m_rows.size(); ++index) {
+        paintRow(painter, m_rows.at(index), index == m_current);
+    }
+    painter.resetTransform();
+    paintStrip(painter, stripAbove(), true);
+    paintStrip(painter, stripBelow(), false);
+    painter.setPen(QPen(textColor(borderShare), 1));
+    painter.setBrush(Qt::NoBrush);
+    painter.drawRect(QRectF(window).adjusted(0.5, 0.5, -0.5, -0.5));
+}
+
+void MenuWindow::paintRow(QPainter& painter, const Row& row, bool isHighlighted) const {
+    const QRect area(menuPadding, row.top, width() - (2 * menuPadding), row.height);
+    const QRect text = area.marginsRemoved(rowPadding);
+    if (row.item.isSeparator) {
+        painter.fillRect(QRect(text.x(), area.center().y(), text.width(), 1), textColor(lineShare));
+        return;
+    }
+    const QPalette palette = QGuiApplication::palette();
+    if (isHighlighted) {
+        painter.setPen(Qt::NoPen);
+        painter.setBrush(palette.color(QPalette::Highlight));
+        painter.drawRoundedRect(area, rowRadius, rowRadius);
+    }
+    const QFont font = fontOf(row.item);
+    const QFontMetrics metrics(font);
+    painter.setFont(font);
+    const QString shortcut = shortcutOf(row.item);
+    const int room =
+        text.width() - (shortcut.isEmpty() ? 0 : shortcutGap + metrics.horizontalAdvance(shortcut));
+    constexpr int flags = Qt::AlignVCenter | Qt::TextSingleLine;
+    const QColor normal = isHighlighted ? palette.color(QPalette::HighlightedText) : textColor(1);
+    painter.setPen(row.item.isEnabled() || row.item.isHeading ? normal : textColor(disabledShare));
+    painter.drawText(text, flags | Qt::AlignLeft,
+                     metrics.elidedText(row.title, Qt::ElideRight, room, Qt::TextSingleLine));
+    painter.setPen(isHighlighted ? normal : textColor(disabledShare));
+    painter.drawText(text, flags | Qt::AlignRight, shortcut);
+}
+
+void MenuWindow::paintStrip(QPainter& painter, const QRect& strip, bool pointsUp) const {
+    if (strip.isEmpty()) {
+        return;
+    }
+    painter.fillRect(strip, QGuiApplication::palette().color(QPalette::Window));
+    const QPointF middle = QRectF(strip).center();
+    const qreal tip = pointsUp ? -arrowSize : arrowSize;
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(textColor(disabledShare));
+    painter.drawPolygon(QPolygonF{middle + QPointF(-2 * arrowSize, -tip),
+                                  middle + QPointF(2 * arrowSize, -tip), middle + QPointF(0, tip)});
+}
+
+}  // namespace tidemark

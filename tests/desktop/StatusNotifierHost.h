@@ -1,0 +1,73 @@
+#pragma once
+
+#include "desktop/StatusNotifierItem.h"
+
+#include <QCoreApplication>
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QDBusVariant>
+#include <QStringList>
+#include <utility>
+
+namespace tidemark {
+
+/// What a panel sees of one item and its menu, over a bus connection of its own.
+class StatusNotifierHost final : public QObject {
+    Q_OBJECT
+
+public:
+    explicit StatusNotifierHost(QString service)
+        : m_bus(QDBusConnection::connectToBus(QDBusConnection::SessionBus, QStringLiteral("host"))),
+          m_service(std::move(service)) {
+        for (const QString& interface : {itemInterface, menuInterface}) {
+            m_bus.connect(m_service, {}, interface, {}, this, SLOT(note(QDBusMessage)));
+        }
+    }
+    ~StatusNotifierHost() override { QDBusConnection::disconnectFromBus(m_bus.name()); }
+
+    [[nodiscard]] QDBusMessage callItem(const QString& method, const QVariantList& arguments = {}) const {
+        return call(itemPath, itemInterface, method, arguments);
+    }
+    [[nodiscard]] QDBusMessage callMenu(const QString& method, const QVariantList& arguments = {}) const {
+        return call(QStringLiteral("/MenuBar"), menuInterface, method, arguments);
+    }
+    [[nodiscard]] QDBusMessage allProperties() const {
+        return call(itemPath, propertiesInterface, QStringLiteral("GetAll"), {itemInterface});
+    }
+    [[nodiscard]] QVariant property(const QString& name) const {
+        const QDBusMessage reply =
+            call(itemPath, propertiesInterface, QStringLiteral("Get"), {itemInterface, name});
+        return reply.arguments().value(0).value<QDBusVariant>().variant();
+    }
+    [[nodiscard]] QString toolTipTitle() const {
+        return qdbus_cast<StatusToolTip>(property(QStringLiteral("ToolTip"))).title;
+    }
+    /// Signals since the last time, in order, after everything in flight has arrived.
+    QStringList takeSignals() {
+        QCoreApplication::processEvents();
+        static_cast<void>(property(QStringLiteral("Id")));
+        QCoreApplication::processEvents();
+        return std::exchange(m_signals, {});
+    }
+
+private Q_SLOTS:
+    void note(const QDBusMessage& signal) { m_signals.append(signal.member()); }
+
+private:
+    [[nodiscard]] QDBusMessage call(const QString& path, const QString& interface, const QString& method,
+                                    const QVariantList& arguments) const {
+        QDBusMessage message = QDBusMessage::createMethodCall(m_service, path, interface, method);
+        message.setArguments(arguments);
+        return m_bus.call(message, QDBus::BlockWithGui);
+    }
+
+    const QString itemPath = QStringLiteral("/StatusNotifierItem");
+    const QString itemInterface = QStringLiteral("org.kde.StatusNotifierItem");
+    const QString menuInterface = QStringLiteral("com.canonical.dbusmenu");
+    const QString propertiesInterface = QStringLiteral("org.freedesktop.DBus.Properties");
+    QDBusConnection m_bus;
+    QString m_service;
+    QStringList m_signals;
+};
+
+}  // namespace tidemark
