@@ -2,6 +2,7 @@
 
 #include <QCoroFuture>
 #include <QtConcurrentRun>
+#include <algorithm>
 
 namespace tidemark {
 
@@ -18,6 +19,7 @@ AppDelegate::~AppDelegate() {
 
 void AppDelegate::applicationDidFinishLaunching() {
     setupMainStatusItem();
+    setupRedeployHandler();
     startStatusPolling();
     m_tasks.start([this](std::stop_token) { return finishLaunching(); });
 }
@@ -30,11 +32,13 @@ QCoro::Task<> AppDelegate::finishLaunching() {
         co_return;
     if (config && config->hasToken())
         apply(*config);
+    observeIndividualIds();
 }
 
 void AppDelegate::apply(const AppConfiguration& configuration) {
     m_appState.setConfig(configuration);
     applyLaunchAtLogin(configuration.launchAtLogin);
+    m_services.notifications.setSoundEnabled(configuration.soundEnabled);
     m_tasks.start([this](std::stop_token) { return loadProjects(); });
 }
 
@@ -51,6 +55,10 @@ QCoro::Task<> AppDelegate::storeAndRestart(AppConfiguration configuration) {
         apply(configuration);
 }
 
+void AppDelegate::openPreferences() {
+    m_services.workspace.openFile(m_services.configPath);
+}
+
 void AppDelegate::applyLaunchAtLogin(bool enabled) {
     const bool isRegistered = m_services.loginItem.status() == LoginItem::Status::enabled;
     if (enabled == isRegistered)
@@ -61,6 +69,17 @@ void AppDelegate::applyLaunchAtLogin(bool enabled) {
 
 VercelAPIClient AppDelegate::clientFor(const VercelAccount& account) const {
     return {m_services.http, m_services.endpoints.vercelApi, account.apiToken, account.teamId};
+}
+
+std::optional<VercelAPIClient> AppDelegate::clientForProject(const QString& projectId) const {
+    const auto project = m_appState.project(projectId);
+    const auto& config = m_appState.config();
+    if (!project || !config)
+        return std::nullopt;
+    const auto owner = std::ranges::find(config->accounts, project->accountId, &VercelAccount::id);
+    if (owner == config->accounts.cend() || owner->apiToken.isEmpty())
+        return std::nullopt;
+    return clientFor(*owner);
 }
 
 }  // namespace tidemark

@@ -3,15 +3,18 @@
 #include <QCoroTask>
 #include <QList>
 #include <QObject>
+#include <QPointer>
 #include <QString>
 #include <QThreadPool>
 #include <chrono>
+#include <map>
 #include <memory>
 #include <optional>
 #include <stop_token>
 #include <utility>
 
 #include "app/Endpoints.h"
+#include "app/ProjectStatusItem.h"
 #include "config/ConfigStore.h"
 #include "desktop/Clock.h"
 #include "desktop/HttpClient.h"
@@ -19,6 +22,8 @@
 #include "desktop/StatusItem.h"
 #include "desktop/TaskScope.h"
 #include "desktop/UserDefaults.h"
+#include "desktop/Workspace.h"
+#include "notify/NotificationManager.h"
 #include "state/AppState.h"
 #include "vercel/VercelAPIClient.h"
 
@@ -56,6 +61,8 @@ public:
         QThreadPool& keychainWorker;
         LoginItem& loginItem;
         StatusBar& statusBar;
+        NotificationManager& notifications;
+        Workspace& workspace;
         Endpoints endpoints;
         /// Where the configuration file is.
         QString configPath;
@@ -73,6 +80,9 @@ public:
     /// stored is used all the same until the program ends.
     void saveConfiguration(const AppConfiguration& configuration);
 
+    /// Lets the user edit the configuration: opens its file.
+    void openPreferences();
+
     /// Brings the login item in line; errors are dropped.
     void applyLaunchAtLogin(bool enabled);
 
@@ -88,6 +98,13 @@ public:
     [[nodiscard]] QCoro::Task<PollOutcome> fetchAndUpdate(QString projectId, VercelAPIClient client,
                                                           bool productionOnly);
 
+    /// Redeploys the newest deployment that is known of a project and, when the new one can be listed, polls
+    /// the project once. Does nothing without such a deployment or without an account with a token.
+    [[nodiscard]] QCoro::Task<> redeployProject(QString projectId);
+
+    /// Brings the panel entries in line with the pinned projects.
+    void syncIndividualItems();
+
     /// Starts the loop that watches the platform's own status.
     void startStatusPolling();
 
@@ -101,6 +118,15 @@ public:
 private:
     void setupMainStatusItem();
     void updateMainButton();
+    void setupRedeployHandler();
+    /// Ends when the redeploy has ended, or the delegate.
+    [[nodiscard]] static QCoro::Task<> redeployAndWait(QPointer<AppDelegate> delegate, QString projectId);
+
+    void observeIndividualIds();
+    [[nodiscard]] std::unique_ptr<ProjectStatusItem> makeIndividualItem(const VercelProject& project);
+    [[nodiscard]] ProjectStatusItem* individualItem(const QString& projectId) const;
+    void refresh(const QString& projectId);
+    [[nodiscard]] QCoro::Task<> refreshOnce(QString projectId, VercelAPIClient client);
 
     [[nodiscard]] QCoro::Task<> finishLaunching();
     /// Works with the configuration from now on.
@@ -109,15 +135,20 @@ private:
     [[nodiscard]] QCoro::Task<> runPollingLoop(std::stop_token stop);
     [[nodiscard]] QCoro::Task<> runStatusLoop(std::stop_token stop);
     void recordDeployments(const QString& projectId, const QList<Deployment>& deployments);
+    void recordError(const QString& projectId, const QString& error);
     [[nodiscard]] QCoro::Task<> lookUpProductionDomain(QString projectId, VercelAPIClient client);
 
     [[nodiscard]] VercelAPIClient clientFor(const VercelAccount& account) const;
+    /// The client of the account that owns a project; nothing without a known project, an owner or a token.
+    [[nodiscard]] std::optional<VercelAPIClient> clientForProject(const QString& projectId) const;
     [[nodiscard]] bool isQuitting() const { return m_quit.stop_requested(); }
 
     Services m_services;
     ConfigStore m_configStore;
     AppState m_appState;
     std::unique_ptr<StatusItem> m_mainStatusItem;
+    /// The panel entries of the pinned projects, by project id.
+    std::map<QString, std::unique_ptr<ProjectStatusItem>> m_individualItems;
     TaskHandle m_pollingTask;
     TaskHandle m_statusTask;
     /// Ends requests under way; replacing a loop does not, it lets the loop finish the project it is at.

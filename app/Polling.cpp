@@ -35,6 +35,7 @@ QCoro::Task<> AppDelegate::loadProjects() {
         m_appState.integrateProjects(*projects, account.id);
     }
     m_appState.setIsLoadingProjects(false);
+    syncIndividualItems();
     startPolling();
     updateMainButton();
 }
@@ -106,9 +107,8 @@ QCoro::Task<PollOutcome> AppDelegate::fetchAndUpdate(QString projectId, VercelAP
         co_return PollOutcome::finished;
     if (!deployments) {
         const bool isLimited = isRateLimited(deployments.error());
-        m_appState.setError(projectId,
-                            isLimited ? u"Rate limited — backing off"_s : description(deployments.error()));
-        updateMainButton();
+        recordError(projectId,
+                    isLimited ? u"Rate limited — backing off"_s : description(deployments.error()));
         co_return isLimited ? PollOutcome::rateLimited : PollOutcome::finished;
     }
     m_appState.setLastCheckedAt(projectId, m_services.clock.now());
@@ -126,10 +126,21 @@ QCoro::Task<PollOutcome> AppDelegate::fetchAndUpdate(QString projectId, VercelAP
 }
 
 void AppDelegate::recordDeployments(const QString& projectId, const QList<Deployment>& deployments) {
+    if (const auto project = m_appState.project(projectId))
+        m_services.notifications.checkAndNotify(projectId, project->name, deployments.first());
     m_appState.setDeployment(projectId, deployments.first());
     m_appState.setRecentDeployments(projectId, deployments);
     m_appState.removeError(projectId);
     m_appState.removeEmptyProject(projectId);
+    if (auto* item = individualItem(projectId))
+        item->update(deployments.first());
+    updateMainButton();
+}
+
+void AppDelegate::recordError(const QString& projectId, const QString& error) {
+    m_appState.setError(projectId, error);
+    if (auto* item = individualItem(projectId))
+        item->setError(error);
     updateMainButton();
 }
 

@@ -30,7 +30,9 @@ Tidemark::Tidemark(Options options, SingleInstance& instance)
       m_defaults(m_options.defaultsPath),
       m_loginItem(m_options.autostartFolder, m_options.bundle.identifier, u"Tidemark"_s,
                   QCoreApplication::applicationFilePath()),
-      m_statusBar(u"Tidemark"_s) {
+      m_statusBar(u"Tidemark"_s),
+      m_notificationCenter(u"Tidemark"_s, m_options.bundle.identifier, QDBusConnection::sessionBus()),
+      m_notifications(m_notificationCenter, m_sounds, m_workspace, m_clock, m_options.bundle) {
     m_keychainWorker.setMaxThreadCount(1);
 }
 
@@ -47,6 +49,8 @@ int Tidemark::run() {
                           .keychainWorker = m_keychainWorker,
                           .loginItem = m_loginItem,
                           .statusBar = m_statusBar,
+                          .notifications = m_notifications,
+                          .workspace = m_workspace,
                           .endpoints = m_options.endpoints,
                           .configPath = m_options.configPath});
     QMetaObject::invokeMethod(

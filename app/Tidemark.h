@@ -5,12 +5,16 @@
 
 #include "app/AppDelegate.h"
 #include "desktop/Bundle.h"
+#include "desktop/CanberraSoundPlayer.h"
 #include "desktop/Clock.h"
+#include "desktop/DBusNotificationCenter.h"
 #include "desktop/DBusStatusBar.h"
+#include "desktop/DesktopWorkspace.h"
 #include "desktop/LoginItem.h"
 #include "desktop/NetworkHttpClient.h"
 #include "desktop/SingleInstance.h"
 #include "desktop/UserDefaults.h"
+#include "notify/NotificationManager.h"
 
 namespace tidemark {
 
@@ -49,6 +53,10 @@ private:
     QThreadPool m_keychainWorker;
     AutostartLoginItem m_loginItem;
     DBusStatusBar m_statusBar;
+    DesktopWorkspace m_workspace;
+    DBusNotificationCenter m_notificationCenter;
+    CanberraSoundPlayer m_sounds;
+    NotificationManager m_notifications;
 };
 
 }  // namespace tidemark

@@ -10,25 +10,16 @@
 #include "desktop/NetworkHttpClient.h"
 #include "sandbox/MemoryKeychain.h"
 #include "sandbox/Sandbox.h"
+#include "tests/fakes/FakeLoginItem.h"
+#include "tests/fakes/FakeNotificationCenter.h"
+#include "tests/fakes/FakeSoundPlayer.h"
+#include "tests/fakes/FakeStatusBar.h"
+#include "tests/fakes/FakeWorkspace.h"
 
 namespace {
 
 using namespace tidemark;
 using namespace Qt::StringLiterals;
-
-class NoLoginItem final : public LoginItem {
-public:
-    [[nodiscard]] Status status() const override { return Status::notRegistered; }
-    [[nodiscard]] bool registerItem() override { return true; }
-    [[nodiscard]] bool unregisterItem() override { return true; }
-};
-
-class NoStatusBar final : public StatusBar {
-public:
-    [[nodiscard]] std::unique_ptr<StatusItem> createStatusItem(const QString& /*id*/) override {
-        return nullptr;
-    }
-};
 
 /// The longest time for which the event loop did not come round: a timer of a millisecond notes its delays.
 class Stretches final {
@@ -84,8 +75,12 @@ void measureLoading(NetworkHttpClient& http, const sandbox::Sandbox& sandbox) {
     sandbox::MemoryKeychain keychain;
     QThreadPool worker;
     worker.setMaxThreadCount(1);
-    NoLoginItem loginItem;
-    NoStatusBar statusBar;
+    FakeLoginItem loginItem;
+    FakeStatusBar statusBar;
+    FakeNotificationCenter center;
+    FakeSoundPlayer sounds;
+    FakeWorkspace workspace;
+    NotificationManager notifications(center, sounds, workspace, clock, {});
     const QString configPath = folder.filePath(u"config.json"_s);
     AppConfiguration configuration;
     for (const auto& account : sandbox.accounts())
@@ -99,6 +94,8 @@ void measureLoading(NetworkHttpClient& http, const sandbox::Sandbox& sandbox) {
                           .keychainWorker = worker,
                           .loginItem = loginItem,
                           .statusBar = statusBar,
+                          .notifications = notifications,
+                          .workspace = workspace,
                           .endpoints = Endpoints::below(sandbox.baseUrl()),
                           .configPath = configPath});
     const Stretches stretches;

@@ -2,6 +2,7 @@
 
 #include <QCoreApplication>
 #include <QEvent>
+#include <QPromise>
 #include <exception>
 #include <list>
 
@@ -22,6 +23,15 @@ TaskHandle TaskScope::start(Body body) {
     if (!m_isFinished)
         run(m_running, std::move(body), stop);
     return TaskHandle(stop);
+}
+
+QFuture<void> TaskScope::startAwaited(const Body& body) {
+    // It goes with the body, which is kept as long as the task runs, and finishes its future then.
+    auto promise = std::make_shared<QPromise<void>>();
+    promise->start();
+    QFuture<void> future = promise->future();
+    start([promise = std::move(promise), body](std::stop_token stop) { return body(stop); });
+    return future;
 }
 
 void TaskScope::finish() {

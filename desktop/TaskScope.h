@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QCoroTask>
+#include <QFuture>
 #include <functional>
 #include <memory>
 #include <stop_token>
@@ -35,6 +36,9 @@ public:
     /// Starts `body` at once and keeps it, with what it captured, until the task has ended. Started after
     /// `finish`, it does nothing. An exception that leaves the body ends only this task.
     TaskHandle start(Body body);
+
+    /// The same for somebody who waits for it: the future finishes when the task has ended.
+    [[nodiscard]] QFuture<void> startAwaited(const Body& body);
 
     /// Asks every task to stop and runs the event loop until all have ended.
     void finish();

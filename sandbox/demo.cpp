@@ -1,6 +1,7 @@
 #include <QCommandLineParser>
 #include <QGuiApplication>
 #include <QTemporaryDir>
+#include <algorithm>
 #include <cstdio>
 
 #include "app/Tidemark.h"
@@ -20,6 +21,7 @@ struct DemoOptions {
     /// A sandbox that runs elsewhere with the same seed and sizes; empty for one of our own.
     QUrl address;
     qint64 interval = 10;
+    int pinned = 2;
 };
 
 DemoOptions parseOptions(const QGuiApplication& application) {
@@ -33,13 +35,16 @@ DemoOptions parseOptions(const QGuiApplication& application) {
     const QCommandLineOption speed(u"speed"_s, u"How fast the world lives; 0 freezes it."_s, u"factor"_s,
                                    u"2"_s);
     const QCommandLineOption interval(u"interval"_s, u"Seconds between polls."_s, u"seconds"_s, u"10"_s);
-    parser.addOptions({address, seed, projects, speed, interval});
+    const QCommandLineOption pinned(u"pinned"_s, u"How many projects have an item of their own."_s,
+                                    u"number"_s, u"2"_s);
+    parser.addOptions({address, seed, projects, speed, interval, pinned});
     parser.process(application);
     return {.sandbox = {.seed = parser.value(seed).toULongLong(),
                         .projects = parser.value(projects).toInt(),
                         .speed = parser.value(speed).toDouble()},
             .address = QUrl(parser.value(address)),
-            .interval = parser.value(interval).toLongLong()};
+            .interval = parser.value(interval).toLongLong(),
+            .pinned = parser.value(pinned).toInt()};
 }
 
 /// Every account of the sandbox, set up as if the user had.
@@ -54,6 +59,15 @@ tidemark::AppConfiguration configurationFor(const Sandbox& sandbox, qint64 inter
         configuration.accounts.append(configured);
     }
     return configuration;
+}
+
+/// As if the user had pinned the first projects of the list.
+void pinProjects(Sandbox& sandbox, int count, const QString& defaultsPath) {
+    const auto world = sandbox.world();
+    QStringList ids;
+    for (int i = 0; i < std::min(count, world->projectCount()); ++i)
+        ids << world->projectAt(i).id;
+    tidemark::UserDefaults(defaultsPath).setValue(u"individualIds"_s, ids);
 }
 
 }  // namespace
@@ -83,6 +97,7 @@ int main(int argc, char** argv) {
         std::fputs("The demo's settings cannot be written.\n", stderr);
         return 1;
     }
+    pinProjects(sandbox, demoOptions.pinned, settings.filePath(u"defaults.ini"_s));
     tidemark::Tidemark program({.bundle = {.identifier = identifier, .version = u"demo"_s},
                                 .endpoints = tidemark::Endpoints::below(demoOptions.address),
                                 .insecureLoopback = tidemark::NetworkHttpClient::InsecureLoopback::allowed,

@@ -7,13 +7,14 @@
 build_packages=(
     git
     g++ cmake ninja-build ccache pkg-config qt6-base-dev qt6-base-dev-tools qcoro-qt6-dev libexpected-dev
-    libicu-dev libsecret-1-dev zlib1g-dev libcpp-httplib-dev
+    libicu-dev libsecret-1-dev libcanberra-dev zlib1g-dev libcpp-httplib-dev
 )
 desktop_packages=(
     xvfb openbox xfce4-panel xfconf dbus dbus-x11 libglib2.0-bin adwaita-icon-theme hicolor-icon-theme
-    fonts-dejavu-core imagemagick x11-xserver-utils xdotool procps
+    fonts-dejavu-core fonts-noto-color-emoji imagemagick x11-xserver-utils xdotool procps
+    dunst sound-theme-freedesktop libcanberra-pulse
 )
-test_packages=(clang-format clang-tidy jq gnome-keyring libsecret-tools openssl curl)
+test_packages=(clang-format clang-tidy jq gnome-keyring libsecret-tools openssl curl libdbusmenu-glib-dev)
 demo_packages=(curl)
 
 ensure_packages() {

@@ -4,10 +4,13 @@
 #include <QDBusReply>
 #include <QDBusVariant>
 #include <QElapsedTimer>
+#include <QFile>
 #include <QProcess>
+#include <QTemporaryDir>
 #include <QTest>
 #include <csignal>
 
+#include "desktop/DBusMenu.h"
 #include "sandbox/Sandbox.h"
 
 using namespace Qt::StringLiterals;
@@ -27,16 +30,40 @@ QVariant busProperty(const QString& service, const QString& path, const QString&
     return reply.isValid() ? reply.value().variant() : QVariant();
 }
 
-/// A property of the one item that the panel knows, as any panel reads it; invalid when there is none.
-QVariant itemProperty(const QString& property) {
+/// A property of one of the items that the panel knows, as any panel reads it; invalid when there is none.
+QVariant itemProperty(const QString& property, const QString& id = u"tidemark"_s) {
     const QStringList items =
         busProperty(watcherName, u"/StatusNotifierWatcher"_s, watcherName, u"RegisteredStatusNotifierItems"_s)
             .toStringList();
-    if (items.size() != 1)
-        return {};
-    const auto slash = items.first().indexOf(u'/');
-    return busProperty(items.first().first(slash), items.first().sliced(slash),
-                       u"org.kde.StatusNotifierItem"_s, property);
+    for (const auto& item : items) {
+        const auto slash = item.indexOf(u'/');
+        const auto read = [&item, slash](const QString& name) {
+            return busProperty(item.first(slash), item.sliced(slash), u"org.kde.StatusNotifierItem"_s, name);
+        };
+        if (read(u"Id"_s) == id)
+            return property.isEmpty() ? QVariant(item.first(slash)) : read(property);
+    }
+    return {};
+}
+
+/// Runs a program and gives what it printed.
+QString output(const QString& program, const QStringList& arguments) {
+    QProcess process;
+    process.start(program, arguments);
+    process.waitForFinished(10000);
+    return QString::fromUtf8(process.readAllStandardOutput()).trimmed();
+}
+
+/// The last entry of the menu that the item with this bus name exports.
+int lastMenuEntry(const QString& service) {
+    QDBusMessage get =
+        QDBusMessage::createMethodCall(service, u"/MenuBar"_s, u"com.canonical.dbusmenu"_s, u"GetLayout"_s);
+    get << 0 << 1 << QStringList();
+    const QDBusMessage reply = QDBusConnection::sessionBus().call(get, QDBus::Block, 2000);
+    const auto layout = qdbus_cast<tidemark::DBusMenuLayout>(reply.arguments().value(1));
+    return layout.children.isEmpty()
+               ? 0
+               : qdbus_cast<tidemark::DBusMenuLayout>(layout.children.last().variant()).id;
 }
 
 }  // namespace
@@ -131,6 +158,44 @@ private Q_SLOTS:
         m_sandbox->faults().clear();
     }
 
+    void aChangeIsAnnouncedAndOpensItsPage() {
+        // In place of a browser.
+        QFile opener(m_folder.filePath(u"xdg-open"_s));
+        QVERIFY(opener.open(QIODevice::WriteOnly));
+        opener.write("#!/bin/sh\nprintf %s \"$1\" >\"$0.tmp\" && mv \"$0.tmp\" \"$0.opened\"\n");
+        opener.setPermissions(QFile::ReadOwner | QFile::ExeOwner);
+        opener.close();
+        QProcess daemon;
+        daemon.start(u"dunst"_s, QStringList());
+        QTRY_VERIFY_WITH_TIMEOUT(isOnTheBus(u"org.freedesktop.Notifications"_s), 20000);
+        const auto project = m_sandbox->world()->projectAt(0);
+        m_sandbox->world()->push(project.id, {.state = u"BUILDING"_s});
+        startPanel();
+        startDemo(1);
+        const QString pill = u"tidemark-"_s + project.id;
+        QTRY_COMPARE_WITH_TIMEOUT(itemProperty(u"Title"_s, pill), QVariant(project.name + u": BUILDING"_s),
+                                  20000);
+        m_sandbox->world()->setState(project.id, u"READY"_s);
+        QTRY_COMPARE_WITH_TIMEOUT(output(u"dunstctl"_s, {u"count"_s, u"displayed"_s}), u"1"_s, 20000);
+        QVERIFY(output(u"dunstctl"_s, {u"action"_s, u"0"_s}).isEmpty());
+        QFile opened(opener.fileName() + u".opened"_s);
+        QTRY_VERIFY_WITH_TIMEOUT(opened.exists(), 20000);
+        QVERIFY(opened.open(QIODevice::ReadOnly));
+        QCOMPARE(QString::fromUtf8(opened.readAll()),
+                 m_sandbox->world()->projectAt(0).deployments.first().inspectorUrl);
+
+        // "Quit Tidemark" ends it in order.
+        QDBusMessage click = QDBusMessage::createMethodCall(itemProperty({}, pill).toString(), u"/MenuBar"_s,
+                                                            u"com.canonical.dbusmenu"_s, u"Event"_s);
+        const QVariant data = QVariant::fromValue(QDBusVariant(0));
+        click << lastMenuEntry(itemProperty({}, pill).toString()) << u"clicked"_s << data << 0U;
+        QDBusConnection::sessionBus().send(click);
+        QVERIFY(m_demo.waitForFinished(10000));
+        QCOMPARE(m_demo.exitStatus(), QProcess::NormalExit);
+        QCOMPARE(m_demo.exitCode(), 0);
+        quit(daemon);
+    }
+
     void theShippedProgramTakesNoOption() {
         startPanel();
         QProcess program;
@@ -157,10 +222,15 @@ private:
         return names;
     }
 
-    void startDemo() {
+    void startDemo(int pinned = 0) {
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert(u"PATH"_s, m_folder.path() + u':' + environment.value(u"PATH"_s));
+        environment.insert(u"CANBERRA_DRIVER"_s, u"null"_s);
+        m_demo.setProcessEnvironment(environment);
         m_demo.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-        m_demo.start(QStringLiteral(DEMO), {u"--address"_s, m_sandbox->baseUrl().toString(), u"--seed"_s,
-                                            u"3"_s, u"--projects"_s, u"3"_s, u"--interval"_s, u"1"_s});
+        m_demo.start(QStringLiteral(DEMO),
+                     {u"--address"_s, m_sandbox->baseUrl().toString(), u"--seed"_s, u"3"_s, u"--projects"_s,
+                      u"3"_s, u"--interval"_s, u"1"_s, u"--pinned"_s, QString::number(pinned)});
         QVERIFY(m_demo.waitForStarted());
     }
 
@@ -188,6 +258,8 @@ private:
     QProcess m_windowManager;
     QProcess m_panel;
     QProcess m_demo;
+    /// Comes first in the program's search path.
+    QTemporaryDir m_folder;
 };
 
 QTEST_GUILESS_MAIN(ProgramTest)

@@ -9,7 +9,10 @@
 #include "tests/fakes/FakeHttpClient.h"
 #include "tests/fakes/FakeKeychain.h"
 #include "tests/fakes/FakeLoginItem.h"
+#include "tests/fakes/FakeNotificationCenter.h"
+#include "tests/fakes/FakeSoundPlayer.h"
 #include "tests/fakes/FakeStatusBar.h"
+#include "tests/fakes/FakeWorkspace.h"
 #include "tests/fakes/ManualClock.h"
 
 namespace tidemark {
@@ -81,6 +84,8 @@ public:
     void launchWithoutWaiting() {
         m_launchedAt = clock.now();
         defaults = std::make_unique<UserDefaults>(folder.filePath(u"defaults.ini"_s));
+        notifications = std::make_unique<NotificationManager>(notificationCenter, sounds, workspace, clock,
+                                                              Bundle{.identifier = u"com.tidemark.Test"_s});
         delegate = std::make_unique<AppDelegate>(
             AppDelegate::Services{.http = http,
                                   .clock = clock,
@@ -89,6 +94,8 @@ public:
                                   .keychainWorker = keychainWorker,
                                   .loginItem = loginItem,
                                   .statusBar = statusBar,
+                                  .notifications = *notifications,
+                                  .workspace = workspace,
                                   .endpoints = Endpoints::below(QUrl(u"https://sandbox.example"_s)),
                                   .configPath = configPath()});
         delegate->applicationDidFinishLaunching();
@@ -112,6 +119,7 @@ public:
     /// Ends the program. What it stored is there for the next launch.
     void quit() {
         delegate.reset();
+        notifications.reset();
         defaults.reset();
         const auto items = keychain->items();
         keychain = std::make_unique<FakeKeychain>();
@@ -132,7 +140,11 @@ public:
     QThreadPool keychainWorker;
     FakeLoginItem loginItem;
     FakeStatusBar statusBar;
+    FakeNotificationCenter notificationCenter;
+    FakeSoundPlayer sounds;
+    FakeWorkspace workspace;
     std::unique_ptr<UserDefaults> defaults;
+    std::unique_ptr<NotificationManager> notifications;
     std::unique_ptr<AppDelegate> delegate;
     QHash<QString, QString> accountOf;
 

@@ -7,7 +7,10 @@
 #include "sandbox/Sandbox.h"
 #include "tests/fakes/FakeKeychain.h"
 #include "tests/fakes/FakeLoginItem.h"
+#include "tests/fakes/FakeNotificationCenter.h"
+#include "tests/fakes/FakeSoundPlayer.h"
 #include "tests/fakes/FakeStatusBar.h"
+#include "tests/fakes/FakeWorkspace.h"
 #include "tests/fakes/ManualClock.h"
 
 using namespace tidemark;
@@ -115,6 +118,27 @@ private Q_SLOTS:
         QCOMPARE(*state().errors().cbegin(), u"Invalid API token (401)"_s);
     }
 
+    void aRedeployIsOneCallAPauseAndOnePoll() {
+        start(2);
+        QTRY_COMPARE(state().allProjects().size(), 2);
+        finishFirstCycle();
+        const QString project = state().deployments().cbegin().key();
+        const QString old = state().deployments().value(project).id;
+        m_sandbox->log().clear();
+        bool isDone = false;
+        state().redeployHandler()(project).then([&isDone] { isDone = true; });
+        QTRY_COMPARE(m_clock->pendingSleeps().value(0), std::chrono::nanoseconds(2s));
+        QCOMPARE(requests(), QStringList{u"POST /v13/deployments"_s});
+        m_clock->advance(1999ms);
+        QCOMPARE(m_sandbox->log().total(), 1);
+        m_clock->advance(1ms);
+        QTRY_VERIFY(isDone);
+        QCOMPARE(requests(), (QStringList{u"POST /v13/deployments"_s, u"GET /v6/deployments"_s}));
+        QVERIFY(state().deployments().value(project).id != old);
+        QCOMPARE(state().deployments().value(project).id,
+                 m_sandbox->world()->project(project)->deployments.first().uid);
+    }
+
     void itQuitsInTheMiddleOfARequest_data() {
         QTest::addColumn<QString>("path");
         QTest::newRow("project list") << u"/v9/projects"_s;
@@ -152,12 +176,24 @@ private:
                                   .keychainWorker = m_worker,
                                   .loginItem = m_loginItem,
                                   .statusBar = m_statusBar,
+                                  .notifications = m_notifications,
+                                  .workspace = m_workspace,
                                   .endpoints = Endpoints::below(m_sandbox->baseUrl()),
                                   .configPath = configPath});
         m_delegate->applicationDidFinishLaunching();
     }
 
     AppState& state() { return m_delegate->appState(); }
+
+    /// What was requested, but for the domains.
+    QStringList requests() {
+        QStringList texts;
+        for (const auto& request : m_sandbox->log().entries()) {
+            if (!request.path.endsWith("/domains"_L1))
+                texts << QString::fromLatin1(request.method) + u' ' + request.path;
+        }
+        return texts;
+    }
 
     /// Whether the polling loop waits, as the status loop always does after its first answer.
     [[nodiscard]] bool isWaiting() const { return m_clock->pendingSleeps().size() == 2; }
@@ -179,6 +215,11 @@ private:
     QThreadPool m_worker;
     FakeLoginItem m_loginItem;
     FakeStatusBar m_statusBar;
+    FakeNotificationCenter m_center;
+    FakeSoundPlayer m_sounds;
+    FakeWorkspace m_workspace;
+    const SystemClock m_systemClock;
+    NotificationManager m_notifications{m_center, m_sounds, m_workspace, m_systemClock, {}};
     std::unique_ptr<sandbox::Sandbox> m_sandbox;
     std::unique_ptr<NetworkHttpClient> m_http;
     std::unique_ptr<ManualClock> m_clock;
