@@ -287,15 +287,14 @@ QDBusVariant DBusMenu::GetProperty(int id, const QString& name) {
 }
 
 void DBusMenu::Event(int id, const QString& eventId, const QDBusVariant& /*data*/, uint /*timestamp*/) {
-    if (eventId == u"clicked" && choose(id)) {
-        onClosed();
-    } else if (!isKnown(id)) {
+    const bool isChosen = eventId == u"clicked" && choose(id);
+    if (!isChosen && !isKnown(id)) {
         refuse(QStringLiteral("no such entry"));
+    } else if (isChosen || (id == rootId && eventId == u"closed")) {
+        onClosed();
     } else if (id == rootId && eventId == u"opened") {
         prepareToShow();
         m_open.start(longestOpen);
-    } else if (id == rootId && eventId == u"closed") {
-        onClosed();
     }
 }
 

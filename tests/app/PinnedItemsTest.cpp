@@ -4,6 +4,12 @@
 
 using namespace tidemark;
 
+namespace {
+
+const QString redeployTarget = u"/v13/deployments?forceNew=1&teamId=team-A"_s;
+
+}  // namespace
+
 /// Pinned projects, their announcements and redeploys, with the whole engine among fakes.
 class PinnedItemsTest final : public QObject {
     Q_OBJECT
@@ -183,8 +189,6 @@ private Q_SLOTS:
     }
 
 private:
-    const QString redeployTarget = u"/v13/deployments?forceNew=1&teamId=team-A"_s;
-
     [[nodiscard]] QStringList pinned() const {
         QStringList ids = m_rig->statusBar.items.keys();
         ids.removeAll(u"tidemark"_s);

@@ -61,7 +61,7 @@ private Q_SLOTS:
         m_deployment = {.id = u"d"_s,
                         .name = u"api_v2"_s,
                         .url = u"api-1.vercel.app"_s,
-                        .created = m_clock.now().time_since_epoch() / 1ms - 5 * 60'000,
+                        .created = m_clock.now().time_since_epoch() / 1ms - 300'000,
                         .state = u"READY"_s,
                         .inspectorUrl = u"https://vercel.com/me/api/d"_s,
                         .meta = DeploymentMeta{.githubCommitMessage = u"Fix the build\n\nIt was broken."_s,

@@ -12,6 +12,10 @@
 namespace tidemark {
 namespace {
 
+const QString layoutUpdated = QStringLiteral("LayoutUpdated");
+const QString propertiesUpdated = QStringLiteral("ItemsPropertiesUpdated");
+const QString about = QStringLiteral("AboutToShow");
+
 MenuItem entry(const QString& identifier, const QString& title, std::function<void()> action = {}) {
     return {.identifier = identifier, .title = title, .action = std::move(action)};
 }
@@ -44,10 +48,6 @@ private:
     [[nodiscard]] int idOf(const QString& label) const;
     void sendEvent(const QString& label, const QString& event) const;
 
-    const QString layoutUpdated = QStringLiteral("LayoutUpdated");
-    const QString propertiesUpdated = QStringLiteral("ItemsPropertiesUpdated");
-    const QString about = QStringLiteral("AboutToShow");
-    int m_number = 0;
     std::unique_ptr<DBusStatusBar> m_bar;
     std::unique_ptr<StatusItem> m_item;
     QString m_service;

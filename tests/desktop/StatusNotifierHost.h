@@ -19,24 +19,24 @@ public:
     explicit StatusNotifierHost(QString service)
         : m_bus(QDBusConnection::connectToBus(QDBusConnection::SessionBus, QStringLiteral("host"))),
           m_service(std::move(service)) {
-        for (const QString& interface : {itemInterface, menuInterface}) {
+        for (const QString& interface : {m_itemInterface, m_menuInterface}) {
             m_bus.connect(m_service, {}, interface, {}, this, SLOT(note(QDBusMessage)));
         }
     }
     ~StatusNotifierHost() override { QDBusConnection::disconnectFromBus(m_bus.name()); }
 
     [[nodiscard]] QDBusMessage callItem(const QString& method, const QVariantList& arguments = {}) const {
-        return call(itemPath, itemInterface, method, arguments);
+        return call(m_itemPath, m_itemInterface, method, arguments);
     }
     [[nodiscard]] QDBusMessage callMenu(const QString& method, const QVariantList& arguments = {}) const {
-        return call(QStringLiteral("/MenuBar"), menuInterface, method, arguments);
+        return call(QStringLiteral("/MenuBar"), m_menuInterface, method, arguments);
     }
     [[nodiscard]] QDBusMessage allProperties() const {
-        return call(itemPath, propertiesInterface, QStringLiteral("GetAll"), {itemInterface});
+        return call(m_itemPath, m_propertiesInterface, QStringLiteral("GetAll"), {m_itemInterface});
     }
     [[nodiscard]] QVariant property(const QString& name) const {
         const QDBusMessage reply =
-            call(itemPath, propertiesInterface, QStringLiteral("Get"), {itemInterface, name});
+            call(m_itemPath, m_propertiesInterface, QStringLiteral("Get"), {m_itemInterface, name});
         return reply.arguments().value(0).value<QDBusVariant>().variant();
     }
     [[nodiscard]] QString toolTipTitle() const {
@@ -61,10 +61,10 @@ private:
         return m_bus.call(message, QDBus::BlockWithGui);
     }
 
-    const QString itemPath = QStringLiteral("/StatusNotifierItem");
-    const QString itemInterface = QStringLiteral("org.kde.StatusNotifierItem");
-    const QString menuInterface = QStringLiteral("com.canonical.dbusmenu");
-    const QString propertiesInterface = QStringLiteral("org.freedesktop.DBus.Properties");
+    const QString m_itemPath = QStringLiteral("/StatusNotifierItem");
+    const QString m_itemInterface = QStringLiteral("org.kde.StatusNotifierItem");
+    const QString m_menuInterface = QStringLiteral("com.canonical.dbusmenu");
+    const QString m_propertiesInterface = QStringLiteral("org.freedesktop.DBus.Properties");
     QDBusConnection m_bus;
     QString m_service;
     QStringList m_signals;
