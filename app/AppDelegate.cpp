@@ -21,6 +21,7 @@ void AppDelegate::applicationDidFinishLaunching() {
     setupMainStatusItem();
     setupRedeployHandler();
     startStatusPolling();
+    observeIndividualIds();
     m_tasks.start([this](std::stop_token) { return finishLaunching(); });
 }
 
@@ -32,7 +33,6 @@ QCoro::Task<> AppDelegate::finishLaunching() {
         co_return;
     if (config && config->hasToken())
         apply(*config);
-    observeIndividualIds();
 }
 
 void AppDelegate::apply(const AppConfiguration& configuration) {

@@ -7,13 +7,10 @@ namespace tidemark {
 void AppDelegate::syncIndividualItems() {
     const auto& wanted = m_appState.individualIds();
     std::erase_if(m_individualItems, [&wanted](const auto& item) { return !wanted.contains(item.first); });
-    for (const auto& id : wanted) {
-        if (m_individualItems.contains(id))
-            continue;
-        const auto project = m_appState.project(id);
-        // What is not known yet waits for the next project list.
-        if (project)
-            m_individualItems.emplace(id, makeIndividualItem(*project));
+    // In order of their names. What is not known yet waits for the next project list.
+    for (const auto& project : m_appState.allProjects()) {
+        if (wanted.contains(project.id) && !m_individualItems.contains(project.id))
+            m_individualItems.emplace(project.id, makeIndividualItem(project));
     }
 }
 

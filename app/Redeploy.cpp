@@ -1,8 +1,6 @@
 #include "app/AppDelegate.h"
 
 #include <QCoroFuture>
-#include <QPointer>
-#include <QPromise>
 
 namespace tidemark {
 

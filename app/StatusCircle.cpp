@@ -53,6 +53,7 @@ void drawPill(QPainter& painter, const QColor& color, const QString& text) {
     painter.setPen(Qt::NoPen);
     painter.setBrush(color);
     painter.drawRoundedRect(pill, pill.height() / 2, pill.height() / 2);
+    painter.setClipRect(pill);
     if (!text.isEmpty())
         drawLetters(painter, pill, text);
     painter.restore();
@@ -61,7 +62,7 @@ void drawPill(QPainter& painter, const QColor& color, const QString& text) {
 }  // namespace
 
 StatusImage StatusCircle::makeImage(const QColor& color, const QString& letters) {
-    const QString text = firstCharacters(letters.toUpper(), 2);
+    const QString text = firstCharacters(letters, 2).toUpper();
     return {.size = imageSize,
             .isTemplate = false,
             .draw = [color, text](QPainter& painter) { drawPill(painter, color, text); },

@@ -41,6 +41,10 @@ int Tidemark::run() {
         return 0;
     // Windows come and go; the program stays in the panel.
     QGuiApplication::setQuitOnLastWindowClosed(false);
+    // It ends with the session, of which a dead bus is the end.
+    QDBusConnection::sessionBus().connect({}, u"/org/freedesktop/DBus/Local"_s,
+                                          u"org.freedesktop.DBus.Local"_s, u"Disconnected"_s,
+                                          QCoreApplication::instance(), SLOT(quit()));
     const TerminationSignals signals([] { QCoreApplication::quit(); });
     AppDelegate delegate({.http = m_http,
                           .clock = m_clock,

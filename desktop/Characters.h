@@ -5,7 +5,12 @@
 namespace tidemark {
 
 /// The first `count` characters as people count them: an emoji of several code points, or a letter with its
-/// accents, is one. The text itself when it has no more.
+/// accents, is one. The text itself when it has no more. What nobody would call a character any more (some
+/// dozen accents on one letter) ends there as well: drawing it can take seconds.
 [[nodiscard]] QString firstCharacters(const QString& text, qsizetype count);
+
+/// The text as panels and notifications can show it: one line of 300 characters at most, cut with an
+/// ellipsis, without control characters and without those that reverse what follows them.
+[[nodiscard]] QString singleLine(const QString& text);
 
 }  // namespace tidemark

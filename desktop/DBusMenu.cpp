@@ -1,5 +1,7 @@
 #include "desktop/DBusMenu.h"
 
+#include "desktop/Characters.h"
+
 #include <QDBusError>
 #include <QDBusMetaType>
 #include <algorithm>
@@ -17,18 +19,9 @@ constexpr int rootId = 0;
 constexpr auto longestOpen = 10min;
 constexpr auto likelyOpen = 60s;
 
-/// Longer texts help nobody and stall panels.
-constexpr qsizetype longestLabel = 300;
-
-/// One line, in which an underscore is an underscore: a single one would be taken for a mnemonic.
+/// A single underscore would be taken for a mnemonic.
 QString labelText(const QString& title) {
-    QString text = title.size() > longestLabel ? title.first(longestLabel) + QChar(0x2026) : title;
-    for (QChar& character : text) {
-        if (character.category() == QChar::Other_Control) {
-            character = u' ';
-        }
-    }
-    return text.replace(u'_', QStringLiteral("__"));
+    return singleLine(title).replace(u'_', QStringLiteral("__"));
 }
 
 QVariantMap propertiesOf(const MenuItem& item) {
@@ -133,7 +126,9 @@ void DBusMenu::setMenu(const Menu& menu) {
     m_menu = menu;
     QList<Entry> entries = entriesOf(menu);
     updateEntries(entries);
-    if (isLayoutStale() && !m_open.isActive()) {
+    if (m_open.isActive()) {
+        refreshTitles();
+    } else if (isLayoutStale()) {
         updateLayout(std::move(entries));
     }
 }
@@ -151,6 +146,11 @@ QList<DBusMenu::Entry> DBusMenu::entriesOf(const Menu& menu) {
             id = m_ids.insert(item.identifier, static_cast<int>(m_ids.size()) + 1);
         }
         entries.append({*id, propertiesOf(item), item});
+        // Panels may keep what they were told of it: it counts until they are told otherwise.
+        const Entry* told = item.currentTitle ? find(*id) : nullptr;
+        if (told) {
+            entries.last().properties = told->properties;
+        }
     }
     return entries;
 }
@@ -172,10 +172,7 @@ void DBusMenu::updateEntries(const QList<Entry>& entries) {
         if (entry == entries.cend()) {
             continue;
         }
-        QVariantMap told = std::exchange(known, *entry).properties;
-        if (known.item.currentTitle) {
-            known.properties.insert(QStringLiteral("label"), told.value(QStringLiteral("label")));
-        }
+        const QVariantMap told = std::exchange(known, *entry).properties;
         if (known.properties != told) {
             updated.append({known.id, known.properties});
         }
@@ -278,6 +275,7 @@ QList<DBusMenuProperties> DBusMenu::GetGroupProperties(const QList<int>& ids,
 
 QDBusVariant DBusMenu::GetProperty(int id, const QString& name) {
     m_wasRead = true;
+    refreshTitles();
     const Entry* entry = find(id);
     const QVariantMap properties = entry ? entry->properties : rootProperties();
     if (!isKnown(id) || !properties.contains(name)) {

@@ -1,5 +1,8 @@
 #include "desktop/DBusNotificationCenter.h"
 
+#include "desktop/ActivationToken.h"
+#include "desktop/Characters.h"
+
 #include <QDBusPendingCallWatcher>
 #include <QVariantMap>
 #include <algorithm>
@@ -12,8 +15,8 @@ using namespace Qt::StringLiterals;
 namespace {
 
 // A service that never answers, or never says that a notification is closed, costs us no more than this.
-constexpr std::size_t maximumPosts = 20;
-constexpr qsizetype maximumShown = 64;
+constexpr std::size_t maximumPosts = 500;
+constexpr qsizetype maximumShown = 500;
 constexpr qsizetype maximumEarlySignals = 64;
 
 QString serviceName() {
@@ -91,8 +94,8 @@ void DBusNotificationCenter::onCapabilities(Post& post, const QDBusMessage& repl
     // No icon name: where the desktop entry is installed its icon is shown, and elsewhere some services
     // would show a broken picture.
     QDBusMessage notify = serviceCall(reply.service(), u"Notify"_s);
-    notify << m_applicationName << replacesNone << QString() << request.title << body << actions << hints
-           << defaultExpiry;
+    notify << m_applicationName << replacesNone << QString() << singleLine(request.title) << body << actions
+           << hints << defaultExpiry;
     call(post, notify, &DBusNotificationCenter::onNotified);
 }
 
@@ -144,11 +147,12 @@ bool DBusNotificationCenter::handle(const QDBusMessage& signal) {
         m_shown.erase(shown);
     } else if (signal.member() == "ActivationToken"_L1) {
         // For whoever opens a window or starts a program in answer to the click, which comes next.
-        qputenv("XDG_ACTIVATION_TOKEN", argument.toUtf8());
+        offerActivationToken(argument);
     } else if (signal.member() == "ActionInvoked"_L1 && argument == "default"_L1 && m_handler) {
         const ResponseHandler handler = m_handler;
         const UserInfo userInfo = shown->userInfo;
         handler(userInfo);
+        withdrawActivationToken();
     }
     return true;
 }

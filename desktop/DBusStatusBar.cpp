@@ -19,7 +19,7 @@ std::unique_ptr<StatusItem> DBusStatusBar::createStatusItem(const QString& id) {
         QDBusConnection::disconnectFromBus(service);
         return nullptr;
     }
-    return std::make_unique<DBusStatusItem>(connection, service, m_applicationName, id);
+    return std::make_unique<DBusStatusItem>(connection, service, m_registrations, m_applicationName, id);
 }
 
 }  // namespace tidemark

@@ -1,8 +1,10 @@
 #pragma once
 
 #include "desktop/StatusItem.h"
+#include "desktop/StatusNotifierQueue.h"
 
 #include <QString>
+#include <memory>
 
 namespace tidemark {
 
@@ -18,6 +20,7 @@ public:
 private:
     QString m_applicationName;
     int m_itemCount = 0;
+    std::shared_ptr<StatusNotifierQueue> m_registrations = std::make_shared<StatusNotifierQueue>();
 };
 
 }  // namespace tidemark

@@ -33,14 +33,15 @@ void requestName(const QDBusConnection& connection, const QString& name) {
 }  // namespace
 
 DBusStatusItem::DBusStatusItem(QDBusConnection connection, const QString& service,
-                               const QString& applicationName, const QString& id)
+                               std::shared_ptr<StatusNotifierQueue> queue, const QString& applicationName,
+                               const QString& id)
     : m_connection(std::move(connection)), m_item(applicationName, id, menuPath()) {
     constexpr auto exported = QDBusConnection::ExportAllSlots | QDBusConnection::ExportAllProperties |
                               QDBusConnection::ExportAllSignals;
     m_connection.registerObject(menuPath(), &m_menu, exported);
     m_connection.registerObject(itemPath(), &m_item, exported);
     requestName(m_connection, service);
-    m_registration = std::make_unique<StatusNotifierRegistration>(m_connection, service);
+    m_registration = std::make_unique<StatusNotifierRegistration>(m_connection, service, std::move(queue));
     m_patience.setSingleShot(true);
     QObject::connect(&m_patience, &QTimer::timeout, &m_item, [this] { popUpMenu(); });
 }

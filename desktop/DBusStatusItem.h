@@ -17,8 +17,9 @@ namespace tidemark {
 /// panels assume. The connection closes with the item, which takes it off the panel at once.
 class DBusStatusItem final : public StatusItem {
 public:
-    /// `connection` was opened for this item alone and is closed by it.
-    DBusStatusItem(QDBusConnection connection, const QString& service, const QString& applicationName,
+    /// `connection` was opened for this item alone and is closed by it; `queue` is that of all items.
+    DBusStatusItem(QDBusConnection connection, const QString& service,
+                   std::shared_ptr<StatusNotifierQueue> queue, const QString& applicationName,
                    const QString& id);
     ~DBusStatusItem() override;
 

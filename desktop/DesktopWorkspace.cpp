@@ -1,5 +1,7 @@
 #include "desktop/DesktopWorkspace.h"
 
+#include "desktop/ActivationToken.h"
+
 #include <QDesktopServices>
 #include <QFileInfo>
 
@@ -8,8 +10,8 @@ namespace {
 
 void launch(const QUrl& url) {
     QDesktopServices::openUrl(url);
-    // The opener has inherited it, and a token is good for one activation.
-    qunsetenv("XDG_ACTIVATION_TOKEN");
+    // The opener has inherited it.
+    withdrawActivationToken();
 }
 
 }  // namespace

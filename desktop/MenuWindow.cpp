@@ -1,5 +1,7 @@
 #include "desktop/MenuWindow.h"
 
+#include "desktop/Characters.h"
+
 #include <QFontMetrics>
 #include <QGuiApplication>
 #include <QKeyEvent>
@@ -123,7 +125,7 @@ QList<MenuWindow::Row> MenuWindow::rowsOf(const Menu& menu) {
     QList<Row> rows;
     for (const MenuItem& item : menu) {
         if (!item.isSeparator || (!rows.isEmpty() && !rows.constLast().item.isSeparator)) {
-            rows.append({.item = item, .title = item.isSeparator ? QString() : item.titleNow()});
+            rows.append({.item = item, .title = item.isSeparator ? QString() : singleLine(item.titleNow())});
         }
     }
     if (!rows.isEmpty() && rows.constLast().item.isSeparator) {

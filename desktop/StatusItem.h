@@ -50,10 +50,11 @@ public:
     virtual void setImage(const StatusImage& image) = 0;
     virtual void setAttributedTitle(const AttributedTitle& title) = 0;
     virtual void setToolTip(const QString& toolTip) = 0;
-    /// What a click does. An item with a menu shows that instead.
+    /// What a click does. Not for an item with a menu, which shows that.
     virtual void setAction(Action action) = 0;
     /// The menu that the item is from now on. Set again, an open menu changes its texts in place; other
-    /// entries than before appear in it when it is opened next.
+    /// entries than before appear in it as soon as that does not disturb it, at the latest when it is opened
+    /// next.
     virtual void setMenu(const Menu& menu) = 0;
 };
 

@@ -1,5 +1,8 @@
 #include "desktop/StatusNotifierItem.h"
 
+#include "desktop/ActivationToken.h"
+#include "desktop/Characters.h"
+
 #include <QDBusError>
 #include <QDBusMetaType>
 #include <utility>
@@ -69,7 +72,7 @@ void StatusNotifierItem::setAttributedTitle(const AttributedTitle& title) {
 }
 
 void StatusNotifierItem::setToolTip(const QString& toolTip) {
-    m_toolTip = toolTip;
+    m_toolTip = singleLine(toolTip);
     scheduleUpdate();
 }
 
@@ -117,7 +120,7 @@ void StatusNotifierItem::Scroll(int /*delta*/, const QString& /*orientation*/) {
 
 void StatusNotifierItem::ProvideXdgActivationToken(const QString& token) {
     // Qt's Wayland plugin takes the token for the next window that it activates from here.
-    qputenv("XDG_ACTIVATION_TOKEN", token.toUtf8());
+    offerActivationToken(token);
 }
 
 StatusNotifierItem::Texts StatusNotifierItem::texts() const {

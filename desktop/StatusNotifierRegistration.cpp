@@ -26,9 +26,11 @@ QDBusMessage watcherCall(const QString& interface, const QString& method) {
 }  // namespace
 
 StatusNotifierRegistration::StatusNotifierRegistration(QDBusConnection connection, QString service,
+                                                       std::shared_ptr<StatusNotifierQueue> queue,
                                                        std::chrono::milliseconds patience)
     : m_connection(std::move(connection)),
       m_service(std::move(service)),
+      m_queue(std::move(queue)),
       m_patience(patience),
       m_owner(watcherName(), m_connection, QDBusServiceWatcher::WatchForOwnerChange) {
     m_timer.setSingleShot(true);
@@ -46,7 +48,12 @@ StatusNotifierRegistration::StatusNotifierRegistration(QDBusConnection connectio
 
 void StatusNotifierRegistration::start() {
     m_attempts = 0;
-    registerItem();
+    if (!std::exchange(m_isQueued, true)) {
+        m_queue->enqueue(*this, [this] {
+            m_isQueued = false;
+            registerItem();
+        });
+    }
 }
 
 void StatusNotifierRegistration::registerItem() {

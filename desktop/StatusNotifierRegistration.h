@@ -1,5 +1,7 @@
 #pragma once
 
+#include "desktop/StatusNotifierQueue.h"
+
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
@@ -9,6 +11,7 @@
 #include <QTimer>
 #include <chrono>
 #include <functional>
+#include <memory>
 
 namespace tidemark {
 
@@ -19,10 +22,12 @@ class StatusNotifierRegistration final : public QObject {
     Q_OBJECT
 
 public:
-    /// `service` is the item's own name on `connection`. `patience` is the time after which a registration
-    /// is looked up in the watcher's list (GNOME's now and then drops an item while it loads), and after
-    /// which a failed one is tried again; it doubles with each of the few attempts.
+    /// `service` is the item's own name on `connection`; `queue` is that of all items. `patience` is the time
+    /// after which a registration is looked up in the watcher's list (GNOME's now and then drops an item
+    /// while it loads), and after which a failed one is tried again; it doubles with each of the few
+    /// attempts.
     StatusNotifierRegistration(QDBusConnection connection, QString service,
+                               std::shared_ptr<StatusNotifierQueue> queue,
                                std::chrono::milliseconds patience = std::chrono::seconds(2));
 
 private:
@@ -39,6 +44,8 @@ private:
 
     QDBusConnection m_connection;
     QString m_service;
+    std::shared_ptr<StatusNotifierQueue> m_queue;
+    bool m_isQueued = false;
     std::chrono::milliseconds m_patience;
     QDBusServiceWatcher m_owner;
     QTimer m_timer;

@@ -15,7 +15,7 @@ desktop_packages=(
     dunst sound-theme-freedesktop libcanberra-pulse
 )
 test_packages=(clang-format clang-tidy jq gnome-keyring libsecret-tools openssl curl libdbusmenu-glib-dev)
-demo_packages=(curl)
+demo_packages=(curl jq)
 
 ensure_packages() {
     local wanted=() missing=() package kind

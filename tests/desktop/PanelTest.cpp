@@ -7,7 +7,9 @@
 #include <QPolygonF>
 #include <QProcess>
 #include <QTest>
+#include <memory>
 #include <optional>
+#include <vector>
 
 namespace tidemark {
 namespace {
@@ -55,6 +57,7 @@ private Q_SLOTS:
     void cleanup();
     void iconIsOnTheScreen_data();
     void iconIsOnTheScreen();
+    void itemsThatComeTogetherAreAllShown();
     void comesBackWithThePanel();
     void clickArrivesWithItsPlace();
     void clickOpensTheMenu();
@@ -176,6 +179,23 @@ void PanelTest::iconIsOnTheScreen() {
 
     m_item.reset();
     QVERIFY(waitUntilGone(changed));
+}
+
+void PanelTest::itemsThatComeTogetherAreAllShown() {
+    startPanel();
+    QTRY_VERIFY_WITH_TIMEOUT(QDBusConnection::sessionBus().interface()->isServiceRegistered(
+                                 QStringLiteral("org.kde.StatusNotifierWatcher")),
+                             20000);
+    const QList<QColor> colors{dotColor, QColor(0xc8, 0xff, 0x00), QColor(0x00, 0xc8, 0xff)};
+    std::vector<std::unique_ptr<StatusItem>> items;
+    for (const QColor& color : colors) {
+        items.push_back(m_bar.createStatusItem(QStringLiteral("together-") + color.name()));
+        items.back()->setImage(
+            {QSizeF(16, 16), false, [color](QPainter& painter) { painter.fillRect(0, 0, 16, 16, color); }});
+    }
+    for (const QColor& color : colors) {
+        QVERIFY2(waitForDot(color), qPrintable(color.name()));
+    }
 }
 
 void PanelTest::comesBackWithThePanel() {

@@ -135,7 +135,8 @@ void StatusNotifierTest::asksAgainAWatcherThatDidNotTakeIt() {
         QDBusConnection::connectToBus(QDBusConnection::SessionBus, QStringLiteral("item"));
     {
         using namespace std::chrono_literals;
-        StatusNotifierRegistration registration(bus, bus.baseService(), 2ms);
+        StatusNotifierRegistration registration(bus, bus.baseService(),
+                                                std::make_shared<StatusNotifierQueue>(), 2ms);
         QTRY_COMPARE(m_watcher->registrations, registrations);
         QTRY_COMPARE(m_watcher->listReads, listReads);
         // Longer than the longest of the waits between attempts.
@@ -296,7 +297,8 @@ void StatusNotifierTest::survivesTheEndOfTheBus() {
     const QString address = QString::fromUtf8(daemon.readLine()).trimmed();
     const QDBusConnection bus = QDBusConnection::connectToBus(address, QStringLiteral("mortal"));
     QVERIFY(bus.isConnected());
-    DBusStatusItem item(bus, m_service, QStringLiteral("Tidemark"), QStringLiteral("tidemark"));
+    DBusStatusItem item(bus, m_service, std::make_shared<StatusNotifierQueue>(), QStringLiteral("Tidemark"),
+                        QStringLiteral("tidemark"));
     daemon.kill();
     QVERIFY(daemon.waitForFinished());
     QTRY_VERIFY(!bus.isConnected());
