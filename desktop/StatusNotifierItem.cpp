@@ -92,6 +92,9 @@ StatusToolTip StatusNotifierItem::toolTip() {
 
 IconPixmaps StatusNotifierItem::iconPixmap() {
     m_wasRead = true;
+    if (m_readHandler) {
+        m_readHandler();
+    }
     if (m_pixmaps.isEmpty()) {
         m_pixmaps = statusIconPixmaps(m_image, m_dot);
         m_isIconStale = false;

@@ -9,6 +9,7 @@
 #include <QDBusObjectPath>
 #include <QObject>
 #include <QString>
+#include <functional>
 
 namespace tidemark {
 
@@ -57,6 +58,9 @@ public:
     /// The item is its menu and nothing else. It then refuses to be activated, at which some panels open the
     /// menu; `action` has to do it for those that do not.
     void setItemIsMenu(bool isMenu) { m_itemIsMenu = isMenu; }
+
+    /// Is called whenever a panel reads the icon.
+    void setReadHandler(std::function<void()> handler) { m_readHandler = std::move(handler); }
 
     [[nodiscard]] QString category() const { return QStringLiteral("ApplicationStatus"); }
     [[nodiscard]] QString id() const { return m_id; }
@@ -107,6 +111,7 @@ private:
     QString m_label;
     QString m_toolTip;
     StatusItem::Action m_action;
+    std::function<void()> m_readHandler;
     bool m_itemIsMenu = false;
     Texts m_published;
     IconPixmaps m_pixmaps;

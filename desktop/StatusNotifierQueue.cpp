@@ -1,10 +1,17 @@
 #include "desktop/StatusNotifierQueue.h"
 
-namespace tidemark {
+#include <chrono>
 
-StatusNotifierQueue::StatusNotifierQueue(std::chrono::milliseconds spacing) {
+namespace tidemark {
+namespace {
+
+constexpr auto longestUnread = std::chrono::seconds(1);
+constexpr auto quietTime = std::chrono::milliseconds(200);
+
+}  // namespace
+
+StatusNotifierQueue::StatusNotifierQueue() {
     m_pause.setSingleShot(true);
-    m_pause.setInterval(spacing);
     connect(&m_pause, &QTimer::timeout, this, &StatusNotifierQueue::runNext);
 }
 
@@ -15,11 +22,21 @@ void StatusNotifierQueue::enqueue(QObject& owner, std::function<void()> step) {
     }
 }
 
+void StatusNotifierQueue::noteRead() {
+    if (m_pause.isActive()) {
+        m_pause.start(quietTime);
+    }
+}
+
+void StatusNotifierQueue::noteFailure() {
+    m_pause.start(0);
+}
+
 void StatusNotifierQueue::runNext() {
     while (!m_steps.isEmpty()) {
         const auto [owner, step] = m_steps.takeFirst();
         if (owner) {
-            m_pause.start();
+            m_pause.start(longestUnread);
             step();
             return;
         }

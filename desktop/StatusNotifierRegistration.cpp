@@ -70,7 +70,9 @@ void StatusNotifierRegistration::onRegistered(const QDBusMessage& reply) {
     }
     const QDBusError::ErrorType error = QDBusError(reply).type();
     const bool isNobodyThere = error == QDBusError::ServiceUnknown || error == QDBusError::Disconnected;
-    if (!isNobodyThere && m_attempts < maximumAttempts) {
+    if (isNobodyThere) {
+        m_queue->noteFailure();
+    } else if (m_attempts < maximumAttempts) {
         later(&StatusNotifierRegistration::registerItem);
     }
 }

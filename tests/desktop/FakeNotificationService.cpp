@@ -18,17 +18,6 @@ QDBusConnection freshConnection() {
                                          QStringLiteral("notification-service-%1").arg(++count));
 }
 
-FakeNotificationService::Notification notificationIn(const QVariantList& arguments) {
-    return {arguments.value(0).toString(),
-            arguments.value(1).toUInt(),
-            arguments.value(2).toString(),
-            arguments.value(3).toString(),
-            arguments.value(4).toString(),
-            arguments.value(5).toStringList(),
-            qdbus_cast<QVariantMap>(arguments.value(6)),
-            arguments.value(7).toInt()};
-}
-
 }  // namespace
 
 FakeNotificationService::FakeNotificationService() : m_connection(freshConnection()) {
@@ -76,9 +65,8 @@ QDBusMessage FakeNotificationService::answerTo(const QDBusMessage& message) {
     const QString expectedSignature = QStringLiteral("susssasa{sv}i");
     if (message.member() != QStringLiteral("Notify") || message.signature() != expectedSignature)
         return message.createErrorReply(QDBusError::UnknownMethod, message.member());
-    notifications.append(notificationIn(message.arguments()));
-    if (wrongAnswer.isValid())
-        return message.createReply(std::exchange(wrongAnswer, {}));
+    QVariantList& arguments = notifications.emplace_back(message.arguments());
+    arguments[6] = qdbus_cast<QVariantMap>(arguments.at(6));
     return message.createReply(nextId++);
 }
 

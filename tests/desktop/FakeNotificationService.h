@@ -4,24 +4,13 @@
 #include <QDBusVirtualObject>
 #include <QList>
 #include <QStringList>
-#include <QVariantMap>
+#include <QVariantList>
 
 namespace tidemark {
 
 /// A desktop's org.freedesktop.Notifications on a bus connection of its own, well behaved or not.
 class FakeNotificationService final : public QDBusVirtualObject {
 public:
-    struct Notification {
-        QString applicationName;
-        uint replacesId = 0;
-        QString icon;
-        QString title;
-        QString body;
-        QStringList actions;
-        QVariantMap hints;
-        int expiry = 0;
-    };
-
     FakeNotificationService();
     ~FakeNotificationService() override;
 
@@ -30,14 +19,13 @@ public:
 
     /// What it answers when asked for its capabilities; without a value, an error.
     QVariant capabilities = QStringList{QStringLiteral("body"), QStringLiteral("actions")};
-    /// What it answers to the next notification instead of a number.
-    QVariant wrongAnswer;
     bool isSilent = false;
     /// Signals, each with its arguments, that it sends before it answers the next notification.
     QList<std::pair<QString, QVariantList>> early;
     uint nextId = 1;
 
-    QList<Notification> notifications;
+    /// The arguments of each notification.
+    QList<QVariantList> notifications;
     int callCount = 0;
 
     /// Tells every program.

@@ -2,6 +2,8 @@
 
 #include <QDBusConnectionInterface>
 #include <QDBusError>
+#include <QDBusMessage>
+#include <QDBusPendingCall>
 
 namespace tidemark {
 namespace {
@@ -43,6 +45,12 @@ void FakeStatusNotifierWatcher::RegisterStatusNotifierItem(const QString& servic
         --lapses;
     } else {
         m_items.append(service + QStringLiteral("/StatusNotifierItem"));
+        // As panels do.
+        QDBusMessage read = QDBusMessage::createMethodCall(service, QStringLiteral("/StatusNotifierItem"),
+                                                           QStringLiteral("org.freedesktop.DBus.Properties"),
+                                                           QStringLiteral("GetAll"));
+        read << QStringLiteral("org.kde.StatusNotifierItem");
+        m_connection.asyncCall(read);
     }
 }
 

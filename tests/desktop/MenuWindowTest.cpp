@@ -36,170 +36,151 @@ class MenuWindowTest final : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void chooses_data();
-    void chooses();
-    void releaseOfTheOpeningClickNeedsADrag();
-    void keepsItsCornerOnTheScreen_data();
-    void keepsItsCornerOnTheScreen();
-    void everyEntryOfALongMenuIsReachable();
-    void changesUnderThePointerChooseNothing();
+    void chooses_data() {
+        QTest::addColumn<QString>("letters");
+        QTest::addColumn<Gesture>("gesture");
+        QTest::addColumn<QString>("expected");
+        const auto row = [](const char* name, const char* letters, const Gesture& gesture,
+                            const char* expected) {
+            QTest::newRow(name) << QString::fromLatin1(letters) << gesture << QString::fromLatin1(expected);
+        };
+        row("down", "A-B--cD", keys({Qt::Key_Down, Qt::Key_Return}), "closed c");
+        row("round", "abc", keys({Qt::Key_Home, Qt::Key_Up, Qt::Key_Up, Qt::Key_Enter}), "closed b");
+        row("end", "-aB-cD-", keys({Qt::Key_Down, Qt::Key_End, Qt::Key_Return}), "closed c");
+        row("all disabled", "AB", keys({Qt::Key_Down, Qt::Key_Up, Qt::Key_Return}), "");
+        row("shortcut", "a-bq", keys({Qt::CTRL | Qt::Key_Q}), "closed q");
+        row("disabled shortcut", "aQ", keys({Qt::CTRL | Qt::Key_Q, Qt::Key_Q}), "");
+        row("escape", "ab", keys({Qt::Key_Down, Qt::Key_Escape}), "closed ");
+        row("click", "abcd", drag(1, 1), "closed b");
+        row("disabled", "abCd", drag(2, 2), "");
+        row("outside", "ab", drag(-1, 0), "closed ");
+        row(
+            "emptied", "ab", [](MenuWindow& window) { window.setMenu({}); }, "closed ");
+        const auto loseFocus = [](MenuWindow& window) {
+            QFocusEvent lost(QEvent::FocusOut);
+            QCoreApplication::sendEvent(&window, &lost);
+        };
+        row("focus lost", "ab", loseFocus, "closed ");
+    }
+
+    void chooses() {
+        QFETCH(QString, letters);
+        QFETCH(Gesture, gesture);
+        QFETCH(QString, expected);
+        MenuWindow window;
+        connect(&window, &MenuWindow::closed, this, [this] { m_told += QStringLiteral("closed "); });
+        window.popup(menuOf(QStringLiteral("--")), {100, 100});
+        QVERIFY(!window.isOpen() && !window.isVisible());
+        window.popup(menuOf(QStringLiteral("xyz")), {10, 10});
+        window.popup(menuOf(letters), {100, 100});
+        gesture(window);
+        QCOMPARE(window.isOpen(), expected.isEmpty());
+        QCOMPARE(window.isVisible(), expected.isEmpty());
+        QCOMPARE(told(), expected);
+    }
+
+    void releaseOfTheOpeningClickNeedsADrag() {
+        QRasterWindow panel;
+        panel.setGeometry(0, 0, 800, 100);
+        panel.show();
+        MenuWindow window;
+        for (const bool isDragged : {false, true}) {
+            QTest::mousePress(&panel, Qt::LeftButton, {}, {100, 98});
+            window.popup(menuOf(QStringLiteral("abcd")), {100, 98});
+            const QPoint place = isDragged ? middle(window, 1) : QPoint(3, 6);
+            QTest::mouseMove(&window, place);
+            QTest::mouseRelease(&window, Qt::LeftButton, {}, place);
+            QCOMPARE(told(), isDragged ? QStringLiteral("b") : QString());
+        }
+    }
+
+    void keepsItsCornerOnTheScreen() {
+        const QRect screen = QGuiApplication::primaryScreen()->availableGeometry();
+        const QPoint end = screen.bottomRight() + QPoint(1, 1);
+        for (const QPoint place : {QPoint(60, 300), QPoint(end.x(), screen.y()), end}) {
+            MenuWindow window;
+            const auto corner = [&] {
+                return window.position() + QPoint(place.x() == end.x() ? window.width() : 0,
+                                                  place.y() == end.y() ? window.height() : 0);
+            };
+            window.popup(menuOf(QStringLiteral("ab")), place);
+            QCOMPARE(corner(), place);
+            const QSize before = window.size();
+            Menu menu = menuOf(QStringLiteral("abc"));
+            menu.last().currentTitle = [] { return QString(1000, u'w'); };
+            window.setMenu(menu);
+            QCOMPARE(corner(), place);
+            const QSize grown = window.size();
+            QVERIFY(before.width() < grown.width() && before.height() < grown.height());
+            QVERIFY(grown.width() < screen.width());
+            window.setMenu(menuOf(QStringLiteral("abc")));
+            QCOMPARE(window.size(), grown);
+        }
+    }
+
+    void everyEntryOfALongMenuIsReachable() {
+        MenuWindow window;
+        const QRect screen = QGuiApplication::primaryScreen()->availableGeometry();
+        window.popup(menuOf(QString(50, u'a') + QStringLiteral("bc")), screen.center());
+        QVERIFY(screen.contains(window.geometry()));
+        keys({Qt::Key_End, Qt::Key_Up, Qt::Key_Home})(window);
+        // The pointer at the lower edge scrolls to the end.
+        const QPoint bottom(20, window.height() - 12);
+        QTest::mouseMove(&window, bottom);
+        const auto isChosenByClick = [&] {
+            QTest::mouseClick(&window, Qt::LeftButton, {}, bottom);
+            return !window.isOpen();
+        };
+        QTRY_VERIFY(isChosenByClick());
+        QCOMPARE(told(), QStringLiteral("c"));
+    }
+
+    void changesUnderThePointerChooseNothing() {
+        MenuWindow window;
+        window.popup(menuOf(QStringLiteral("abc")), {100, 100});
+        const QPoint place = middle(window, 1, 3);
+        QTest::mousePress(&window, Qt::LeftButton, {}, place);
+        window.setMenu(menuOf(QStringLiteral("xabc")));
+        QTest::mouseRelease(&window, Qt::LeftButton, {}, place);
+        window.setMenu(menuOf(QStringLiteral("yxabc")));
+        QTest::mouseClick(&window, Qt::LeftButton, {}, place);
+        QCOMPARE(told(), QString());
+        // It was shown by that click, and stays the highlighted one.
+        window.setMenu(menuOf(QStringLiteral("Yabcx")));
+        keys({Qt::Key_Return})(window);
+        QCOMPARE(told(), QStringLiteral("x"));
+
+        window.popup(menuOf(QStringLiteral("abc")), {100, 100});
+        QTest::mousePress(&window, Qt::LeftButton, {}, place);
+        window.setMenu(menuOf(QStringLiteral("AbCd")));
+        QTest::mouseRelease(&window, Qt::LeftButton, {}, place);
+        QCOMPARE(told(), QStringLiteral("b"));
+    }
 
 private:
     /// An entry a letter, with its title and shortcut; a capital one is disabled, a dash a separator.
-    [[nodiscard]] Menu menuOf(const QString& letters);
+    [[nodiscard]] Menu menuOf(const QString& letters) {
+        Menu menu;
+        for (const QChar letter : letters) {
+            menu.append({.identifier = letter.toLower(), .title = letter, .isSeparator = letter == u'-'});
+            if (letter != u'-') {
+                menu.last().keyEquivalent = letter.toLower();
+            }
+            if (letter.isLower()) {
+                menu.last().action = [this, letter] { m_told += letter; };
+            }
+        }
+        return menu;
+    }
+
     /// What was told since the last time, in order.
-    [[nodiscard]] QString told();
+    [[nodiscard]] QString told() {
+        QCoreApplication::processEvents();
+        return std::exchange(m_told, {});
+    }
 
     QString m_told;
 };
-
-Menu MenuWindowTest::menuOf(const QString& letters) {
-    Menu menu;
-    for (const QChar letter : letters) {
-        menu.append({.identifier = letter.toLower(), .title = letter, .isSeparator = letter == u'-'});
-        if (letter != u'-') {
-            menu.last().keyEquivalent = letter.toLower();
-        }
-        if (letter.isLower()) {
-            menu.last().action = [this, letter] { m_told += letter; };
-        }
-    }
-    return menu;
-}
-
-QString MenuWindowTest::told() {
-    QCoreApplication::processEvents();
-    return std::exchange(m_told, {});
-}
-
-void MenuWindowTest::chooses_data() {
-    QTest::addColumn<QString>("letters");
-    QTest::addColumn<Gesture>("gesture");
-    QTest::addColumn<QString>("expected");
-    QTest::newRow("down") << "A-B--cD" << keys({Qt::Key_Down, Qt::Key_Return}) << "closed c";
-    QTest::newRow("round") << "abc" << keys({Qt::Key_Home, Qt::Key_Up, Qt::Key_Up, Qt::Key_Enter})
-                           << "closed b";
-    QTest::newRow("up") << "-ab-" << keys({Qt::Key_Up, Qt::Key_Return}) << "closed b";
-    QTest::newRow("end") << "aB-cD" << keys({Qt::Key_Down, Qt::Key_End, Qt::Key_Return}) << "closed c";
-    QTest::newRow("all disabled") << "AB" << keys({Qt::Key_Down, Qt::Key_Up, Qt::Key_Return}) << "";
-    QTest::newRow("shortcut") << "a-bq" << keys({Qt::CTRL | Qt::Key_Q}) << "closed q";
-    QTest::newRow("disabled shortcut") << "aQ" << keys({Qt::CTRL | Qt::Key_Q, Qt::Key_Q}) << "";
-    QTest::newRow("escape") << "ab" << keys({Qt::Key_Down, Qt::Key_Escape}) << "closed ";
-    QTest::newRow("click") << "abcd" << drag(1, 1) << "closed b";
-    QTest::newRow("drag") << "Abcd" << drag(0, 3) << "closed d";
-    QTest::newRow("disabled") << "abCd" << drag(2, 2) << "";
-    QTest::newRow("outside") << "ab" << drag(-1, 0) << "closed ";
-    QTest::newRow("emptied") << "ab" << Gesture([](MenuWindow& window) { window.setMenu({}); }) << "closed ";
-    QTest::newRow("focus lost") << "ab" << Gesture([](MenuWindow& window) {
-        QFocusEvent lost(QEvent::FocusOut);
-        QCoreApplication::sendEvent(&window, &lost);
-    }) << "closed ";
-}
-
-void MenuWindowTest::chooses() {
-    QFETCH(QString, letters);
-    QFETCH(Gesture, gesture);
-    QFETCH(QString, expected);
-    MenuWindow window;
-    connect(&window, &MenuWindow::closed, this, [this] { m_told += QStringLiteral("closed "); });
-    window.popup(menuOf(QStringLiteral("--")), {100, 100});
-    QVERIFY(!window.isOpen() && !window.isVisible());
-    window.popup(menuOf(QStringLiteral("xyz")), {10, 10});
-    window.popup(menuOf(letters), {100, 100});
-    gesture(window);
-    QCOMPARE(window.isOpen(), expected.isEmpty());
-    QCOMPARE(window.isVisible(), expected.isEmpty());
-    QCOMPARE(told(), expected);
-}
-
-void MenuWindowTest::releaseOfTheOpeningClickNeedsADrag() {
-    QRasterWindow panel;
-    panel.setGeometry(0, 0, 800, 100);
-    panel.show();
-    MenuWindow window;
-    for (const bool isDragged : {false, true}) {
-        QTest::mousePress(&panel, Qt::LeftButton, {}, {100, 98});
-        window.popup(menuOf(QStringLiteral("abcd")), {100, 98});
-        const QPoint place = isDragged ? middle(window, 1) : QPoint(3, 6);
-        QTest::mouseMove(&window, place);
-        QTest::mouseRelease(&window, Qt::LeftButton, {}, place);
-        QCOMPARE(told(), isDragged ? QStringLiteral("b") : QString());
-    }
-}
-
-void MenuWindowTest::keepsItsCornerOnTheScreen_data() {
-    QTest::addColumn<QPoint>("place");
-    QTest::addColumn<Qt::Corner>("corner");
-    const QRect screen = QGuiApplication::primaryScreen()->availableGeometry();
-    const QPoint end = screen.bottomRight() + QPoint(1, 1);
-    QTest::newRow("middle") << QPoint(60, 300) << Qt::TopLeftCorner;
-    QTest::newRow("top panel") << QPoint(end.x(), screen.y()) << Qt::TopRightCorner;
-    QTest::newRow("bottom panel") << end << Qt::BottomRightCorner;
-}
-
-void MenuWindowTest::keepsItsCornerOnTheScreen() {
-    QFETCH(QPoint, place);
-    QFETCH(Qt::Corner, corner);
-    MenuWindow window;
-    QSize last;
-    const auto isBiggerAtItsCorner = [&] {
-        const QRect now(window.position(), window.size());
-        const QSize before = std::exchange(last, now.size());
-        const QPoint at((corner & 1) != 0 ? now.x() + now.width() : now.x(),
-                        (corner & 2) != 0 ? now.y() + now.height() : now.y());
-        return at == place && before.width() < now.width() && before.height() < now.height();
-    };
-    Menu menu = menuOf(QStringLiteral("ab"));
-    menu.last().currentTitle = [] { return QString(30, u'w'); };
-    window.popup(menu, place);
-    QVERIFY(isBiggerAtItsCorner());
-    menu.append(menuOf(QStringLiteral("c")));
-    menu.last().title.fill(u'w', 1000);
-    window.setMenu(menu);
-    QVERIFY(isBiggerAtItsCorner());
-    QVERIFY(last.width() < window.screen()->availableGeometry().width());
-    window.setMenu(menuOf(QStringLiteral("abc")));
-    QCOMPARE(window.size(), last);
-}
-
-void MenuWindowTest::everyEntryOfALongMenuIsReachable() {
-    MenuWindow window;
-    const QRect screen = QGuiApplication::primaryScreen()->availableGeometry();
-    window.popup(menuOf(QString(50, u'a') + QStringLiteral("bc")), screen.center());
-    QVERIFY(screen.contains(window.geometry()));
-    keys({Qt::Key_End, Qt::Key_Up, Qt::Key_Home})(window);
-    // The pointer at the lower edge scrolls to the end.
-    const QPoint bottom(20, window.height() - 12);
-    QTest::mouseMove(&window, bottom);
-    const auto isChosenByClick = [&] {
-        QTest::mouseClick(&window, Qt::LeftButton, {}, bottom);
-        return !window.isOpen();
-    };
-    QTRY_VERIFY(isChosenByClick());
-    QCOMPARE(told(), QStringLiteral("c"));
-}
-
-void MenuWindowTest::changesUnderThePointerChooseNothing() {
-    MenuWindow window;
-    window.popup(menuOf(QStringLiteral("abc")), {100, 100});
-    const QPoint place = middle(window, 1, 3);
-    QTest::mousePress(&window, Qt::LeftButton, {}, place);
-    window.setMenu(menuOf(QStringLiteral("xabc")));
-    QTest::mouseRelease(&window, Qt::LeftButton, {}, place);
-    window.setMenu(menuOf(QStringLiteral("yxabc")));
-    QTest::mouseClick(&window, Qt::LeftButton, {}, place);
-    QCOMPARE(told(), QString());
-    // It was shown by that click, and stays the highlighted one.
-    window.setMenu(menuOf(QStringLiteral("Yabcx")));
-    keys({Qt::Key_Return})(window);
-    QCOMPARE(told(), QStringLiteral("x"));
-
-    window.popup(menuOf(QStringLiteral("abc")), {100, 100});
-    QTest::mousePress(&window, Qt::LeftButton, {}, place);
-    window.setMenu(menuOf(QStringLiteral("AbCd")));
-    QTest::mouseRelease(&window, Qt::LeftButton, {}, place);
-    QCOMPARE(told(), QStringLiteral("b"));
-}
 
 }  // namespace
 }  // namespace tidemark

@@ -70,22 +70,16 @@ private Q_SLOTS:
             arrives(line, writes(answer(line, "{\"error\": 1}", "")), status, "{\"error\": 1}");
         }
         arrives("204", writes("HTTP/1.1 204 No Content\r\n\r\n"), 204, "");
-        arrives("304", writes("HTTP/1.1 304 Not Modified\r\n\r\n"), 304, "");
-        arrives("empty body", writes(answer("200 OK", "", "")), 200, "");
-        for (const QByteArray scheme : {"Basic realm=\"x\"", "Negotiate", "Digest realm=\"x\", nonce=\"1\""})
-            arrives(scheme, closes(answer("401 Who", large, "WWW-Authenticate: " + scheme + "\r\n")), 401,
-                    large);
+        arrives("401", closes(answer("401 Who", large, "WWW-Authenticate: Negotiate\r\n")), 401, large);
         arrives("body until the end", closes("HTTP/1.1 200 OK\r\n\r\n" + large), 200, large);
         arrives("chunked", writes("HTTP/1.1 200 OK\r\n" + chunked + "\r\n3\r\nabc\r\n0\r\n\r\n"), 200, "abc");
         arrives("compressed", writes(answer("200 OK", deflated(large), compressed)), 200, large);
-        arrives("compressed error", writes(answer("429 Slow", deflated(large), compressed)), 429, large);
 
         const auto fails = [](const char* name, const Script& script, TransportError error) {
             QTest::newRow(name) << script << failed(error);
         };
         fails("too large", writes(answer("200 OK", beyond, "")), tooLarge);
         fails("bomb", writes(answer("200 OK", bomb, compressed)), tooLarge);
-        fails("bomb with an error status", writes(answer("404 Not Found", bomb, compressed)), tooLarge);
         fails("broken compression", writes(answer("200 OK", "garbage", compressed)), connectionLost);
         fails("compression nobody asked for", writes(answer("200 OK", "abc", "Content-Encoding: br\r\n")),
               other);
@@ -93,17 +87,13 @@ private Q_SLOTS:
         fails("cut off by the end", closes("HTTP/1.1 200 OK\r\n" + compressed + "\r\n" + cut),
               connectionLost);
         fails("closed mid-body", closes("HTTP/1.1 200 OK\r\nContent-Length: 10\r\n\r\nabc"), connectionLost);
-        fails("closed mid-error", closes("HTTP/1.1 500 Oops\r\nContent-Length: 10\r\n\r\nabc"),
-              connectionLost);
         fails("closed between chunks",
               closes("HTTP/1.1 200 OK\r\n" + chunked + compressed + "\r\n3\r\n" + cut.first(3) + "\r\n"),
               connectionLost);
-        fails("closed mid-head", closes("HTTP/1.1 200 OK\r\nContent-Le"), connectionLost);
         fails("closed at once", closes(""), connectionLost);
         fails("reset", reset, connectionLost);
-        // Qt does not tell these from a connection that was lost.
-        fails("another protocol", closes("SSH-2.0-OpenSSH_9.2p1\r\n"), connectionLost);
-        fails("another protocol that waits", writes("220 mail.example ESMTP\r\n"), connectionLost);
+        // Qt does not tell this from a connection that was lost.
+        fails("another protocol", writes("220 mail.example ESMTP\r\n"), connectionLost);
     }
 
     void answersAndFailures() {
@@ -118,27 +108,21 @@ private Q_SLOTS:
         QVERIFY(watch.elapsed() < 5000);
     }
 
-    void postIsNeverSentTwice_data() {
-        QTest::addColumn<QByteArray>("body");
-        QTest::addColumn<Script>("script");
-        QTest::newRow("closed") << QByteArray("abc") << MisbehavingServer::writesAndCloses("");
-        QTest::newRow("closed, empty body") << QByteArray() << MisbehavingServer::writesAndCloses("");
-        QTest::newRow("reset") << QByteArray("abc") << Script(reset);
-        QTest::newRow("reset, large body") << QByteArray(300'000, 'x') << Script(reset);
-        QTest::newRow("nonsense") << QByteArray("abc") << MisbehavingServer::writesAndCloses("oops\r\n");
-    }
-
     void postIsNeverSentTwice() {
-        QFETCH(QByteArray, body);
-        QFETCH(Script, script);
-        MisbehavingServer server(script);
-        HttpRequest request = authorised(server.url());
-        request.method = HttpMethod::post;
-        request.body = body;
-        const HttpResult result = send(*m_client, request);
-        QCOMPARE(summary(result), summary(failed(TransportError::connectionLost)));
-        QCOMPARE(server.requests().size(), 1);
-        QVERIFY(server.requests().at(0).endsWith("\r\n\r\n" + body));
+        const std::pair<QByteArray, Script> cases[]{{"abc", MisbehavingServer::writesAndCloses("")},
+                                                    {"", MisbehavingServer::writesAndCloses("")},
+                                                    {QByteArray(300'000, 'x'), reset},
+                                                    {"abc", MisbehavingServer::writesAndCloses("oops\r\n")}};
+        for (const auto& [body, script] : cases) {
+            MisbehavingServer server(script);
+            HttpRequest request = authorised(server.url());
+            request.method = HttpMethod::post;
+            request.body = body;
+            const HttpResult result = send(*m_client, request);
+            QCOMPARE(summary(result), summary(failed(TransportError::connectionLost)));
+            QCOMPARE(server.requests().size(), 1);
+            QVERIFY(server.requests().at(0).endsWith("\r\n\r\n" + body));
+        }
     }
 
     /// The server closes as soon as the second request comes in, as one does whose patience just ran out.
@@ -155,35 +139,23 @@ private Q_SLOTS:
         QCOMPARE(server.connectionCount(), 2);
     }
 
-    void deadlineBoundsTheWholeExchange_data() {
-        QTest::addColumn<Script>("script");
-        QTest::newRow("silent") << MisbehavingServer::writes("");
-        QTest::newRow("dripping head") << drips("HTTP/1.1 200 OK\r\n", "X-Drip: 1\r\n");
-        QTest::newRow("dripping body") << drips("HTTP/1.1 200 OK\r\nContent-Length: 1000000\r\n\r\n", "x");
-        QTest::newRow("dripping interim answers") << drips("", "HTTP/1.1 100 Continue\r\n\r\n");
-    }
-
     void deadlineBoundsTheWholeExchange() {
-        QFETCH(Script, script);
-        MisbehavingServer server(script);
-        HttpRequest request = get(server.url());
-        request.timeout = 100ms;
-        const HttpResult result = send(*m_client, request);
-        QCOMPARE(summary(result), summary(failed(TransportError::timedOut)));
-        QTRY_COMPARE(server.openConnectionCount(), 0);
-    }
-
-    void stopEndsAtOnce_data() {
-        QTest::addColumn<Script>("script");
-        QTest::newRow("before the answer") << MisbehavingServer::writes("");
-        QTest::newRow("in the body") << MisbehavingServer::writes(
-            "HTTP/1.1 200 OK\r\nContent-Length: 1000000\r\n\r\nabc");
+        for (const auto& script :
+             {MisbehavingServer::writes(""), drips("HTTP/1.1 200 OK\r\n", "X-Drip: 1\r\n"),
+              drips("HTTP/1.1 200 OK\r\nContent-Length: 1000000\r\n\r\n", "x"),
+              drips("", "HTTP/1.1 100 Continue\r\n\r\n")}) {
+            MisbehavingServer server(script);
+            HttpRequest request = get(server.url());
+            request.timeout = 100ms;
+            const HttpResult result = send(*m_client, request);
+            QCOMPARE(summary(result), summary(failed(TransportError::timedOut)));
+            QTRY_COMPARE(server.openConnectionCount(), 0);
+        }
     }
 
     void stopEndsAtOnce() {
-        QFETCH(Script, script);
-        MisbehavingServer server(script);
-
+        MisbehavingServer server(
+            MisbehavingServer::writes("HTTP/1.1 200 OK\r\nContent-Length: 1000000\r\n\r\nabc"));
         std::stop_source early;
         early.request_stop();
         auto refused = m_client->send(get(server.url()), early.get_token());
@@ -212,14 +184,6 @@ private Q_SLOTS:
         const QUrl nobody(u"http://127.0.0.1:%1/"_s.arg(closed.serverPort()));
         closed.close();
         QVERIFY(send(*m_client, get(nobody)) == failed(TransportError::connectionRefused));
-
-        // Plain HTTP where TLS is expected.
-        MisbehavingServer plain(MisbehavingServer::writes(""));
-        QUrl secure = plain.url();
-        secure.setScheme(u"https"_s);
-        HttpRequest request = get(secure);
-        request.timeout = 100ms;
-        QVERIFY(send(*m_client, request) == failed(TransportError::timedOut));
     }
 
     void clientGoesWhileRequestsRun() {

@@ -120,28 +120,11 @@ private Q_SLOTS:
         QCOMPARE(server.connectionCount(), 0);
     }
 
-    void selfSignedCertificateIsRefused() {
-        QTemporaryDir folder;
-        MisbehavingServer server(MisbehavingServer::writes(MisbehavingServer::answer("200 OK", "x")),
-                                 selfSigned(folder));
-        NetworkHttpClient client(loopbackOptions());
-        const HttpResult result = send(client, authorised(server.url()));
-        QCOMPARE(summary(result), summary(refusal));
-        QCOMPARE(server.requests().size(), 0);
-    }
-
-    /// Over TLS that is in order: HTTP/1.1 even when the server prefers its successor, and no way back to
-    /// plain.
-    void trustedServer() {
+    /// HTTP/1.1 even when the server prefers its successor, and no way back to plain.
+    void tlsIsTakenSeriously() {
         QTemporaryDir folder;
         QSslConfiguration tls = selfSigned(folder);
         tls.setAllowedNextProtocols({"h2", "http/1.1"});
-        const QSslConfiguration before = QSslConfiguration::defaultConfiguration();
-        const auto restore = qScopeGuard([&before] { QSslConfiguration::setDefaultConfiguration(before); });
-        QSslConfiguration trusting = before;
-        trusting.addCaCertificate(tls.localCertificate());
-        QSslConfiguration::setDefaultConfiguration(trusting);
-
         MisbehavingServer plain(MisbehavingServer::writes(MisbehavingServer::answer("200 OK", "plain")));
         const QByteArray location = "Location: " + plain.url().toEncoded() + "\r\n";
         MisbehavingServer server(
@@ -153,6 +136,15 @@ private Q_SLOTS:
             tls);
         auto options = loopbackOptions();
         options.insecureLoopback = NetworkHttpClient::InsecureLoopback::refused;
+        NetworkHttpClient distrusting(options);
+        QVERIFY(send(distrusting, authorised(server.url())) == refusal);
+        QCOMPARE(server.requests().size(), 0);
+
+        const QSslConfiguration before = QSslConfiguration::defaultConfiguration();
+        const auto restore = qScopeGuard([&before] { QSslConfiguration::setDefaultConfiguration(before); });
+        QSslConfiguration trusting = before;
+        trusting.addCaCertificate(tls.localCertificate());
+        QSslConfiguration::setDefaultConfiguration(trusting);
         NetworkHttpClient client(options);
         QVERIFY(send(client, get(server.url())) == answered(200, "safe"));
         QVERIFY(send(client, get(server.url(u"/down"_s))) == refusal);
@@ -161,12 +153,8 @@ private Q_SLOTS:
 
     /// The proxy sees the way to other machines, without the token, and nothing of what stays on this one.
     void systemProxyIsUsed() {
-        QByteArray status;
-        MisbehavingServer proxy([&status](QTcpSocket& socket, const QByteArray&) {
-            const QByteArray headers = "Proxy-Authenticate: Basic realm=\"x\"\r\nConnection: close\r\n";
-            socket.write(MisbehavingServer::answer(status, "", headers));
-            socket.disconnectFromHost();
-        });
+        MisbehavingServer proxy(MisbehavingServer::writesAndCloses(MisbehavingServer::answer(
+            "407 Who", "", "Proxy-Authenticate: Basic realm=\"x\"\r\nConnection: close\r\n")));
         MisbehavingServer server(MisbehavingServer::writes(MisbehavingServer::answer("200 OK", "x")));
         const auto restore = qScopeGuard([] {
             qunsetenv("http_proxy");
@@ -179,10 +167,7 @@ private Q_SLOTS:
         QCOMPARE(proxy.connectionCount(), 0);
 
         const HttpRequest request = authorised(QUrl(u"https://example.invalid/v1"_s));
-        status = "407 Who";
         QCOMPARE(summary(send(client, request)), summary(failed(TransportError::proxyFailed)));
-        status = "403 Forbidden";
-        QCOMPARE(summary(send(client, request)), summary(failed(TransportError::offline)));
         QVERIFY(proxy.requests().value(0).startsWith("CONNECT example.invalid:443 "));
         for (const QByteArray& seen : proxy.requests())
             QVERIFY(!seen.contains("secret"));

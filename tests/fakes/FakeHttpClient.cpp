@@ -47,11 +47,7 @@ void FakeHttpClient::answer(HttpMethod method, const QString& target, HttpResult
 }
 
 void FakeHttpClient::answer(HttpMethod method, const QString& target, Responder responder) {
-    m_prepared[key(method, target)].always = std::move(responder);
-}
-
-void FakeHttpClient::answerOnce(HttpMethod method, const QString& target, HttpResult result) {
-    m_prepared[key(method, target)].once.append(std::move(result));
+    m_prepared[key(method, target)].responder = std::move(responder);
 }
 
 void FakeHttpClient::hold(HttpMethod method, const QString& target) {
@@ -101,22 +97,20 @@ QString FakeHttpClient::key(HttpMethod method, const QString& target) {
     return (method == HttpMethod::get ? QStringLiteral("GET ") : QStringLiteral("POST ")) + target;
 }
 
-FakeHttpClient::Prepared* FakeHttpClient::find(const HttpRequest& request) {
+const FakeHttpClient::Prepared* FakeHttpClient::find(const HttpRequest& request) const {
     for (const QString& target : {request.url.toString(QUrl::FullyEncoded), pathAndQuery(request.url)}) {
-        const auto found = m_prepared.find(key(request.method, target));
-        if (found != m_prepared.end())
+        const auto found = m_prepared.constFind(key(request.method, target));
+        if (found != m_prepared.cend())
             return &*found;
     }
     return nullptr;
 }
 
 HttpResult FakeHttpClient::resultFor(const HttpRequest& request) {
-    Prepared* prepared = find(request);
-    if (prepared && !prepared->once.isEmpty())
-        return prepared->once.takeFirst();
-    if (prepared && prepared->always) {
+    const Prepared* prepared = find(request);
+    if (prepared && prepared->responder) {
         // A copy: the responder may prepare the next answer.
-        const Responder responder = prepared->always;
+        const Responder responder = prepared->responder;
         return responder(request);
     }
     const QString message =

@@ -27,8 +27,6 @@ public:
     void answer(HttpMethod method, const QString& target, HttpResult result);
     /// The same with an answer made for each request, at the moment it is answered.
     void answer(HttpMethod method, const QString& target, Responder responder);
-    /// Answers one such request, ahead of `answer`. Several are used in the order of the calls.
-    void answerOnce(HttpMethod method, const QString& target, HttpResult result);
 
     /// Keeps back the answers to such requests, those under way included, until `release`.
     void hold(HttpMethod method, const QString& target);
@@ -40,22 +38,19 @@ public:
     [[nodiscard]] qsizetype count(HttpMethod method, const QString& target) const;
     /// How many of them have no answer yet.
     [[nodiscard]] qsizetype pendingCount() const { return m_exchanges.size(); }
-    /// Forgets the requests seen so far; what was prepared stays.
-    void clearRequests() { m_requests.clear(); }
 
     [[nodiscard]] QCoro::Task<HttpResult> send(HttpRequest request, std::stop_token stop) override;
 
 private:
     struct Exchange;
     struct Prepared {
-        QList<HttpResult> once;
-        Responder always;
+        Responder responder;
         bool isHeld = false;
     };
 
     static QString key(HttpMethod method, const QString& target);
     /// What was prepared for the request; null when nothing was.
-    Prepared* find(const HttpRequest& request);
+    [[nodiscard]] const Prepared* find(const HttpRequest& request) const;
     HttpResult resultFor(const HttpRequest& request);
     /// Gives the answer, unless it is held back. Called from the event loop.
     void answerUnlessHeld(const std::shared_ptr<Exchange>& exchange);

@@ -67,17 +67,12 @@ private Q_SLOTS:
         QCOMPARE(one.world->accounts(), lookedAt.world->accounts());
         QCOMPARE(one.world->zones(), lookedAt.world->zones());
         QVERIFY(one.histories() != other.histories());
-        QVERIFY(one.world->cloudflareToken() != other.world->cloudflareToken());
-    }
 
-    void pushByHandDoesNotDisturbTheSchedule() {
-        WorldScene played;
-        WorldScene left;
+        // A push by hand does not disturb the schedule.
+        WorldScene played({.seed = 7});
         QVERIFY(played.world->push(quiet));
-        played.pass(5 * hour);
-        left.pass(5 * hour);
-        for (const QString& project : {u"storefront"_s, u"docs"_s, u"journal"_s})
-            QCOMPARE(played.newest(project), left.newest(project));
+        played.pass(6 * hour);
+        QCOMPARE(played.newest(u"storefront"_s), one.newest(u"storefront"_s));
     }
 
     void opensWithSomethingOfEverything() {
@@ -107,15 +102,11 @@ private Q_SLOTS:
 
     void lifeRunsItsCourse() {
         for (const QString& outcome : {u"READY"_s, u"ERROR"_s, u"CANCELED"_s}) {
-            for (quint64 seed = 1; seed < 9; ++seed) {
-                WorldScene scene({.seed = seed});
-                QVERIFY(scene.world->push(quiet, {.outcome = outcome}));
-                const QStringList states = statesLived(scene, quiet);
-                const QStringList full{u"QUEUED"_s, u"INITIALIZING"_s, u"BUILDING"_s, outcome};
-                const QStringList brief{u"QUEUED"_s, outcome};
-                QVERIFY2(states == full || (outcome == u"CANCELED" && states == brief),
-                         qPrintable(states.join(u' ')));
-            }
+            WorldScene scene;
+            QVERIFY(scene.world->push(quiet, {.outcome = outcome}));
+            const QString lived = statesLived(scene, quiet).join(u' ');
+            const bool isBrief = outcome == u"CANCELED" && lived == u"QUEUED CANCELED";
+            QVERIFY2(isBrief || lived == u"QUEUED INITIALIZING BUILDING "_s + outcome, qPrintable(lived));
         }
     }
 
@@ -127,9 +118,7 @@ private Q_SLOTS:
             return scene.newest(quiet).ready - scene.newest(quiet).created;
         };
         QVERIFY(std::abs(buildTime(1) / 10 - buildTime(10)) <= 1);
-    }
 
-    void speedZeroFreezesAndALaterSpeedGoesOn() {
         WorldScene scene({.speed = 0});
         QVERIFY(scene.world->push(u"storefront"_s));
         for (const int speed : {0, 1, 0}) {
@@ -140,47 +129,14 @@ private Q_SLOTS:
         }
     }
 
-    void stateSetByHandStays() {
-        WorldScene scene;
-        QVERIFY(!scene.world->setState(quiet, u"READY"_s));  // nothing to set it on
-        QVERIFY(!scene.world->setState(u"nobody"_s, u"READY"_s));
-        QVERIFY(scene.world->push(quiet));
-        QVERIFY(scene.world->setState(quiet, u"BUILDING"_s));
-        scene.pass(3 * hour);
-        QCOMPARE(scene.newest(quiet).state, u"BUILDING"_s);
-        QVERIFY(scene.world->setState(quiet, u"READY"_s));
-        QCOMPARE(scene.newest(quiet).ready, scene.now);
-        QVERIFY(!scene.newest(quiet).alias.isEmpty());
-    }
-
     void projectsComeAndGo() {
         WorldScene scene;
-        const quint64 revision = scene.world->project(u"docs"_s)->revision;
         QVERIFY(scene.world->renameProject(u"docs"_s, u"handbook"_s));
         QVERIFY(scene.world->project(u"docs"_s) == nullptr);
-        QVERIFY(scene.world->project(u"handbook"_s)->revision > revision);
-        const QString id = scene.world->addProject(u"fresh"_s, 1, u"prj_mine"_s);
-        QCOMPARE(id, u"prj_mine"_s);
-        QVERIFY(scene.world->push(id));
-        QVERIFY(scene.world->removeProject(id));
-        QVERIFY(!scene.world->removeProject(id));
+        QVERIFY(scene.world->push(scene.world->addProject(u"fresh"_s, 1)));
         while (scene.world->projectCount() > 0)
             QVERIFY(scene.world->removeProject(scene.world->projectAt(0).id));
         scene.pass(hour);  // what was scheduled for them must not matter
-    }
-
-    void clockSetBackAndLongSleepAreSurvived() {
-        WorldScene scene({.speed = 100});
-        scene.pass(hour);
-        const auto before = scene.histories();
-        scene.pass(-30 * minute);
-        QCOMPARE(scene.histories(), before);
-        scene.pass(hour * 24 * 400);
-        const auto after = scene.histories();
-        for (const QList<Deployment>& history : after)
-            QVERIFY(history.isEmpty() || history.first().created <= scene.now);
-        scene.pass(hour);
-        QVERIFY(scene.histories() != after);
     }
 };
 

@@ -26,30 +26,21 @@ QString errorText(const auto& result) {
 
 const QUrl base(u"https://api.example"_s);
 
-/// What becomes of each operation whose requests all get this result, in words.
-struct Outcomes {
-    explicit Outcomes(const HttpResult& result) {
-        FakeHttpClient http;
-        http.answer(HttpMethod::get, u"/v9/projects?limit=100"_s, result);
-        http.answer(HttpMethod::get, u"/v6/deployments?projectId=p&limit=5"_s, result);
-        http.answer(HttpMethod::get, u"/v9/projects/p/domains?limit=50"_s, result);
-        http.answer(HttpMethod::post, u"/v13/deployments?forceNew=1"_s, result);
-        const VercelAPIClient client(http, base, u"tok"_s, {});
-        const std::stop_token stop;
-        projects = errorText(QCoro::waitFor(client.fetchAllProjects(stop)));
-        deployments = errorText(QCoro::waitFor(client.fetchRecentDeployments(u"p"_s, 5, false, stop)));
-        const auto found = QCoro::waitFor(client.fetchProductionDomain(u"p"_s, stop));
-        domain = found ? found->value_or(u"absent"_s) : errorText(found);
-        redeploy = errorText(QCoro::waitFor(client.redeployDeployment(u"d"_s, stop)));
-    }
-
-    [[nodiscard]] QStringList all() const { return {projects, deployments, domain, redeploy}; }
-
-    QString projects;
-    QString deployments;
-    QString domain;
-    QString redeploy;
-};
+/// What becomes of each operation whose requests all get this result, in words: the list of projects, the
+/// deployments, the domain, and the redeploy.
+QStringList outcomes(const HttpResult& result) {
+    FakeHttpClient http;
+    http.answer(HttpMethod::get, u"/v9/projects?limit=100"_s, result);
+    http.answer(HttpMethod::get, u"/v6/deployments?projectId=p&limit=5"_s, result);
+    http.answer(HttpMethod::get, u"/v9/projects/p/domains?limit=50"_s, result);
+    http.answer(HttpMethod::post, u"/v13/deployments?forceNew=1"_s, result);
+    const VercelAPIClient client(http, base, u"tok"_s, {});
+    const auto domain = QCoro::waitFor(client.fetchProductionDomain(u"p"_s, {}));
+    return {errorText(QCoro::waitFor(client.fetchAllProjects({}))),
+            errorText(QCoro::waitFor(client.fetchRecentDeployments(u"p"_s, 5, false, {}))),
+            domain ? domain->value_or(u"absent"_s) : errorText(domain),
+            errorText(QCoro::waitFor(client.redeployDeployment(u"d"_s, {})))};
+}
 
 }  // namespace
 
@@ -58,7 +49,6 @@ class VercelClientsTest final : public QObject {
 
 private Q_SLOTS:
     void everyResultHasItsOutcome() {
-        const auto outcomes = [](const HttpResult& result) { return Outcomes(result).all(); };
         const QString isMissing = u"The answer could not be read: “%1” is missing."_s;
         QCOMPARE(outcomes(httpAnswer(200, "{}")),
                  (QStringList{isMissing.arg(u"projects"_s), isMissing.arg(u"deployments"_s), u"absent"_s,
@@ -69,9 +59,7 @@ private Q_SLOTS:
         QCOMPARE(outcomes(httpAnswer(200, "<html>")), (QStringList{notJson, notJson, u"absent"_s, u"ok"_s}));
 
         const auto failed = [](const QString& text) { return QStringList{text, text, u"absent"_s, text}; };
-        QCOMPARE(outcomes(httpAnswer(302)), failed(u"HTTP error 302"_s));
         QCOMPARE(outcomes(httpAnswer(401)), failed(u"Invalid API token (401)"_s));
-        QCOMPARE(outcomes(httpAnswer(404)), failed(u"HTTP error 404"_s));
         QCOMPARE(outcomes(httpAnswer(429)), failed(u"Rate limited (429)"_s));
         QCOMPARE(outcomes(httpAnswer(500)), failed(u"HTTP error 500"_s));
         QCOMPARE(outcomes(tl::unexpected(TransportError::notHttp)), failed(u"Invalid server response"_s));
@@ -95,10 +83,8 @@ private Q_SLOTS:
         QVERIFY(QCoro::waitFor(std::move(listing)));
         QVERIFY(QCoro::waitFor(std::move(redeploy)));
         using Header = std::pair<QByteArray, QByteArray>;
-        for (const auto& request : http.requests()) {
-            QCOMPARE(request.timeout, std::chrono::seconds(60));
+        for (const auto& request : http.requests())
             QCOMPARE(request.headers.first(), Header("Authorization", "Bearer tok"));
-        }
         QCOMPARE(http.requests().last().headers.last(), Header("Content-Type", "application/json"));
         QCOMPARE(http.requests().last().body, "{\"deploymentId\":\"dpl_\\\"1\"}");
     }
@@ -131,7 +117,6 @@ private Q_SLOTS:
         using Followed = std::pair<qsizetype, qsizetype>;
         QCOMPARE(followed({0}, false), Followed(0, 1));
         QCOMPARE(followed({99}, true), Followed(99, 1));  // a short page is the last
-        QCOMPARE(followed({100}, false), Followed(100, 1));
         QCOMPARE(followed({100, 100, 100, 40}, true), Followed(340, 4));
         QCOMPARE(followed(QList<int>(21, 100), true), Followed(2000, 20));  // never more
     }
@@ -146,7 +131,7 @@ private Q_SLOTS:
 
     void theProductionDomainIsTheFirstVerifiedCustomOne() {
         const auto domain = [](const QByteArray& entries) {
-            return Outcomes(httpAnswer(200, "{\"domains\":[" + entries + "]}")).domain;
+            return outcomes(httpAnswer(200, "{\"domains\":[" + entries + "]}")).at(2);
         };
         const QByteArray skipped = R"({"name":"branch.example","gitBranch":"dev","verified":true},)"
                                    R"({"name":"x.vercel.app","verified":true},)"
@@ -156,7 +141,6 @@ private Q_SLOTS:
         QCOMPARE(domain(skipped + R"(,{"name":"p.example","verified":false},)" + verified), u"q.example"_s);
         QCOMPARE(domain(skipped + R"(,{"name":"p.example"},{"name":"r.example","verified":false})"),
                  u"p.example"_s);
-        QCOMPARE(domain(R"({"name":"x.vercel.app.example"})"), u"x.vercel.app.example"_s);
         QCOMPARE(domain(verified + R"(,{"name":5})"), u"absent"_s);  // all or nothing is read
     }
 
@@ -173,12 +157,10 @@ private Q_SLOTS:
         };
         using enum VercelStatusLevel;
         QCOMPARE(level(indicator("none")), ok);
-        QCOMPARE(level(indicator("minor")), minor);
         QCOMPARE(level(indicator("major", 503)), major);
         QCOMPARE(level(indicator("critical")), critical);
         QCOMPARE(level(indicator("None")), unknown);
         QCOMPARE(level(httpAnswer(200, R"({"status":{}})")), unknown);
-        QCOMPARE(level(httpAnswer(200, "{}")), unknown);
         QCOMPARE(level(httpAnswer(200, "<html>")), unknown);
         QCOMPARE(level(tl::unexpected(TransportError::offline)), unknown);
     }
