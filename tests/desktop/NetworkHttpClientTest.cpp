@@ -109,10 +109,11 @@ private Q_SLOTS:
     }
 
     void postIsNeverSentTwice() {
-        const std::pair<QByteArray, Script> cases[]{{"abc", MisbehavingServer::writesAndCloses("")},
-                                                    {"", MisbehavingServer::writesAndCloses("")},
-                                                    {QByteArray(300'000, 'x'), reset},
-                                                    {"abc", MisbehavingServer::writesAndCloses("oops\r\n")}};
+        const QList<std::pair<QByteArray, Script>> cases{
+            {"abc", MisbehavingServer::writesAndCloses("")},
+            {"", MisbehavingServer::writesAndCloses("")},
+            {QByteArray(300'000, 'x'), reset},
+            {"abc", MisbehavingServer::writesAndCloses("oops\r\n")}};
         for (const auto& [body, script] : cases) {
             MisbehavingServer server(script);
             HttpRequest request = authorised(server.url());
