@@ -2,10 +2,12 @@
 
 #include <QFontDatabase>
 #include <QFontMetricsF>
+#include <QPainterPath>
 #include <algorithm>
 #include <cmath>
 
 #include "desktop/Characters.h"
+#include "desktop/StatusIcon.h"
 
 namespace tidemark {
 
@@ -44,6 +46,19 @@ void drawLetters(QPainter& painter, const QRectF& pill, const QString& text) {
     painter.drawText(QPointF(), text);
 }
 
+/// Just inside of the edge, a pixel wide.
+void drawRim(QPainter& painter, const QRectF& pill, const QColor& color) {
+    if (!color.isValid())
+        return;
+    const double half = 0.5 / painter.transform().m11();
+    const QRectF line = pill.adjusted(half, half, -half, -half);
+    QPainterPath path;
+    path.addRoundedRect(line, line.height() / 2, line.height() / 2);
+    QPen pen(color);
+    pen.setCosmetic(true);
+    painter.strokePath(path, pen);
+}
+
 void drawPill(QPainter& painter, const QColor& color, const QString& text) {
     const QRectF rect = QRectF({}, imageSize).marginsRemoved({margin, margin, margin, margin});
     const QTransform toPixels = painter.transform();
@@ -53,6 +68,7 @@ void drawPill(QPainter& painter, const QColor& color, const QString& text) {
     painter.setPen(Qt::NoPen);
     painter.setBrush(color);
     painter.drawRoundedRect(pill, pill.height() / 2, pill.height() / 2);
+    drawRim(painter, pill, rimFor(color));
     painter.setClipRect(pill);
     if (!text.isEmpty())
         drawLetters(painter, pill, text);

@@ -2,6 +2,8 @@
 
 #include <QGuiApplication>
 #include <QStandardPaths>
+#include <algorithm>
+#include <array>
 #include <utility>
 
 #include "desktop/SecretServiceKeychain.h"
@@ -10,6 +12,11 @@
 namespace tidemark {
 
 using namespace Qt::StringLiterals;
+
+bool Tidemark::hasDesktop() {
+    return std::ranges::any_of(std::array{"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"},
+                               [](const char* name) { return !qEnvironmentVariableIsEmpty(name); });
+}
 
 Tidemark::Options Tidemark::userOptions(Bundle bundle) {
     const QString config = QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation);

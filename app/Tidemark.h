@@ -33,6 +33,9 @@ public:
         std::unique_ptr<Keychain> keychain;
     };
 
+    /// Whether there is a display to connect to, without which the application object cannot be made.
+    [[nodiscard]] static bool hasDesktop();
+
     /// What an installed program runs with.
     [[nodiscard]] static Options userOptions(Bundle bundle);
 

@@ -1,9 +1,14 @@
 #include <QGuiApplication>
+#include <cstdio>
 
 #include "app/Tidemark.h"
 
 int main(int argc, char** argv) {
     using namespace Qt::StringLiterals;
+    if (!tidemark::Tidemark::hasDesktop()) {
+        std::fputs("There is no desktop here to show Tidemark on.\n", stderr);
+        return 1;
+    }
     const QString identifier = u"com.tidemark.Tidemark"_s;
     tidemark::SingleInstance instance(identifier);
     const QGuiApplication application(argc, argv);

@@ -1,6 +1,7 @@
 #include "desktop/DBusMenu.h"
 
 #include "desktop/Characters.h"
+#include "desktop/PointerGrab.h"
 
 #include <QDBusError>
 #include <QDBusMetaType>
@@ -18,6 +19,7 @@ constexpr int rootId = 0;
 /// and closes it, and with one that does not.
 constexpr auto longestOpen = 10min;
 constexpr auto likelyOpen = 60s;
+constexpr auto checkInterval = 1s;
 
 /// A single underscore would be taken for a mnemonic.
 QString labelText(const QString& title) {
@@ -120,17 +122,18 @@ DBusMenu::DBusMenu() {
     qDBusRegisterMetaType<QList<QStringList>>();
     m_open.setSingleShot(true);
     connect(&m_open, &QTimer::timeout, this, &DBusMenu::onClosed);
+    m_check.setSingleShot(true);
+    m_check.setInterval(checkInterval);
+    connect(&m_check, &QTimer::timeout, this, &DBusMenu::updateLayoutWhenClosed);
 }
 
 void DBusMenu::setMenu(const Menu& menu) {
     m_menu = menu;
-    QList<Entry> entries = entriesOf(menu);
-    updateEntries(entries);
+    updateEntries(entriesOf(menu));
     if (m_open.isActive()) {
         refreshTitles();
-    } else if (isLayoutStale()) {
-        updateLayout(std::move(entries));
     }
+    updateLayoutWhenClosed();
 }
 
 bool DBusMenu::wasShownWithin(std::chrono::milliseconds time) const {
@@ -215,6 +218,7 @@ bool DBusMenu::prepareToShow() {
         updateLayout(entriesOf(m_menu));
     }
     refreshTitles();
+    m_tellsWhenClosed = false;
     m_open.start(likelyOpen);
     m_sinceShown.start();
     if (m_shownHandler) {
@@ -225,8 +229,24 @@ bool DBusMenu::prepareToShow() {
 
 void DBusMenu::onClosed() {
     m_open.stop();
-    if (isLayoutStale()) {
+    updateLayoutWhenClosed();
+}
+
+bool DBusMenu::isLikelyOpen() const {
+    if (!m_open.isActive() || m_tellsWhenClosed) {
+        return m_open.isActive();
+    }
+    return isPointerGrabbed().value_or(true);
+}
+
+void DBusMenu::updateLayoutWhenClosed() {
+    if (!isLayoutStale()) {
+        return;
+    }
+    if (!isLikelyOpen()) {
         updateLayout(entriesOf(m_menu));
+    } else if (!m_tellsWhenClosed) {
+        m_check.start();
     }
 }
 
@@ -292,6 +312,7 @@ void DBusMenu::Event(int id, const QString& eventId, const QDBusVariant& /*data*
         onClosed();
     } else if (id == rootId && eventId == u"opened") {
         prepareToShow();
+        m_tellsWhenClosed = true;
         m_open.start(longestOpen);
     }
 }

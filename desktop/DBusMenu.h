@@ -56,8 +56,9 @@ const QDBusArgument& operator>>(const QDBusArgument& argument, DBusMenuEvent& ev
 /// menu at all, while an empty one makes a single click activate the item.
 ///
 /// An entry keeps its id as long as its identifier comes back. Panels close, shrink or tear a menu whose
-/// layout changes while it is open, and most do not say that it is: from the moment that a panel asks to show
-/// it, a menu with other entries waits until it is closed again or that is likely. A changed text does not.
+/// layout changes while it is open, and most do not say when it is closed: from the moment that a panel asks
+/// to show it, a menu with other entries waits until it is closed again or that is likely. A changed text
+/// does not.
 class DBusMenu final : public QObject, protected QDBusContext {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "com.canonical.dbusmenu")
@@ -122,6 +123,10 @@ private:
     /// Whether the panel has to fetch the layout again.
     bool prepareToShow();
     void onClosed();
+    /// Whether a panel shows the menu, as far as can be told.
+    [[nodiscard]] bool isLikelyOpen() const;
+    /// Tells of other entries, or waits until nobody sees it.
+    void updateLayoutWhenClosed();
     /// Runs what the entry does; false when there is no such entry.
     bool choose(int id);
     [[nodiscard]] QVariantMap rootProperties() const;
@@ -138,6 +143,10 @@ private:
     QElapsedTimer m_sinceShown;
     /// Runs while a panel shows the menu, or may.
     QTimer m_open;
+    /// The panel says when the menu is opened and closed.
+    bool m_tellsWhenClosed = false;
+    /// Runs while other entries wait for a panel that does not.
+    QTimer m_check;
 };
 
 }  // namespace tidemark

@@ -26,8 +26,9 @@ constexpr QMargins rowPadding(12, 5, 12, 5);
 constexpr int rowRadius = 5;
 constexpr int separatorHeight = 9;
 constexpr int shortcutGap = 32;
-/// In average letters: room for a commit line, not for every error message.
-constexpr int longestTitle = 64;
+/// A part of the screen's width, for a row.
+constexpr double widestRow = 0.5;
+/// In average letters.
 constexpr int narrowestTitle = 16;
 constexpr int stripHeight = 16;
 constexpr qreal arrowSize = 3;
@@ -62,12 +63,12 @@ QColor textColor(float share) {
     return mixed(palette.color(QPalette::WindowText), palette.color(QPalette::Window), share);
 }
 
-int widthOf(const MenuItem& item, const QString& title) {
+int widthOf(const MenuItem& item, const QString& title, int widest) {
     const QFontMetrics metrics(fontOf(item));
     const QString shortcut = shortcutOf(item);
     const int average = metrics.averageCharWidth();
     return std::clamp(metrics.size(Qt::TextSingleLine, title).width(), narrowestTitle * average,
-                      longestTitle * average) +
+                      std::max(widest, narrowestTitle * average)) +
            (shortcut.isEmpty() ? 0 : shortcutGap + metrics.horizontalAdvance(shortcut)) + rowPadding.left() +
            rowPadding.right();
 }
@@ -177,6 +178,7 @@ QRect MenuWindow::stripBelow() const {
 
 void MenuWindow::layOut() {
     int y = menuPadding;
+    const int limit = static_cast<int>(screen()->availableGeometry().width() * widestRow);
     int widest = 0;
     for (Row& row : m_rows) {
         row.top = y;
@@ -184,7 +186,7 @@ void MenuWindow::layOut() {
                          ? separatorHeight
                          : QFontMetrics(fontOf(row.item)).height() + rowPadding.top() + rowPadding.bottom();
         y += row.height;
-        widest = std::max(widest, widthOf(row.item, row.title));
+        widest = std::max(widest, widthOf(row.item, row.title, limit));
     }
     m_contentHeight = y + menuPadding;
     widest += 2 * menuPadding;

@@ -42,11 +42,10 @@ void drawDot(QPainter& painter, const QColor& color, int size) {
     painter.setCompositionMode(QPainter::CompositionMode_DestinationOut);
     painter.drawEllipse(dot.adjusted(-ring, -ring, ring, ring));
     painter.setCompositionMode(QPainter::CompositionMode_SourceOver);
-    // A dark dot would be a hole in a dark panel: it gets a rim.
-    const bool isDark = color.lightness() < 100;
-    painter.setBrush(isDark ? templateTint : color);
+    const QColor rimColor = rimFor(color);
+    painter.setBrush(rimColor.isValid() ? rimColor : color);
     painter.drawEllipse(dot);
-    if (isDark) {
+    if (rimColor.isValid()) {
         const int rim = std::max(1, static_cast<int>(std::lround(size / 20.0)));
         painter.setBrush(color);
         painter.drawEllipse(dot.adjusted(rim, rim, -rim, -rim));
@@ -63,6 +62,13 @@ IconPixmap toPixmap(const QImage& image) {
 }
 
 }  // namespace
+
+QColor rimFor(const QColor& color) {
+    constexpr int dark = 100;
+    QColor rim = templateTint;
+    rim.setAlpha(color.alpha());
+    return color.lightness() < dark ? rim : QColor();
+}
 
 QImage drawStatusIcon(const StatusImage& image, const QColor& dot, int size) {
     QImage canvas(size, size, QImage::Format_ARGB32_Premultiplied);

@@ -20,6 +20,10 @@ struct IconPixmap {
 };
 using IconPixmaps = QList<IconPixmap>;
 
+/// The colour of a rim for something of this colour that a dark panel would swallow; invalid where none is
+/// needed.
+[[nodiscard]] QColor rimFor(const QColor& color);
+
 /// Draws a square icon: the image fitted into it, and, when `dot` is valid, a dot of that colour in the
 /// bottom right corner. The dot has a transparent ring around it, so that it stands off from the image on
 /// any panel. A template is tinted in a mid tone that reads on dark and on light panels alike.

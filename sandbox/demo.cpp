@@ -73,6 +73,10 @@ void pinProjects(Sandbox& sandbox, int count, const QString& defaultsPath) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    if (!tidemark::Tidemark::hasDesktop()) {
+        std::fputs("There is no desktop here to show the demo on; ./run demo brings one along.\n", stderr);
+        return 1;
+    }
     const QString identifier = u"com.tidemark.Demo"_s;
     tidemark::SingleInstance instance(identifier);
     QGuiApplication application(argc, argv);
