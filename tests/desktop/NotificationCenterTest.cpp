@@ -160,7 +160,8 @@ private Q_SLOTS:
     void forgetsTheOldestOfMany() {
         for (int shown = 1; shown <= 600; ++shown) {
             m_center->add(titled(QString::number(shown)));
-            if (shown % 300 == 0)
+            // The answers to one batch may still be on their way with the next: together fewer than may be.
+            if (shown % 200 == 0)
                 QTRY_COMPARE(m_service->notifications.size(), shown);
         }
         m_service->emitSignal(actionInvoked, {1U, u"default"_s});
