@@ -9,9 +9,13 @@ namespace tidemark {
 AppDelegate::AppDelegate(Services services)
     : m_services(std::move(services)),
       m_configStore(m_services.configPath, m_services.keychain),
-      m_appState(m_services.defaults, m_services.clock) {}
+      m_appState(m_services.defaults, m_services.clock),
+      m_popoverModel(m_appState, m_services.clock, m_services.workspace, m_services.version,
+                     popoverActions()) {}
 
 AppDelegate::~AppDelegate() {
+    // Nobody clicks into a popover whose program is ending.
+    m_popover.reset();
     m_quit.request_stop();
     m_services.keychain.cancel();
     m_tasks.finish();
@@ -19,6 +23,7 @@ AppDelegate::~AppDelegate() {
 
 void AppDelegate::applicationDidFinishLaunching() {
     setupMainStatusItem();
+    setupPopover();
     setupRedeployHandler();
     startStatusPolling();
     observeIndividualIds();
@@ -56,6 +61,7 @@ QCoro::Task<> AppDelegate::storeAndRestart(AppConfiguration configuration) {
 }
 
 void AppDelegate::openPreferences() {
+    m_popover->close();
     m_services.workspace.openFile(m_services.configPath);
 }
 

@@ -4,6 +4,7 @@
 #include <QList>
 #include <QObject>
 #include <QPointer>
+#include <QQmlEngine>
 #include <QString>
 #include <QThreadPool>
 #include <chrono>
@@ -19,11 +20,13 @@
 #include "desktop/Clock.h"
 #include "desktop/HttpClient.h"
 #include "desktop/LoginItem.h"
+#include "desktop/Popover.h"
 #include "desktop/StatusItem.h"
 #include "desktop/TaskScope.h"
 #include "desktop/UserDefaults.h"
 #include "desktop/Workspace.h"
 #include "notify/NotificationManager.h"
+#include "popover/PopoverModel.h"
 #include "state/AppState.h"
 #include "vercel/VercelAPIClient.h"
 
@@ -66,6 +69,8 @@ public:
         Endpoints endpoints;
         /// Where the configuration file is.
         QString configPath;
+        /// The program's; may be empty.
+        QString version;
     };
 
     explicit AppDelegate(Services services);
@@ -80,7 +85,12 @@ public:
     /// stored is used all the same until the program ends.
     void saveConfiguration(const AppConfiguration& configuration);
 
-    /// Lets the user edit the configuration: opens its file.
+    /// Opens the popover at the click on the panel that was reported to be there, or closes it.
+    void togglePopover(QPoint place);
+    /// Brings up the popover where no panel was clicked.
+    void showPopover();
+
+    /// Lets the user edit the configuration: closes the popover and opens the configuration's file.
     void openPreferences();
 
     /// Brings the login item in line; errors are dropped.
@@ -118,6 +128,9 @@ public:
 private:
     void setupMainStatusItem();
     void updateMainButton();
+    void setupPopover();
+    [[nodiscard]] PopoverModel::Actions popoverActions();
+    [[nodiscard]] std::unique_ptr<QWindow> makePopoverWindow();
     void setupRedeployHandler();
     /// Ends when the redeploy has ended, or the delegate.
     [[nodiscard]] static QCoro::Task<> redeployAndWait(QPointer<AppDelegate> delegate, QString projectId);
@@ -146,7 +159,11 @@ private:
     Services m_services;
     ConfigStore m_configStore;
     AppState m_appState;
+    PopoverModel m_popoverModel;
     std::unique_ptr<StatusItem> m_mainStatusItem;
+    /// Made when the popover is first shown.
+    std::unique_ptr<QQmlEngine> m_popoverEngine;
+    std::unique_ptr<Popover> m_popover;
     /// The panel entries of the pinned projects, by project id.
     std::map<QString, std::unique_ptr<ProjectStatusItem>> m_individualItems;
     TaskHandle m_pollingTask;

@@ -19,11 +19,12 @@ QUrl at(QUrl base, const QString& path) {
 
 Endpoints Endpoints::production() {
     return {.vercelApi = QUrl(u"https://api.vercel.com"_s),
-            .vercelStatus = at(QUrl(u"https://www.vercel-status.com"_s), statusPath)};
+            .vercelStatus = at(QUrl(u"https://www.vercel-status.com"_s), statusPath),
+            .cloudflareApi = QUrl(u"https://api.cloudflare.com"_s)};
 }
 
 Endpoints Endpoints::below(const QUrl& base) {
-    return {.vercelApi = base, .vercelStatus = at(base, statusPath)};
+    return {.vercelApi = base, .vercelStatus = at(base, statusPath), .cloudflareApi = base};
 }
 
 }  // namespace tidemark

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QString>
 #include <QUrl>
 
 namespace tidemark {
@@ -10,10 +11,15 @@ struct Endpoints {
     QUrl vercelApi;
     /// The summary document of the Vercel status page.
     QUrl vercelStatus;
+    /// Scheme and host of the Cloudflare API.
+    QUrl cloudflareApi;
+    /// The pages that the user is sent to, which a browser opens.
+    QUrl vercelDashboard{QStringLiteral("https://vercel.com/dashboard")};
+    QUrl cloudflareDashboard{QStringLiteral("https://dash.cloudflare.com")};
 
     /// The real services.
     [[nodiscard]] static Endpoints production();
-    /// Stand-ins for all of them below one address, which has no path.
+    /// Stand-ins for all services below one address, which has no path. The pages are the real ones.
     [[nodiscard]] static Endpoints below(const QUrl& base);
 };
 

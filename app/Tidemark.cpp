@@ -6,12 +6,18 @@
 #include <array>
 #include <utility>
 
+#include "desktop/ActivationToken.h"
 #include "desktop/SecretServiceKeychain.h"
 #include "desktop/TerminationSignals.h"
+#include "popover/PopoverView.h"
 
 namespace tidemark {
 
 using namespace Qt::StringLiterals;
+
+void Tidemark::prepareApplication() {
+    PopoverView::prepareApplication();
+}
 
 bool Tidemark::hasDesktop() {
     return std::ranges::any_of(std::array{"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"},
@@ -63,7 +69,13 @@ int Tidemark::run() {
                           .notifications = m_notifications,
                           .workspace = m_workspace,
                           .endpoints = m_options.endpoints,
-                          .configPath = m_options.configPath});
+                          .configPath = m_options.configPath,
+                          .version = m_options.bundle.version});
+    QObject::connect(&m_instance, &SingleInstance::activated, &delegate,
+                     [&delegate](const QString& activationToken) {
+                         offerActivationToken(activationToken);
+                         delegate.showPopover();
+                     });
     QMetaObject::invokeMethod(
         &delegate, [&delegate] { delegate.applicationDidFinishLaunching(); }, Qt::QueuedConnection);
     return QGuiApplication::exec();

@@ -36,6 +36,9 @@ public:
     /// Whether there is a display to connect to, without which the application object cannot be made.
     [[nodiscard]] static bool hasDesktop();
 
+    /// To be called before the application object is made.
+    static void prepareApplication();
+
     /// What an installed program runs with.
     [[nodiscard]] static Options userOptions(Bundle bundle);
 

@@ -11,6 +11,7 @@ int main(int argc, char** argv) {
     }
     const QString identifier = u"com.tidemark.Tidemark"_s;
     tidemark::SingleInstance instance(identifier);
+    tidemark::Tidemark::prepareApplication();
     const QGuiApplication application(argc, argv);
     QGuiApplication::setDesktopFileName(identifier);
     tidemark::Tidemark program(tidemark::Tidemark::userOptions(

@@ -1,6 +1,6 @@
-#include <QCoreApplication>
 #include <QCoroTask>
 #include <QElapsedTimer>
+#include <QGuiApplication>
 #include <QTemporaryDir>
 #include <QTimer>
 #include <algorithm>
@@ -114,7 +114,8 @@ void measureLoading(NetworkHttpClient& http, const sandbox::Sandbox& sandbox) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    const QCoreApplication application(argc, argv);
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    const QGuiApplication application(argc, argv);
     sandbox::Sandbox sandbox({.projects = 2000, .speed = 0});
     if (!sandbox.start())
         return 1;

@@ -1,7 +1,11 @@
 #pragma once
 
+#include <QByteArray>
 #include <QList>
 #include <QString>
+#include <tl/expected.hpp>
+
+#include "desktop/JsonReader.h"
 
 namespace tidemark {
 
@@ -10,6 +14,7 @@ struct Zone {
     QString id;
     QString name;
 
+    [[nodiscard]] static Zone decode(JsonReader& reader);
     bool operator==(const Zone&) const = default;
 };
 
@@ -33,5 +38,13 @@ struct ZoneAnalytics {
 
     bool operator==(const ZoneAnalytics&) const = default;
 };
+
+/// The zones of a zones list, in its order.
+[[nodiscard]] tl::expected<QList<Zone>, DecodingError> decodeZones(const QByteArray& json);
+
+/// The days of the first zone in an answer to the traffic query, in its order. Only what is not JSON fails.
+/// A query that was refused answers in another shape, which gives no days; a day that lacks a group of its
+/// figures is left out, and a figure that is missing or no 64-bit integer counts as 0.
+[[nodiscard]] tl::expected<QList<DayStats>, DecodingError> decodeDays(const QByteArray& json);
 
 }  // namespace tidemark

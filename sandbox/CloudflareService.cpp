@@ -16,6 +16,7 @@ namespace {
 using namespace Qt::StringLiterals;
 
 constexpr quint64 trafficDraws = 20;
+constexpr quint64 habitDraws = 21;
 
 /// How far back daily figures are kept.
 constexpr int keptDays = 90;
@@ -48,6 +49,11 @@ QDate today(const World& world) {
 /// 0 at midnight UTC, 1 at the next one.
 double dayElapsed(const World& world) {
     return QDateTime::fromMSecsSinceEpoch(world.now(), Qt::UTC).time().msecsSinceStartOfDay() / 86'400'000.0;
+}
+
+/// How a zone's visitors keep the weekend: an office's documentation rests, a shop does not.
+double weekendShare(const World& world, const Zone& zone) {
+    return 0.45 + 0.75 * Random::stream(world.seed() ^ seedOf(zone.id), habitDraws, 0).real();
 }
 
 QJsonObject zoneDocument(const Zone& zone) {
@@ -132,10 +138,12 @@ Reply CloudflareService::query(const Request& request) const {
 QJsonObject CloudflareService::day(const Zone& zone, QDate date) const {
     Random random = Random::stream(m_world.seed() ^ seedOf(zone.id), trafficDraws,
                                    static_cast<quint64>(date.toJulianDay()));
-    const double weekend = date.dayOfWeek() >= 6 ? 0.62 : 1.0;
+    const double weekend = date.dayOfWeek() >= 6 ? weekendShare(m_world, zone) : 1.0;
+    // Now and then somebody with many readers sends them along.
+    const double rush = random.chance(0.08) ? 2.0 + random.real() : 1.0;
     const double elapsed = date == today(m_world) ? dayElapsed(m_world) : 1.0;
     const double requests =
-        static_cast<double>(zone.dailyRequests) * weekend * elapsed * (0.8 + 0.4 * random.real());
+        static_cast<double>(zone.dailyRequests) * weekend * rush * elapsed * (0.8 + 0.4 * random.real());
     const auto share = [&](double low, double high) {
         return static_cast<qint64>(requests * (low + (high - low) * random.real()));
     };

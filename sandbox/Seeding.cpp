@@ -142,6 +142,11 @@ QList<Zone> seedZones(const SandboxOptions& options, const std::vector<std::uniq
         if (project == 1)
             add(QStringLiteral("paper-heron.example"), ZoneTraffic::served);
     }
+    if (projects.size() > 1) {
+        // A second domain of the same project that hardly anybody has found yet.
+        add(projects[1]->name + QStringLiteral(".test"), ZoneTraffic::served);
+        zones.last().dailyRequests = 40;
+    }
     add(QStringLiteral("old-campaign.example"), ZoneTraffic::refused);
     return zones;
 }

@@ -79,6 +79,7 @@ int main(int argc, char** argv) {
     }
     const QString identifier = u"com.tidemark.Demo"_s;
     tidemark::SingleInstance instance(identifier);
+    tidemark::Tidemark::prepareApplication();
     QGuiApplication application(argc, argv);
     QGuiApplication::setDesktopFileName(identifier);
     DemoOptions demoOptions = parseOptions(application);

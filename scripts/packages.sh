@@ -7,7 +7,8 @@
 build_packages=(
     git
     g++ cmake ninja-build ccache pkg-config qt6-base-dev qt6-base-dev-tools qcoro-qt6-dev libexpected-dev
-    libicu-dev libsecret-1-dev libcanberra-dev libxcb1-dev zlib1g-dev libcpp-httplib-dev
+    libicu-dev libsecret-1-dev libcanberra-dev libxcb1-dev libxcb-xinput-dev zlib1g-dev
+    libcpp-httplib-dev
 )
 desktop_packages=(
     xvfb openbox xfce4-panel xfconf dbus dbus-x11 libglib2.0-bin adwaita-icon-theme hicolor-icon-theme

@@ -40,6 +40,12 @@ QString toQString(const icu::UnicodeString& text) {
     return QString::fromUtf16(text.getBuffer(), text.length());
 }
 
+QString format(const icu::DateFormat& formatter, Clock::TimePoint time) {
+    icu::UnicodeString text;
+    icu::FieldPosition anywhere;
+    return toQString(formatter.format(*localCalendar(time), text, anywhere));
+}
+
 }  // namespace
 
 QString DateFormat::relative(Clock::TimePoint time, Clock::TimePoint now) {
@@ -68,9 +74,13 @@ QString DateFormat::relative(Clock::TimePoint time, Clock::TimePoint now) {
 QString DateFormat::absolute(Clock::TimePoint time) {
     static const std::unique_ptr<icu::DateFormat> formatter(icu::DateFormat::createDateTimeInstance(
         icu::DateFormat::kMediumRelative, icu::DateFormat::kShort, userLocale()));
-    icu::UnicodeString text;
-    icu::FieldPosition anywhere;
-    return toQString(formatter->format(*localCalendar(time), text, anywhere));
+    return format(*formatter, time);
+}
+
+QString DateFormat::exact(Clock::TimePoint time) {
+    static const std::unique_ptr<icu::DateFormat> formatter(icu::DateFormat::createDateTimeInstance(
+        icu::DateFormat::kMedium, icu::DateFormat::kMedium, userLocale()));
+    return format(*formatter, time);
 }
 
 bool DateFormat::isSameDay(Clock::TimePoint first, Clock::TimePoint second) {

@@ -18,6 +18,9 @@ public:
     /// A medium date, or the word for it, and a short time: "Yesterday, 7:25 PM", "Nov 20, 2026, 7:25 PM".
     [[nodiscard]] static QString absolute(Clock::TimePoint time);
 
+    /// A medium date and a time with seconds: "Nov 20, 2026, 7:25:13 PM".
+    [[nodiscard]] static QString exact(Clock::TimePoint time);
+
     [[nodiscard]] static bool isSameDay(Clock::TimePoint first, Clock::TimePoint second);
 };
 

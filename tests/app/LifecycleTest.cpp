@@ -146,5 +146,5 @@ private:
     std::unique_ptr<Rig> m_rig;
 };
 
-QTEST_GUILESS_MAIN(LifecycleTest)
+QTEST_MAIN(LifecycleTest)
 #include "LifecycleTest.moc"

@@ -222,5 +222,5 @@ private:
     std::unique_ptr<Rig> m_rig;
 };
 
-QTEST_GUILESS_MAIN(PinnedItemsTest)
+QTEST_MAIN(PinnedItemsTest)
 #include "PinnedItemsTest.moc"

@@ -248,5 +248,5 @@ private:
     std::unique_ptr<Rig> m_rig;
 };
 
-QTEST_GUILESS_MAIN(PollingTest)
+QTEST_MAIN(PollingTest)
 #include "PollingTest.moc"

@@ -227,5 +227,5 @@ private:
     std::unique_ptr<AppDelegate> m_delegate;
 };
 
-QTEST_GUILESS_MAIN(SandboxPollingTest)
+QTEST_MAIN(SandboxPollingTest)
 #include "SandboxPollingTest.moc"

@@ -1,0 +1,39 @@
+#include <QCoreApplication>
+
+#include "app/AppDelegate.h"
+#include "desktop/MemoryTrim.h"
+#include "popover/PopoverView.h"
+
+namespace tidemark {
+
+PopoverModel::Actions AppDelegate::popoverActions() {
+    return {.onOpenPreferences = [this] { openPreferences(); },
+            .onOpenDashboard = [this] { m_services.workspace.openURL(m_services.endpoints.vercelDashboard); },
+            .onQuit = [] { QCoreApplication::quit(); }};
+}
+
+void AppDelegate::setupPopover() {
+    m_popover = std::make_unique<Popover>([this] { return makePopoverWindow(); });
+    // Before its size is asked for.
+    connect(m_popover.get(), &Popover::aboutToShow, this, [this] { m_popoverModel.setActive(true); });
+    connect(m_popover.get(), &Popover::dropped, this, &giveBackMemory);
+    if (m_mainStatusItem)
+        m_mainStatusItem->setAction([this](QPoint place) { togglePopover(place); });
+}
+
+std::unique_ptr<QWindow> AppDelegate::makePopoverWindow() {
+    if (!m_popoverEngine)
+        m_popoverEngine = std::make_unique<QQmlEngine>();
+    return std::make_unique<PopoverView>(m_popoverModel, *m_popoverEngine);
+}
+
+void AppDelegate::togglePopover(QPoint place) {
+    m_popover->toggle(place);
+}
+
+void AppDelegate::showPopover() {
+    if (m_popover)
+        m_popover->showAsWindow();
+}
+
+}  // namespace tidemark

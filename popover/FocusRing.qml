@@ -1,0 +1,13 @@
+import QtQuick
+import Tidemark.Popover
+
+/// Around the control that the keyboard acts on.
+ContinuousRectangle {
+    anchors.fill: parent
+    anchors.margins: -2
+    visible: parent.activeFocus && Navigation.byKeyboard
+    z: 1
+    radius: 5
+    strokeWidth: 2
+    strokeColor: DS.textMuted
+}

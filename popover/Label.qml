@@ -1,0 +1,12 @@
+import QtQuick
+import Tidemark.Popover
+
+/// One line of text, as it is. It elides where it is given less width than it wants.
+Text {
+    textFormat: Text.PlainText
+    horizontalAlignment: Text.AlignLeft
+    elide: Text.ElideRight
+    maximumLineCount: 1
+    color: DS.text
+    font.pixelSize: 11
+}

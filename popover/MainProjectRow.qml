@@ -1,0 +1,196 @@
+pragma ComponentBehavior: Bound
+
+import QtQuick
+import Tidemark.Popover
+
+/// One project of the deployments list: a line that expands into its details.
+ProjectListRow {
+    id: row
+
+    required property string projectId
+    required property PopoverModel popover
+
+    /// How much of the details is in sight.
+    property real reveal: project.isExpanded ? 1 : 0
+    /// Only what the user does is animated, not the row's use for another project.
+    property bool isAnimated: false
+
+    implicitHeight: head.height + details.height + 1
+
+    function takeFocus(): void {
+        head.forceActiveFocus(Qt.TabFocusReason);
+    }
+
+    function toggle(): void {
+        isAnimated = true;
+        list.choose(index);
+        project.toggleExpanded();
+    }
+
+    ListView.onPooled: isAnimated = false
+    onHeightChanged: {
+        if (isAnimated && project.isExpanded)
+            list.reveal(index);
+    }
+
+    Behavior on reveal {
+        enabled: row.isAnimated
+
+        NumberAnimation {
+            duration: 180
+            easing.type: Easing.InOutQuad
+        }
+    }
+
+    ProjectRowModel {
+        id: project
+
+        popover: row.popover
+        projectId: row.projectId
+    }
+
+    Pressable {
+        id: head
+
+        width: row.width
+        height: 14 + lines.height
+        focus: true
+        label: project.name + ", " + project.word + (project.error === "" ? "" : ", last check failed")
+        activeFocusOnTab: row.ListView.isCurrentItem || activeFocus
+        focusRing.anchors.margins: 2
+        Accessible.description: project.isExpanded ? "Expanded" : "Collapsed"
+        onPressed: row.toggle()
+
+        Rectangle {
+            anchors.fill: parent
+            visible: head.hovered
+            color: DS.hover
+        }
+
+        Dot {
+            id: dot
+
+            x: 14
+            anchors.verticalCenter: parent.verticalCenter
+            size: 7
+            color: project.dotColor
+        }
+
+        Item {
+            id: lines
+
+            readonly property real second: name.implicitHeight + 1
+            readonly property real third: second + (project.domain !== "" || project.placeholder !== "" ? placeholder.implicitHeight + 1 : 0)
+
+            anchors.left: dot.right
+            anchors.leftMargin: 9
+            anchors.right: project.error !== "" ? warning.left : word.left
+            anchors.rightMargin: 9
+            y: 7
+            height: project.pushedAt !== "" ? third + pushedAt.implicitHeight : third - 1
+
+            Label {
+                id: name
+
+                width: parent.width
+                text: project.name
+                font.pixelSize: 13
+            }
+
+            DomainLink {
+                id: link
+
+                y: lines.second
+                width: Math.min(implicitWidth, parent.width)
+                visible: project.domain !== ""
+                activeFocusOnTab: row.ListView.isCurrentItem || activeFocus
+                popover: row.popover
+                domain: project.domain
+                url: project.domainUrl
+            }
+
+            Label {
+                id: placeholder
+
+                y: lines.second
+                width: parent.width
+                visible: text !== ""
+                text: project.placeholder
+                color: DS.textFaint
+            }
+
+            PushedAtLabel {
+                id: pushedAt
+
+                y: lines.third
+                width: Math.min(implicitWidth, parent.width)
+                visible: description !== ""
+                description: project.pushedAt
+                toolTip: project.pushedToolTip
+            }
+        }
+
+        Symbol {
+            id: warning
+
+            anchors.right: word.left
+            anchors.rightMargin: 9
+            anchors.verticalCenter: parent.verticalCenter
+            visible: project.error !== ""
+            name: "exclamationmark.triangle.fill"
+            fontSize: 9
+            color: DS.building
+
+            HoverTip {
+                text: project.errorToolTip
+                margin: 3
+            }
+        }
+
+        Label {
+            id: word
+
+            anchors.right: chevron.left
+            anchors.rightMargin: 9
+            anchors.verticalCenter: parent.verticalCenter
+            text: project.word
+            color: project.wordColor
+        }
+
+        Symbol {
+            id: chevron
+
+            anchors.right: parent.right
+            anchors.rightMargin: 14
+            anchors.verticalCenter: parent.verticalCenter
+            name: project.isExpanded ? "chevron.up" : "chevron.down"
+            fontSize: 9
+            color: DS.textFaint
+        }
+    }
+
+    Slot {
+        id: details
+
+        anchors.top: head.bottom
+        width: row.width
+        height: implicitHeight * row.reveal
+        active: row.reveal > 0
+        clip: row.reveal < 1
+        opacity: row.reveal
+
+        ProjectDetails {
+            y: (row.reveal - 1) * implicitHeight
+            width: row.width
+            height: implicitHeight
+            project: project
+            popover: row.popover
+        }
+    }
+
+    Hairline {
+        anchors.bottom: parent.bottom
+        width: row.width
+        opacity: 0.3
+    }
+}

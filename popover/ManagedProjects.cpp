@@ -1,0 +1,62 @@
+#include "popover/ManagedProjects.h"
+
+#include <QLocale>
+#include <QSet>
+
+namespace tidemark {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// The text in a form in which equal letters are equal, whatever their case. The language comes first: a
+/// Turkish "I" is a dotless "ı". Folding then unites what has several small forms, as the Greek sigma has.
+QString folded(const QString& text) {
+    static const QLocale locale = QLocale::system();
+    return locale.toLower(text).toCaseFolded().normalized(QString::NormalizationForm_C);
+}
+
+bool containsFolded(const QString& name, const QString& foldedFilter) {
+    return foldedFilter.isEmpty() || folded(name).contains(foldedFilter);
+}
+
+/// A list that names a project twice shows it once.
+template <typename Matches>
+void appendProjects(QList<ProjectListModel::Entry>& entries, const AppState& state, const QString& section,
+                    Matches matches) {
+    QSet<QString> known;
+    for (const VercelProject& project : state.allProjects()) {
+        if (!matches(project) || known.contains(project.id))
+            continue;
+        known.insert(project.id);
+        entries.append({.projectId = project.id, .section = section});
+    }
+}
+
+}  // namespace
+
+bool matchesFilter(const QString& name, const QString& filter) {
+    return containsFolded(name, folded(filter));
+}
+
+QList<ProjectListModel::Entry> trackedEntries(const AppState& state) {
+    QList<ProjectListModel::Entry> entries;
+    appendProjects(entries, state, {}, [&state](const VercelProject& project) {
+        return state.trackedIds().contains(project.id);
+    });
+    return entries;
+}
+
+QList<ProjectListModel::Entry> managedEntries(const AppState& state, const QString& filter) {
+    const QString foldedFilter = folded(filter);
+    QList<ProjectListModel::Entry> entries;
+    appendProjects(entries, state, u"Tracked"_s, [&](const VercelProject& project) {
+        return state.trackedIds().contains(project.id) && containsFolded(project.name, foldedFilter);
+    });
+    appendProjects(entries, state, u"Ignored / Archived"_s, [&](const VercelProject& project) {
+        return !state.trackedIds().contains(project.id) && containsFolded(project.name, foldedFilter);
+    });
+    return entries;
+}
+
+}  // namespace tidemark

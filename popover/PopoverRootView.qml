@@ -1,0 +1,81 @@
+pragma ComponentBehavior: Bound
+
+import QtQuick
+import Tidemark.Popover
+
+/// The popover: one of its screens on the dark backdrop.
+Rectangle {
+    id: root
+
+    enum Screen {
+        Deployments,
+        Analytics,
+        Manage
+    }
+
+    required property PopoverModel popover
+    property real maximumHeight: 1000
+    property int screen: PopoverRootView.Deployments
+    property int tab: TabBar.Deployments
+
+    implicitWidth: 268
+    implicitHeight: manage.active ? manage.implicitHeight : main.implicitHeight
+    width: implicitWidth
+    height: implicitHeight
+    color: DS.panelBg
+    focus: true
+    Accessible.role: Accessible.Pane
+    Accessible.name: "Tidemark"
+    Keys.onEscapePressed: popover.close()
+
+    function selectTab(tab: int): void {
+        root.tab = tab;
+        show(tab === TabBar.Analytics ? PopoverRootView.Analytics : PopoverRootView.Deployments);
+    }
+
+    function show(screen: int): void {
+        root.screen = screen;
+        if (manage.item)
+            manage.item.forceActiveFocus(Qt.OtherFocusReason);
+        else
+            main.forceActiveFocus(Qt.OtherFocusReason);
+    }
+
+    Connections {
+        function onActivated(): void {
+            root.selectTab(TabBar.Deployments);
+            main.reset();
+        }
+
+        target: root.popover
+    }
+
+    MainPanelView {
+        id: main
+
+        width: parent.width
+        height: implicitHeight
+        visible: root.screen === PopoverRootView.Deployments
+        focus: visible
+        popover: root.popover
+        tab: root.tab
+        maximumHeight: root.maximumHeight
+        onSelectTab: tab => root.selectTab(tab)
+        onManage: root.show(PopoverRootView.Manage)
+    }
+
+    Slot {
+        id: manage
+
+        width: parent.width
+        active: root.screen === PopoverRootView.Manage
+
+        ManagePanelView {
+            width: root.width
+            height: implicitHeight
+            popover: root.popover
+            maximumHeight: root.maximumHeight
+            onBack: root.show(PopoverRootView.Deployments)
+        }
+    }
+}

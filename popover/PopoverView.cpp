@@ -1,0 +1,119 @@
+#include "popover/PopoverView.h"
+
+#include <QtQml/qqmlextensionplugin.h>
+#include <QKeyEvent>
+#include <QQmlEngine>
+#include <QQuickItem>
+#include <QScreen>
+#include <QTimerEvent>
+
+#include "popover/DS.h"
+#include "popover/Navigation.h"
+
+Q_IMPORT_QML_PLUGIN(Tidemark_PopoverPlugin)
+
+namespace tidemark {
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace {
+
+/// Between a popover as high as the screen and the screen's edges, both together.
+constexpr int screenMargin = 16;
+
+}  // namespace
+
+void PopoverView::prepareApplication() {
+    QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
+}
+
+PopoverView::PopoverView(PopoverModel& model, QQmlEngine& engine)
+    : QQuickView(&engine, nullptr), m_model(model) {
+    setColor(DS::panelBg());
+    setTitle(u"Tidemark"_s);
+    setResizeMode(QQuickView::SizeViewToRootObject);
+    setInitialProperties({{u"popover"_s, QVariant::fromValue(&model)}});
+    setSource(QUrl(u"qrc:/qt/qml/Tidemark/Popover/PopoverRootView.qml"_s));
+    connect(&model, &PopoverModel::closeRequested, this, &QWindow::close);
+    connect(this, &QWindow::screenChanged, this, &PopoverView::fitScreen);
+    fitScreen();
+}
+
+bool PopoverView::event(QEvent* event) {
+    watchKeyboard(*event);
+    switch (event->type()) {
+        case QEvent::Show:
+            m_model.setActive(true);
+            startMinute();
+            break;
+        case QEvent::Hide:
+            m_minute.stop();
+            m_toolTip.hide();
+            m_model.setActive(false);
+            break;
+        default:
+            break;
+    }
+    return QQuickView::event(event);
+}
+
+void PopoverView::watchKeyboard(const QEvent& event) {
+    auto* navigation =
+        engine()->singletonInstance<Navigation*>(qmlTypeId("Tidemark.Popover", 1, 0, "Navigation"));
+    if (!navigation)
+        return;
+    switch (event.type()) {
+        case QEvent::KeyPress:
+            m_toolTip.hide();
+            switch (static_cast<const QKeyEvent&>(event).key()) {
+                case Qt::Key_Tab:
+                case Qt::Key_Backtab:
+                case Qt::Key_Up:
+                case Qt::Key_Down:
+                case Qt::Key_Home:
+                case Qt::Key_End:
+                case Qt::Key_PageUp:
+                case Qt::Key_PageDown:
+                    navigation->setByKeyboard(true);
+                    break;
+                default:
+                    break;
+            }
+            break;
+        case QEvent::MouseButtonPress:
+            m_toolTip.hide();
+            navigation->setByKeyboard(false);
+            break;
+        case QEvent::Show:
+            navigation->setByKeyboard(false);
+            break;
+        case QEvent::Wheel:
+            m_toolTip.hide();
+            break;
+        default:
+            break;
+    }
+}
+
+void PopoverView::startMinute() {
+    constexpr auto minute = std::chrono::milliseconds(1min);
+    const auto rest = minute - (m_model.now().time_since_epoch() % minute);
+    m_minute.start(static_cast<int>(rest.count()), Qt::PreciseTimer, this);
+}
+
+void PopoverView::timerEvent(QTimerEvent* event) {
+    if (event->timerId() != m_minute.timerId()) {
+        QQuickView::timerEvent(event);
+        return;
+    }
+    m_model.refreshAges();
+    startMinute();
+}
+
+void PopoverView::fitScreen() {
+    if (rootObject() && screen())
+        rootObject()->setProperty("maximumHeight", screen()->availableSize().height() - screenMargin);
+}
+
+}  // namespace tidemark

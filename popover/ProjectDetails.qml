@@ -1,0 +1,111 @@
+pragma ComponentBehavior: Bound
+
+import QtQuick
+import Tidemark.Popover
+
+/// What an expanded row shows below its line.
+Rectangle {
+    id: details
+
+    required property ProjectRowModel project
+    required property PopoverModel popover
+
+    implicitHeight: column.implicitHeight + 14
+    color: DS.hover
+
+    Column {
+        id: column
+
+        x: 14
+        y: 4
+        width: parent.width - 28
+        spacing: 8
+
+        DetailRow {
+            width: parent.width
+            icon: "arrow.triangle.branch"
+            label: details.project.branch
+            meaning: "Branch"
+        }
+
+        DetailRow {
+            width: parent.width
+            icon: "text.bubble"
+            label: details.project.commitMessage
+            meaning: "Commit"
+        }
+
+        DetailRow {
+            width: parent.width
+            icon: "timer"
+            label: details.project.buildDuration
+            meaning: "Build time"
+        }
+
+        DetailRow {
+            width: parent.width
+            icon: "exclamationmark.triangle"
+            label: details.project.error
+            meaning: "Last check failed"
+        }
+
+        DetailRow {
+            width: parent.width
+            icon: "clock.arrow.circlepath"
+            label: details.project.staleness
+            meaning: "Age of the status"
+        }
+
+        Flow {
+            width: parent.width
+            spacing: 6
+
+            CopyURLButton {
+                project: details.project
+            }
+
+            RedeployButton {
+                project: details.project
+            }
+
+            LinkButton {
+                visible: url !== ""
+                title: "Vercel"
+                popover: details.popover
+                url: details.project.inspectorUrl
+            }
+
+            LinkButton {
+                visible: url !== ""
+                title: "Deployment"
+                popover: details.popover
+                url: details.project.deploymentUrl
+            }
+        }
+
+        Item {
+            width: parent.width
+            height: 5
+            visible: details.project.hasHistory
+
+            Hairline {
+                y: 2
+                width: parent.width
+            }
+        }
+
+        Column {
+            width: parent.width
+            visible: details.project.hasHistory
+            spacing: 4
+
+            Repeater {
+                model: details.project.history
+
+                DeploymentHistoryRow {
+                    width: column.width
+                }
+            }
+        }
+    }
+}

@@ -1,0 +1,109 @@
+#include "popover/ProjectRow.h"
+
+#include <algorithm>
+
+#include "desktop/Characters.h"
+#include "desktop/Workspace.h"
+#include "popover/DS.h"
+#include "popover/StatePresentation.h"
+#include "vercel/DateFormat.h"
+
+namespace tidemark {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr qsizetype longestCommitMessage = 50;
+/// More than can be shown; laying out a megabyte takes seconds.
+constexpr qsizetype longestError = 500;
+/// Of the deployments before the newest.
+constexpr qsizetype longestHistory = 4;
+
+/// The entry of a map; nothing when there is none.
+template <typename T>
+const T* find(const QHash<QString, T>& map, const QString& key) {
+    const auto entry = map.constFind(key);
+    return entry == map.cend() ? nullptr : &*entry;
+}
+
+/// The address, if it is one that can be opened.
+QString openable(const QString& address) {
+    return webAddress(address) ? address : QString();
+}
+
+QString cut(const QString& text, qsizetype length) {
+    const QString start = firstCharacters(text, length);
+    return start.size() == text.size() ? text : start + u'…';
+}
+
+HistoryEntry historyEntry(const Deployment& deployment, Clock::TimePoint now) {
+    const StatePresentation shown = presentation(deployment.deploymentState());
+    const auto ref = deployment.meta ? deployment.meta->githubCommitRef : std::nullopt;
+    return {.dotColor = shown.dotColor,
+            .ref = singleLine(ref.value_or(deployment.target.value_or(u"—"_s))),
+            .word = shown.word,
+            .wordColor = shown.wordColor,
+            .age = deployment.relativeAge(now)};
+}
+
+void showLatest(ProjectRow& row, const Deployment& latest, Clock::TimePoint now) {
+    const Clock::TimePoint created{std::chrono::milliseconds(latest.created)};
+    row.pushedAt = latest.pushedAtDescription(now);
+    row.pushedToolTip = u"Pushed "_s + DateFormat::exact(created);
+    if (latest.meta) {
+        row.branch = singleLine(latest.meta->githubCommitRef.value_or(QString()));
+        row.commitMessage = cut(latest.meta->githubCommitMessage.value_or(QString()), longestCommitMessage);
+    }
+    row.buildDuration = latest.buildDuration().value_or(QString());
+    row.inspectorUrl = openable(latest.inspectorUrl.value_or(QString()));
+    row.deploymentUrl = openable(u"https://"_s + latest.url);
+}
+
+QString placeholderFor(const AppState& state, const QString& projectId) {
+    if (state.emptyProjectIds().contains(projectId))
+        return u"No deployments yet"_s;
+    return state.errors().contains(projectId) ? u"Last check failed"_s : u"Fetching…"_s;
+}
+
+}  // namespace
+
+ProjectRow ProjectRow::of(const AppState& state, const QString& projectId, Clock::TimePoint now) {
+    ProjectRow row;
+    if (const auto project = state.project(projectId))
+        row.name = singleLine(project->name);
+    const Deployment* latest = find(state.deployments(), projectId);
+    const StatePresentation shown =
+        presentation(latest ? latest->deploymentState() : DeploymentState::unknown);
+    row.dotColor = shown.dotColor;
+    row.word = shown.word;
+    row.wordColor = shown.wordColor;
+    if (latest)
+        showLatest(row, *latest, now);
+
+    const QString* resolved = find(state.productionDomains(), projectId);
+    const auto own = latest ? latest->productionDomain() : std::nullopt;
+    const QString domain = resolved ? *resolved : own.value_or(QString());
+    if (!domain.isEmpty()) {
+        row.domain = singleLine(domain);
+        row.copyText = u"https://"_s + row.domain;
+        row.domainUrl = openable(u"https://"_s + domain);
+    } else if (!latest) {
+        row.placeholder = placeholderFor(state, projectId);
+    }
+
+    if (const QString* error = find(state.errors(), projectId)) {
+        row.error = cut(*error, longestError);
+        row.staleness = state.stalenessDescription(projectId);
+        row.errorToolTip = u"Last check failed: "_s + row.error + u'\n' + row.staleness;
+        row.wordColor = withOpacity(row.wordColor, 0.45F);
+    }
+    if (const auto* recent = find(state.recentDeployments(), projectId)) {
+        const qsizetype last = std::min(recent->size(), 1 + longestHistory);
+        for (qsizetype i = 1; i < last; ++i)
+            row.history.append(historyEntry(recent->at(i), now));
+    }
+    return row;
+}
+
+}  // namespace tidemark

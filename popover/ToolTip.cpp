@@ -1,0 +1,77 @@
+#include "popover/ToolTip.h"
+
+#include <QCursor>
+#include <QTimerEvent>
+
+#include "popover/PopoverView.h"
+
+namespace tidemark {
+
+namespace {
+
+/// How long the pointer rests first, in milliseconds.
+constexpr int restingTime = 600;
+
+PopoverView* viewOf(const QQuickItem* item) {
+    return item ? qobject_cast<PopoverView*>(item->window()) : nullptr;
+}
+
+}  // namespace
+
+ToolTip::~ToolTip() {
+    hide();
+}
+
+void ToolTip::setItem(QQuickItem* item) {
+    if (item == m_item)
+        return;
+    m_item = item;
+    Q_EMIT itemChanged();
+}
+
+void ToolTip::setHovered(bool isHovered) {
+    if (isHovered == m_isHovered)
+        return;
+    m_isHovered = isHovered;
+    if (m_isHovered) {
+        m_delay.start(restingTime, this);
+    } else {
+        m_delay.stop();
+        hide();
+    }
+    Q_EMIT hoveredChanged();
+}
+
+void ToolTip::setText(const QString& text) {
+    if (text == m_text)
+        return;
+    m_text = text;
+    if (m_isShown)
+        show();
+    Q_EMIT textChanged();
+}
+
+void ToolTip::timerEvent(QTimerEvent* event) {
+    if (event->timerId() != m_delay.timerId()) {
+        QObject::timerEvent(event);
+        return;
+    }
+    m_delay.stop();
+    show();
+}
+
+void ToolTip::show() {
+    if (PopoverView* view = viewOf(m_item)) {
+        view->toolTip().showText(m_text, QCursor::pos(), view);
+        m_isShown = true;
+    }
+}
+
+void ToolTip::hide() {
+    PopoverView* view = viewOf(m_item);
+    if (m_isShown && view)
+        view->toolTip().hide();
+    m_isShown = false;
+}
+
+}  // namespace tidemark
