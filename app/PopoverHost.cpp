@@ -1,6 +1,7 @@
 #include <QCoreApplication>
 
 #include "app/AppDelegate.h"
+#include "cloudflare/AnalyticsLoader.h"
 #include "desktop/MemoryTrim.h"
 #include "popover/PopoverView.h"
 
@@ -9,7 +10,18 @@ namespace tidemark {
 PopoverModel::Actions AppDelegate::popoverActions() {
     return {.onOpenPreferences = [this] { openPreferences(); },
             .onOpenDashboard = [this] { m_services.workspace.openURL(m_services.endpoints.vercelDashboard); },
-            .onQuit = [] { QCoreApplication::quit(); }};
+            .onQuit = [] { QCoreApplication::quit(); },
+            .onOpenAnalyticsDashboard =
+                [this] { m_services.workspace.openURL(m_services.endpoints.cloudflareDashboard); },
+            .loadAnalytics =
+                [this](PopoverModel::AnalyticsReload reload, std::stop_token stop) {
+                    const AnalyticsLoader loader(m_appState, m_services.http, m_services.clock,
+                                                 m_services.endpoints.cloudflareApi);
+                    return loader.load(reload == PopoverModel::AnalyticsReload::always
+                                           ? AnalyticsLoader::Reload::always
+                                           : AnalyticsLoader::Reload::ifStale,
+                                       stop);
+                }};
 }
 
 void AppDelegate::setupPopover() {

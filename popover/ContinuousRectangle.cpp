@@ -59,18 +59,12 @@ QPainterPath continuousRectangle(const QRectF& rectangle, qreal radius) {
     return path;
 }
 
-ContinuousRectangle::ContinuousRectangle(QQuickItem* parent) : QQuickPaintedItem(parent) {
-    setAntialiasing(true);
-}
-
-void ContinuousRectangle::paint(QPainter* painter) {
+void ContinuousRectangle::paint(QPainter& painter) const {
     const QPainterPath path = continuousRectangle(boundingRect(), m_radius);
-    painter->setRenderHint(QPainter::Antialiasing);
-    painter->fillPath(path, m_color);
-    if (m_strokeWidth > 0) {
-        painter->setClipRect(boundingRect());
-        painter->strokePath(path, QPen(m_strokeColor, m_strokeWidth));
-    }
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.fillPath(path, m_color);
+    if (m_strokeWidth > 0)
+        painter.strokePath(path, QPen(m_strokeColor, m_strokeWidth));
 }
 
 }  // namespace tidemark

@@ -3,8 +3,9 @@
 #include <qqmlintegration.h>
 #include <QColor>
 #include <QPainterPath>
-#include <QQuickPaintedItem>
 #include <QRectF>
+
+#include "popover/PaintedItem.h"
 
 namespace tidemark {
 
@@ -14,7 +15,7 @@ namespace tidemark {
 
 /// A rectangle with continuous corners, filled and outlined. The outline lies on the edge, half of it inside,
 /// and is cut off outside.
-class ContinuousRectangle : public QQuickPaintedItem {
+class ContinuousRectangle : public tidemark::PaintedItem {
     Q_OBJECT
     QML_ELEMENT
     Q_PROPERTY(QColor color READ color WRITE setColor NOTIFY changed FINAL)
@@ -23,7 +24,7 @@ class ContinuousRectangle : public QQuickPaintedItem {
     Q_PROPERTY(qreal radius READ radius WRITE setRadius NOTIFY changed FINAL)
 
 public:
-    explicit ContinuousRectangle(QQuickItem* parent = nullptr);
+    using PaintedItem::PaintedItem;
 
     [[nodiscard]] QColor color() const { return m_color; }
     void setColor(const QColor& color) { assign(m_color, color); }
@@ -34,7 +35,7 @@ public:
     [[nodiscard]] qreal radius() const { return m_radius; }
     void setRadius(qreal radius) { assign(m_radius, radius); }
 
-    void paint(QPainter* painter) override;
+    void paint(QPainter& painter) const override;
 
 Q_SIGNALS:
     void changed();

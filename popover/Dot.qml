@@ -1,11 +1,11 @@
 import QtQuick
+import Tidemark.Popover
 
 /// A filled circle.
-Rectangle {
+ContinuousRectangle {
     required property real size
 
     implicitWidth: size
     implicitHeight: size
     radius: size / 2
-    antialiasing: true
 }

@@ -4,49 +4,34 @@ import QtQuick
 import Tidemark.Popover
 
 /// One project of the deployments list: a line that expands into its details.
-ProjectListRow {
+ExpandableRow {
     id: row
 
-    required property string projectId
     required property PopoverModel popover
 
-    /// How much of the details is in sight.
-    property real reveal: project.isExpanded ? 1 : 0
-    /// Only what the user does is animated, not the row's use for another project.
-    property bool isAnimated: false
-
-    implicitHeight: head.height + details.height + 1
+    isExpanded: project.isExpanded
+    headHeight: head.height
+    details: ProjectDetails {
+        width: row.width
+        height: implicitHeight
+        project: project
+        popover: row.popover
+    }
 
     function takeFocus(): void {
         head.forceActiveFocus(Qt.TabFocusReason);
     }
 
     function toggle(): void {
-        isAnimated = true;
-        list.choose(index);
+        beginToggle();
         project.toggleExpanded();
-    }
-
-    ListView.onPooled: isAnimated = false
-    onHeightChanged: {
-        if (isAnimated && project.isExpanded)
-            list.reveal(index);
-    }
-
-    Behavior on reveal {
-        enabled: row.isAnimated
-
-        NumberAnimation {
-            duration: 180
-            easing.type: Easing.InOutQuad
-        }
     }
 
     ProjectRowModel {
         id: project
 
         popover: row.popover
-        projectId: row.projectId
+        projectId: row.rowId
     }
 
     Pressable {
@@ -167,30 +152,5 @@ ProjectListRow {
             fontSize: 9
             color: DS.textFaint
         }
-    }
-
-    Slot {
-        id: details
-
-        anchors.top: head.bottom
-        width: row.width
-        height: implicitHeight * row.reveal
-        active: row.reveal > 0
-        clip: row.reveal < 1
-        opacity: row.reveal
-
-        ProjectDetails {
-            y: (row.reveal - 1) * implicitHeight
-            width: row.width
-            height: implicitHeight
-            project: project
-            popover: row.popover
-        }
-    }
-
-    Hairline {
-        anchors.bottom: parent.bottom
-        width: row.width
-        opacity: 0.3
     }
 }

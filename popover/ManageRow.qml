@@ -5,7 +5,7 @@ import Tidemark.Popover
 ProjectListRow {
     id: row
 
-    required property string projectId
+    required property string rowId
     required property PopoverModel popover
 
     /// The first row of a section has the section's caption above it.
@@ -21,7 +21,7 @@ ProjectListRow {
         id: project
 
         popover: row.popover
-        projectId: row.projectId
+        projectId: row.rowId
     }
 
     SectionLabel {

@@ -1,6 +1,6 @@
 #include "popover/PopoverModel.h"
 
-#include "popover/ManagedProjects.h"
+#include "popover/RowEntries.h"
 #include "popover/StatePresentation.h"
 
 #include <utility>
@@ -22,11 +22,13 @@ PopoverModel::PopoverModel(AppState& state, const Clock& clock, Workspace& works
     };
     connect(&state, &AppState::allProjectsChanged, this, listsChanged);
     connect(&state, &AppState::trackedIdsChanged, this, listsChanged);
+    connect(&state, &AppState::analyticsCardsChanged, this, listsChanged);
     for (const auto changed : {&AppState::deploymentsChanged, &AppState::recentDeploymentsChanged,
                                &AppState::errorsChanged, &AppState::productionDomainsChanged,
                                &AppState::emptyProjectIdsChanged, &AppState::lastCheckedAtChanged,
                                &AppState::isLoadingProjectsChanged, &AppState::individualIdsChanged,
-                               &AppState::productionOnlyChanged, &AppState::vercelPlatformStatusChanged}) {
+                               &AppState::productionOnlyChanged, &AppState::vercelPlatformStatusChanged,
+                               &AppState::analyticsErrorChanged, &AppState::isLoadingAnalyticsChanged}) {
         connect(&state, changed, this, &PopoverModel::scheduleRefresh);
     }
 }
@@ -40,6 +42,8 @@ void PopoverModel::setActive(bool active) {
     if (active && !m_isActive) {
         for (const QString& projectId : std::exchange(m_expanded, {}))
             Q_EMIT projectChanged(projectId);
+        for (const QString& zoneId : std::exchange(m_expandedCards, {}))
+            Q_EMIT cardChanged(zoneId);
         m_filter.clear();
         m_areListsStale = true;
         Q_EMIT filterChanged();
@@ -47,6 +51,8 @@ void PopoverModel::setActive(bool active) {
         Q_EMIT activated();
     }
     m_isActive = active;
+    if (!m_isActive)
+        leaveAnalytics();
 }
 
 void PopoverModel::refreshAges() {
@@ -80,6 +86,7 @@ void PopoverModel::refreshLists() {
     m_areListsStale = false;
     m_trackedProjects.setEntries(trackedEntries(m_state));
     m_managedProjects.setEntries(managedEntries(m_state, m_filter));
+    m_analyticsCards.setEntries(cardEntries(m_state));
 }
 
 QColor PopoverModel::platformDotColor() const {
@@ -93,6 +100,17 @@ QString PopoverModel::platformToolTip() const {
 QString PopoverModel::productionToolTip() const {
     return productionOnly() ? u"Showing production deploys only — click to show all"_s
                             : u"Click to show production deploys only"_s;
+}
+
+bool PopoverModel::isLoadingAnalytics() const {
+    return m_state.isLoadingAnalytics() && m_state.analyticsCards().isEmpty();
+}
+
+QString PopoverModel::analyticsNotice() const {
+    if (m_state.isLoadingAnalytics() || !m_state.analyticsCards().isEmpty())
+        return {};
+    return m_state.analyticsError().value_or(
+        u"No matching Cloudflare zones found.\nCheck your token in Preferences."_s);
 }
 
 void PopoverModel::setFilter(const QString& filter) {
@@ -117,6 +135,11 @@ void PopoverModel::openDashboard() {
         m_actions.onOpenDashboard();
 }
 
+void PopoverModel::openAnalyticsDashboard() {
+    if (m_actions.onOpenAnalyticsDashboard)
+        m_actions.onOpenAnalyticsDashboard();
+}
+
 void PopoverModel::quit() {
     if (m_actions.onQuit)
         m_actions.onQuit();
@@ -135,6 +158,31 @@ void PopoverModel::toggleExpanded(const QString& projectId) {
     if (!m_expanded.remove(projectId))
         m_expanded.insert(projectId);
     Q_EMIT projectChanged(projectId);
+}
+
+void PopoverModel::toggleCardExpanded(const QString& zoneId) {
+    if (!m_expandedCards.remove(zoneId))
+        m_expandedCards.insert(zoneId);
+    Q_EMIT cardChanged(zoneId);
+}
+
+void PopoverModel::enterAnalytics() {
+    m_analyticsLoad = startLoadingAnalytics(AnalyticsReload::ifStale);
+}
+
+void PopoverModel::leaveAnalytics() {
+    m_analyticsLoad.requestStop();
+}
+
+void PopoverModel::reloadAnalytics() {
+    startLoadingAnalytics(AnalyticsReload::always);
+}
+
+TaskHandle PopoverModel::startLoadingAnalytics(AnalyticsReload reload) {
+    if (!m_actions.loadAnalytics)
+        return {};
+    return m_tasks.start(
+        [this, reload](std::stop_token stop) { return m_actions.loadAnalytics(reload, stop); });
 }
 
 void PopoverModel::redeploy(const QString& projectId) {

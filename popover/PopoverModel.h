@@ -7,12 +7,13 @@
 #include <QSet>
 #include <QString>
 #include <functional>
+#include <stop_token>
 
 #include "desktop/Clock.h"
 #include "desktop/TaskScope.h"
 #include "desktop/Workspace.h"
 #include "popover/PanelSummary.h"
-#include "popover/ProjectListModel.h"
+#include "popover/RowListModel.h"
 #include "state/AppState.h"
 
 namespace tidemark {
@@ -40,14 +41,23 @@ class PopoverModel final : public QObject {
     Q_PROPERTY(QString productionToolTip READ productionToolTip NOTIFY refreshed FINAL)
     Q_PROPERTY(QAbstractItemModel* trackedProjects READ trackedProjects CONSTANT FINAL)
     Q_PROPERTY(QAbstractItemModel* managedProjects READ managedProjects CONSTANT FINAL)
+    /// The cards of the analytics list, by the ids of their zones.
+    Q_PROPERTY(QAbstractItemModel* analyticsCards READ analyticsCards CONSTANT FINAL)
+    Q_PROPERTY(bool isLoadingAnalytics READ isLoadingAnalytics NOTIFY refreshed FINAL)
+    Q_PROPERTY(QString analyticsNotice READ analyticsNotice NOTIFY refreshed FINAL)
     Q_PROPERTY(QString filter READ filter WRITE setFilter NOTIFY filterChanged FINAL)
 
 public:
+    enum class AnalyticsReload : quint8 { ifStale, always };
+
     /// What the popover's buttons do outside of it. None may be called while the model is destroyed.
     struct Actions {
         std::function<void()> onOpenPreferences;
         std::function<void()> onOpenDashboard;
         std::function<void()> onQuit;
+        std::function<void()> onOpenAnalyticsDashboard;
+        /// Loads the traffic of the sites, if need be or in any case.
+        std::function<QCoro::Task<>(AnalyticsReload, std::stop_token)> loadAnalytics;
     };
 
     /// All of them outlive the model. An empty version reads "dev".
@@ -82,10 +92,18 @@ public:
     [[nodiscard]] QAbstractItemModel* trackedProjects() { return &m_trackedProjects; }
     /// The tracked and the ignored projects that match the filter.
     [[nodiscard]] QAbstractItemModel* managedProjects() { return &m_managedProjects; }
+    [[nodiscard]] QAbstractItemModel* analyticsCards() { return &m_analyticsCards; }
+    /// Whether there is nothing to show but that a load is under way.
+    [[nodiscard]] bool isLoadingAnalytics() const;
+    /// What stands where the cards would; empty while there are cards or a load is under way.
+    [[nodiscard]] QString analyticsNotice() const;
     [[nodiscard]] QString filter() const { return m_filter; }
     void setFilter(const QString& filter);
 
     [[nodiscard]] bool isExpanded(const QString& projectId) const { return m_expanded.contains(projectId); }
+    [[nodiscard]] bool isCardExpanded(const QString& zoneId) const {
+        return m_expandedCards.contains(zoneId);
+    }
     [[nodiscard]] bool isRedeploying(const QString& projectId) const {
         return m_redeploying.contains(projectId);
     }
@@ -93,11 +111,17 @@ public:
     Q_INVOKABLE void close();
     Q_INVOKABLE void openPreferences();
     Q_INVOKABLE void openDashboard();
+    Q_INVOKABLE void openAnalyticsDashboard();
     Q_INVOKABLE void quit();
     /// Opens a web page; anything else is ignored.
     Q_INVOKABLE void open(const QString& address);
     Q_INVOKABLE void toggleProductionOnly();
+    /// The analytics are on the screen: what is stale is loaded, until they are left.
+    Q_INVOKABLE void enterAnalytics();
+    Q_INVOKABLE void leaveAnalytics();
+    Q_INVOKABLE void reloadAnalytics();
     void toggleExpanded(const QString& projectId);
+    void toggleCardExpanded(const QString& zoneId);
     /// Does nothing while a redeploy of the project is running.
     void redeploy(const QString& projectId);
     void setTracked(const QString& projectId, bool tracked);
@@ -113,11 +137,13 @@ Q_SIGNALS:
     void filterChanged();
     /// What is kept here of one project has changed.
     void projectChanged(const QString& projectId);
+    void cardChanged(const QString& zoneId);
 
 private:
     void scheduleRefresh();
     void refresh();
     void refreshLists();
+    TaskHandle startLoadingAnalytics(AnalyticsReload reload);
     [[nodiscard]] QCoro::Task<> awaitRedeploy(QString projectId);
 
     AppState& m_state;
@@ -129,11 +155,15 @@ private:
     bool m_isRefreshScheduled = false;
     bool m_areListsStale = true;
     PanelSummary m_summary;
-    ProjectListModel m_trackedProjects;
-    ProjectListModel m_managedProjects;
+    RowListModel m_trackedProjects;
+    RowListModel m_managedProjects;
+    RowListModel m_analyticsCards;
     QString m_filter;
     QSet<QString> m_expanded;
+    QSet<QString> m_expandedCards;
     QSet<QString> m_redeploying;
+    /// The load that began when the analytics were entered.
+    TaskHandle m_analyticsLoad;
     /// Last, so that its tasks end first.
     TaskScope m_tasks;
 };

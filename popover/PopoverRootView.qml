@@ -19,7 +19,16 @@ Rectangle {
     property int tab: TabBar.Deployments
 
     implicitWidth: 268
-    implicitHeight: manage.active ? manage.implicitHeight : main.implicitHeight
+    implicitHeight: {
+        switch (screen) {
+        case PopoverRootView.Analytics:
+            return analytics.implicitHeight;
+        case PopoverRootView.Manage:
+            return manage.implicitHeight;
+        default:
+            return main.implicitHeight;
+        }
+    }
     width: implicitWidth
     height: implicitHeight
     color: DS.panelBg
@@ -35,7 +44,9 @@ Rectangle {
 
     function show(screen: int): void {
         root.screen = screen;
-        if (manage.item)
+        if (analytics.item)
+            analytics.item.forceActiveFocus(Qt.OtherFocusReason);
+        else if (manage.item)
             manage.item.forceActiveFocus(Qt.OtherFocusReason);
         else
             main.forceActiveFocus(Qt.OtherFocusReason);
@@ -65,17 +76,38 @@ Rectangle {
     }
 
     Slot {
+        id: analytics
+
+        width: parent.width
+        active: root.screen === PopoverRootView.Analytics
+        delegate: AnalyticsPanelView {
+            width: root.width
+            height: implicitHeight
+            popover: root.popover
+            tab: root.tab
+            maximumHeight: root.maximumHeight
+            onSelectTab: tab => root.selectTab(tab)
+        }
+    }
+
+    Slot {
         id: manage
 
         width: parent.width
         active: root.screen === PopoverRootView.Manage
-
-        ManagePanelView {
+        delegate: ManagePanelView {
             width: root.width
             height: implicitHeight
             popover: root.popover
             maximumHeight: root.maximumHeight
             onBack: root.show(PopoverRootView.Deployments)
         }
+    }
+
+    // The window's edge, for dark panels and windows behind it.
+    Rectangle {
+        anchors.fill: parent
+        color: "transparent"
+        border.color: DS.border
     }
 }

@@ -5,18 +5,27 @@ import QtQuick
 Item {
     id: slot
 
-    default property alias delegate: repeater.delegate
+    property alias delegate: repeater.delegate
     property bool active: false
+    /// How far the view is moved down, or up where it is negative.
+    property real shift: 0
     /// The view; null while there is none.
     property Item item: null
 
-    implicitHeight: childrenRect.height
+    implicitHeight: room.childrenRect.height
 
-    Repeater {
-        id: repeater
+    Item {
+        id: room
 
-        model: slot.active ? 1 : 0
-        onItemAdded: (index, item) => slot.item = item
-        onItemRemoved: slot.item = null
+        y: slot.shift
+        width: slot.width
+
+        Repeater {
+            id: repeater
+
+            model: slot.active ? 1 : 0
+            onItemAdded: (index, item) => slot.item = item
+            onItemRemoved: slot.item = null
+        }
     }
 }

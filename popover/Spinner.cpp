@@ -18,8 +18,6 @@ constexpr float faintest = 0.2F;
 
 }  // namespace
 
-Spinner::Spinner(QQuickItem* parent) : QQuickPaintedItem(parent) {}
-
 void Spinner::setColor(const QColor& color) {
     if (color == m_color)
         return;
@@ -28,18 +26,18 @@ void Spinner::setColor(const QColor& color) {
     Q_EMIT colorChanged();
 }
 
-void Spinner::paint(QPainter* painter) {
+void Spinner::paint(QPainter& painter) const {
     const qreal half = std::min(width(), height()) / 2;
-    painter->setRenderHint(QPainter::Antialiasing);
-    painter->translate(width() / 2, height() / 2);
-    painter->rotate(360.0 / spokes * m_step);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.translate(width() / 2, height() / 2);
+    painter.rotate(360.0 / spokes * m_step);
     for (int i = 0; i < spokes; ++i) {
-        painter->rotate(360.0 / spokes);
+        painter.rotate(360.0 / spokes);
         QColor color = m_color;
         const float age = static_cast<float>(spokes - 1 - i) / (spokes - 1);
         color.setAlphaF(m_color.alphaF() * std::max(faintest, 1 - age));
-        painter->setPen(QPen(color, half * thickness, Qt::SolidLine, Qt::RoundCap));
-        painter->drawLine(QPointF(0, -half * innerEnd), QPointF(0, -half * outerEnd));
+        painter.setPen(QPen(color, half * thickness, Qt::SolidLine, Qt::RoundCap));
+        painter.drawLine(QPointF(0, -half * innerEnd), QPointF(0, -half * outerEnd));
     }
 }
 
@@ -50,12 +48,12 @@ void Spinner::itemChange(ItemChange change, const ItemChangeData& value) {
         else
             m_timer.stop();
     }
-    QQuickPaintedItem::itemChange(change, value);
+    PaintedItem::itemChange(change, value);
 }
 
 void Spinner::timerEvent(QTimerEvent* event) {
     if (event->timerId() != m_timer.timerId()) {
-        QQuickPaintedItem::timerEvent(event);
+        PaintedItem::timerEvent(event);
         return;
     }
     m_step = (m_step + 1) % spokes;

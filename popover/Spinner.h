@@ -3,23 +3,24 @@
 #include <qqmlintegration.h>
 #include <QBasicTimer>
 #include <QColor>
-#include <QQuickPaintedItem>
+
+#include "popover/PaintedItem.h"
 
 namespace tidemark {
 
 /// Twelve spokes of which the brightest goes round once a second, while it is visible.
-class Spinner : public QQuickPaintedItem {
+class Spinner : public tidemark::PaintedItem {
     Q_OBJECT
     QML_ELEMENT
     Q_PROPERTY(QColor color READ color WRITE setColor NOTIFY colorChanged FINAL)
 
 public:
-    explicit Spinner(QQuickItem* parent = nullptr);
+    using PaintedItem::PaintedItem;
 
     [[nodiscard]] QColor color() const { return m_color; }
     void setColor(const QColor& color);
 
-    void paint(QPainter* painter) override;
+    void paint(QPainter& painter) const override;
 
 Q_SIGNALS:
     void colorChanged();

@@ -4,6 +4,7 @@
 #include <QPainter>
 #include <QPixmap>
 #include <QPixmapCache>
+#include <QQuickWindow>
 #include <QSvgRenderer>
 #include <cmath>
 
@@ -32,8 +33,6 @@ QPixmap drawn(const QString& name, const QColor& color, int pixels) {
 
 }  // namespace
 
-Symbol::Symbol(QQuickItem* parent) : QQuickPaintedItem(parent) {}
-
 void Symbol::setName(const QString& name) {
     if (name == m_name)
         return;
@@ -60,10 +59,10 @@ void Symbol::setFontSize(qreal size) {
     Q_EMIT fontSizeChanged();
 }
 
-void Symbol::paint(QPainter* painter) {
-    const qreal ratio = painter->device()->devicePixelRatio();
+void Symbol::paint(QPainter& painter) const {
+    const qreal ratio = window()->effectiveDevicePixelRatio();
     const qreal side = std::round(m_fontSize * boxShare);
-    const int pixels = static_cast<int>(std::ceil(side * ratio));
+    const int pixels = static_cast<int>(std::round(side * ratio));
     if (pixels <= 0)
         return;
     // Every row of a list has the same few.
@@ -73,8 +72,12 @@ void Symbol::paint(QPainter* painter) {
         pixmap = drawn(m_name, m_color, pixels);
         QPixmapCache::insert(key, pixmap);
     }
-    painter->drawPixmap(QRectF((width() - side) / 2, (height() - side) / 2, side, side), pixmap,
-                        pixmap.rect());
+    pixmap.setDevicePixelRatio(ratio);
+    // On whole pixels of the screen, so that it stays as crisp as it was drawn.
+    const QPointF corner =
+        painter.worldTransform().map(QPointF((width() - side) / 2, (height() - side) / 2)) * ratio;
+    painter.setWorldTransform({});
+    painter.drawPixmap(QPointF(corner.toPoint()) / ratio, pixmap);
 }
 
 }  // namespace tidemark

@@ -2,14 +2,15 @@
 
 #include <qqmlintegration.h>
 #include <QColor>
-#include <QQuickPaintedItem>
 #include <QString>
+
+#include "popover/PaintedItem.h"
 
 namespace tidemark {
 
 /// One of the popover's symbols by its name ("chevron.up"), in one colour, drawn for text of a size: it takes
 /// a square box that is somewhat higher than the letters. An unknown name draws nothing.
-class Symbol : public QQuickPaintedItem {
+class Symbol : public tidemark::PaintedItem {
     Q_OBJECT
     QML_ELEMENT
     Q_PROPERTY(QString name READ name WRITE setName NOTIFY nameChanged FINAL)
@@ -18,7 +19,7 @@ class Symbol : public QQuickPaintedItem {
     Q_PROPERTY(qreal fontSize READ fontSize WRITE setFontSize NOTIFY fontSizeChanged FINAL)
 
 public:
-    explicit Symbol(QQuickItem* parent = nullptr);
+    using PaintedItem::PaintedItem;
 
     [[nodiscard]] QString name() const { return m_name; }
     void setName(const QString& name);
@@ -27,7 +28,7 @@ public:
     [[nodiscard]] qreal fontSize() const { return m_fontSize; }
     void setFontSize(qreal size);
 
-    void paint(QPainter* painter) override;
+    void paint(QPainter& painter) const override;
 
 Q_SIGNALS:
     void nameChanged();

@@ -136,5 +136,37 @@ int main(int argc, char** argv) {
         manage(scene);
         type(scene, u"nowhere"_s);
     });
+    const auto analytics = [](ShownScene& scene) { click(scene, {200, 75}); };
+    picture(
+        u"analytics-loading"_s, [](Scene& scene) { scene.state.setIsLoadingAnalytics(true); }, analytics);
+    picture(
+        u"analytics-error"_s,
+        [](Scene& scene) {
+            scene.state.setAnalyticsError(u"No Cloudflare token.\nAdd one in Preferences."_s);
+        },
+        analytics);
+    picture(
+        u"analytics-nothing"_s, [](Scene&) {}, analytics);
+    const auto withCards = [](Scene& scene) {
+        QList<DayStats> days;
+        for (int day = 0; day < 7; ++day) {
+            const qint64 views = day == 3 ? 1000 : (day == 5 ? 500 : day * 30);
+            days.append({u"2025-03-%1"_s.arg(day + 9, 2, 10, QChar(u'0')), views, views / 3, views * 9, day,
+                         views * 81234});
+        }
+        scene.state.setAnalyticsCards(
+            {{.zone = {u"1"_s, u"storefront.example.com"_s},
+              .projectName = u"acme-storefront"_s,
+              .days = days},
+             {.zone = {u"2"_s, u"a-very-long-domain-name-that-goes-on.example.com"_s},
+              .projectName = u"a-project-with-a-name-that-is-much-too-long"_s,
+              .days = days},
+             {.zone = {u"3"_s, u"docs.example"_s}, .projectName = u"docs"_s, .days = {days.first()}}});
+    };
+    picture(u"analytics-cards"_s, withCards, analytics);
+    picture(u"analytics-expanded"_s, withCards, [&](ShownScene& scene) {
+        analytics(scene);
+        click(scene, {60, 115});
+    });
     return 0;
 }

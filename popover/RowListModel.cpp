@@ -1,11 +1,11 @@
-#include "popover/ProjectListModel.h"
+#include "popover/RowListModel.h"
 
 #include <QSet>
 #include <algorithm>
 
 namespace tidemark {
 
-void ProjectListModel::setEntries(const QList<Entry>& entries) {
+void RowListModel::setEntries(const QList<Entry>& entries) {
     if (entries == m_entries)
         return;
     removeMissing(entries);
@@ -32,7 +32,7 @@ void ProjectListModel::setEntries(const QList<Entry>& entries) {
     }
 }
 
-void ProjectListModel::removeMissing(const QList<Entry>& entries) {
+void RowListModel::removeMissing(const QList<Entry>& entries) {
     const QSet<Entry> wanted(entries.cbegin(), entries.cend());
     for (qsizetype end = m_entries.size(); end > 0;) {
         if (wanted.contains(m_entries.at(end - 1))) {
@@ -49,22 +49,22 @@ void ProjectListModel::removeMissing(const QList<Entry>& entries) {
     }
 }
 
-qsizetype ProjectListModel::indexOf(const Entry& entry, qsizetype from) const {
+qsizetype RowListModel::indexOf(const Entry& entry, qsizetype from) const {
     const auto found = std::find(m_entries.cbegin() + from, m_entries.cend(), entry);
     return found == m_entries.cend() ? -1 : found - m_entries.cbegin();
 }
 
-int ProjectListModel::rowCount(const QModelIndex& parent) const {
+int RowListModel::rowCount(const QModelIndex& parent) const {
     return parent.isValid() ? 0 : static_cast<int>(m_entries.size());
 }
 
-QVariant ProjectListModel::data(const QModelIndex& index, int role) const {
+QVariant RowListModel::data(const QModelIndex& index, int role) const {
     if (!checkIndex(index, CheckIndexOption::IndexIsValid))
         return {};
     const Entry& entry = m_entries.at(index.row());
     switch (role) {
-        case projectIdRole:
-            return entry.projectId;
+        case rowIdRole:
+            return entry.rowId;
         case sectionRole:
             return entry.section;
         default:
@@ -72,8 +72,8 @@ QVariant ProjectListModel::data(const QModelIndex& index, int role) const {
     }
 }
 
-QHash<int, QByteArray> ProjectListModel::roleNames() const {
-    return {{projectIdRole, "projectId"}, {sectionRole, "section"}};
+QHash<int, QByteArray> RowListModel::roleNames() const {
+    return {{rowIdRole, "rowId"}, {sectionRole, "section"}};
 }
 
 }  // namespace tidemark

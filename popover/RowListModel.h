@@ -7,21 +7,21 @@
 
 namespace tidemark {
 
-/// Which projects a list shows, in order. What is shown of each is asked for by id: an account may hold
-/// thousands, of which a view builds only those in sight. It is changed by difference, so that views keep
+/// Which rows a list has, in order. What a row shows is asked for by its id: an account may hold thousands of
+/// projects, of which a view builds only those in sight. It is changed by difference, so that views keep
 /// their place.
-class ProjectListModel final : public QAbstractListModel {
+class RowListModel final : public QAbstractListModel {
     Q_OBJECT
 
 public:
     struct Entry {
-        QString projectId;
+        QString rowId;
         /// The caption under which it stands; empty where a list has none.
         QString section;
 
         bool operator==(const Entry&) const = default;
         friend size_t qHash(const Entry& entry, size_t seed) {
-            return qHashMulti(seed, entry.projectId, entry.section);
+            return qHashMulti(seed, entry.rowId, entry.section);
         }
     };
 
@@ -35,7 +35,7 @@ public:
     [[nodiscard]] QHash<int, QByteArray> roleNames() const override;
 
 private:
-    enum Role : quint16 { projectIdRole = Qt::UserRole + 1, sectionRole };
+    enum Role : quint16 { rowIdRole = Qt::UserRole + 1, sectionRole };
 
     void removeMissing(const QList<Entry>& entries);
     /// The row of an entry at or below `from`, or -1.

@@ -3,7 +3,7 @@
 #include <QList>
 #include <QString>
 
-#include "popover/ProjectListModel.h"
+#include "popover/RowListModel.h"
 #include "state/AppState.h"
 
 namespace tidemark {
@@ -13,9 +13,12 @@ namespace tidemark {
 [[nodiscard]] bool matchesFilter(const QString& name, const QString& filter);
 
 /// The tracked projects, in order.
-[[nodiscard]] QList<ProjectListModel::Entry> trackedEntries(const AppState& state);
+[[nodiscard]] QList<RowListModel::Entry> trackedEntries(const AppState& state);
 
 /// The tracked projects and then the others, each in order and under its caption, as far as they match.
-[[nodiscard]] QList<ProjectListModel::Entry> managedEntries(const AppState& state, const QString& filter);
+[[nodiscard]] QList<RowListModel::Entry> managedEntries(const AppState& state, const QString& filter);
+
+/// The analytics cards, by the ids of their zones, in order.
+[[nodiscard]] QList<RowListModel::Entry> cardEntries(const AppState& state);
 
 }  // namespace tidemark

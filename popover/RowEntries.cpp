@@ -1,4 +1,4 @@
-#include "popover/ManagedProjects.h"
+#include "popover/RowEntries.h"
 
 #include <QLocale>
 #include <QSet>
@@ -22,14 +22,14 @@ bool containsFolded(const QString& name, const QString& foldedFilter) {
 
 /// A list that names a project twice shows it once.
 template <typename Matches>
-void appendProjects(QList<ProjectListModel::Entry>& entries, const AppState& state, const QString& section,
+void appendProjects(QList<RowListModel::Entry>& entries, const AppState& state, const QString& section,
                     Matches matches) {
     QSet<QString> known;
     for (const VercelProject& project : state.allProjects()) {
         if (!matches(project) || known.contains(project.id))
             continue;
         known.insert(project.id);
-        entries.append({.projectId = project.id, .section = section});
+        entries.append({.rowId = project.id, .section = section});
     }
 }
 
@@ -39,23 +39,34 @@ bool matchesFilter(const QString& name, const QString& filter) {
     return containsFolded(name, folded(filter));
 }
 
-QList<ProjectListModel::Entry> trackedEntries(const AppState& state) {
-    QList<ProjectListModel::Entry> entries;
+QList<RowListModel::Entry> trackedEntries(const AppState& state) {
+    QList<RowListModel::Entry> entries;
     appendProjects(entries, state, {}, [&state](const VercelProject& project) {
         return state.trackedIds().contains(project.id);
     });
     return entries;
 }
 
-QList<ProjectListModel::Entry> managedEntries(const AppState& state, const QString& filter) {
+QList<RowListModel::Entry> managedEntries(const AppState& state, const QString& filter) {
     const QString foldedFilter = folded(filter);
-    QList<ProjectListModel::Entry> entries;
+    QList<RowListModel::Entry> entries;
     appendProjects(entries, state, u"Tracked"_s, [&](const VercelProject& project) {
         return state.trackedIds().contains(project.id) && containsFolded(project.name, foldedFilter);
     });
     appendProjects(entries, state, u"Ignored / Archived"_s, [&](const VercelProject& project) {
         return !state.trackedIds().contains(project.id) && containsFolded(project.name, foldedFilter);
     });
+    return entries;
+}
+
+QList<RowListModel::Entry> cardEntries(const AppState& state) {
+    QList<RowListModel::Entry> entries;
+    QSet<QString> known;
+    for (const ZoneAnalytics& card : state.analyticsCards()) {
+        if (!known.contains(card.zone.id))
+            entries.append({.rowId = card.zone.id, .section = {}});
+        known.insert(card.zone.id);
+    }
     return entries;
 }
 

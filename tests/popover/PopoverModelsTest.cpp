@@ -1,0 +1,315 @@
+#include <QAbstractItemModelTester>
+#include <QMetaProperty>
+#include <QProcess>
+#include <QRandomGenerator>
+#include <QSignalSpy>
+#include <tuple>
+#include <utility>
+
+#include "popover/DS.h"
+#include "popover/RowEntries.h"
+#include "tests/popover/Scene.h"
+
+namespace tidemark {
+
+namespace {
+
+/// What a project list says, line by line.
+QStringList lines(const QAbstractItemModel& model) {
+    const auto roles = model.roleNames();
+    QStringList all;
+    for (int i = 0; i < model.rowCount(); ++i) {
+        const QModelIndex index = model.index(i, 0);
+        all.append(index.data(roles.key("section")).toString() + u'/' +
+                   index.data(roles.key("rowId")).toString());
+    }
+    return all;
+}
+
+}  // namespace
+
+class PopoverModelsTest : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void palette() {
+        const QMap<QString, QString> expected{
+            {u"panelBg"_s, u"#262626"_s},      {u"hover"_s, u"#0dffffff"_s},
+            {u"searchBg"_s, u"#0fffffff"_s},   {u"border"_s, u"#1fffffff"_s},
+            {u"borderSoft"_s, u"#14ffffff"_s}, {u"text"_s, u"#ffffff"_s},
+            {u"textMuted"_s, u"#bfbfbf"_s},    {u"textDim"_s, u"#999999"_s},
+            {u"textFaint"_s, u"#808080"_s},    {u"dotGreen"_s, u"#22c55e"_s},
+            {u"dotAmber"_s, u"#f59e0b"_s},     {u"dotRed"_s, u"#ef4444"_s},
+            {u"dotGray"_s, u"#808080"_s},      {u"live"_s, u"#4ade80"_s},
+            {u"building"_s, u"#fbbf24"_s},     {u"error"_s, u"#f88787"_s}};
+        const DS ds;
+        QMap<QString, QString> actual;
+        const QMetaObject& type = DS::staticMetaObject;
+        for (int i = type.propertyOffset(); i < type.propertyCount(); ++i)
+            actual.insert(QString::fromLatin1(type.property(i).name()),
+                          hex(type.property(i).read(&ds).value<QColor>()));
+        QCOMPARE(actual, expected);
+    }
+
+    void platformLevels() {
+        using enum VercelStatusLevel;
+        Scene scene;
+        for (const auto& [level, color, toolTip] :
+             {std::tuple(ok, u"#22c55e"_s, u"Vercel: All Systems Operational"_s),
+              std::tuple(minor, u"#f59e0b"_s, u"Vercel: Minor Incident"_s),
+              std::tuple(major, u"#ef4444"_s, u"Vercel: Major Outage"_s),
+              std::tuple(critical, u"#ef4444"_s, u"Vercel: Critical Outage"_s),
+              std::tuple(unknown, u"#808080"_s, u"Vercel: Status Unknown"_s)}) {
+            scene.state.setVercelPlatformStatus(level);
+            QCOMPARE(hex(scene.model.platformDotColor()), color);
+            QCOMPARE(scene.model.platformToolTip(), toolTip);
+        }
+    }
+
+    void summary_data() {
+        using enum PanelSummary::Content;
+        // One project each; without a deployment when empty.
+        QTest::addColumn<QStringList>("states");
+        QTest::addColumn<bool>("isLoading");
+        QTest::addColumn<QStringList>("expected");
+        QTest::addColumn<PanelSummary::Content>("content");
+        const auto add = [](const QStringList& states, bool isLoading, const QString& badge,
+                            const QString& color, PanelSummary::Content content) {
+            const QString count = states.size() == 1
+                                      ? u"1 project tracked"_s
+                                      : QString::number(states.size()) + u" projects tracked"_s;
+            QTest::addRow("%s %d", qPrintable(states.join(u' ')), int(isLoading))
+                << states << isLoading << QStringList{count, badge, color} << content;
+        };
+        const QString live = u"#4ade80"_s;
+        const QString faint = u"#808080"_s;
+        add({}, false, u"Loading…"_s, faint, nothingTracked);
+        add({}, true, u"Loading…"_s, faint, loading);
+        add({u"READY"_s}, true, u"All Vercellent ✦"_s, live, loading);
+        add({u"READY"_s, u"READY"_s}, false, u"All Vercellent ✦"_s, live, list);
+        add({u"READY"_s, QString()}, false, u"1 live"_s, live, list);
+        add({u"READY"_s, u"QUEUED"_s, u"INITIALIZING"_s}, false, u"2 building"_s, u"#fbbf24"_s, list);
+        add({u"ERROR"_s, u"BUILDING"_s}, false, u"1 error"_s, u"#f88787"_s, list);
+        add({u"ERROR"_s, u"ERROR"_s}, false, u"2 errors"_s, u"#f88787"_s, list);
+        add({u"CANCELED"_s, u"READY"_s}, false, u"Loading…"_s, faint, list);
+    }
+
+    void summary() {
+        QFETCH(QStringList, states);
+        QFETCH(bool, isLoading);
+        Scene scene;
+        for (qsizetype i = 0; i < states.size(); ++i) {
+            scene.track({QString::number(i)});
+            if (!states.at(i).isEmpty())
+                scene.poll(QString::number(i), {scene.deployment(states.at(i), 1min)});
+        }
+        // What is not tracked does not count.
+        scene.track({u"ignored"_s});
+        scene.poll(u"ignored"_s, {scene.deployment(u"ERROR"_s, 1min)});
+        scene.state.setTracked(u"ignored"_s, false);
+        scene.state.setIsLoadingProjects(isLoading);
+        const PanelSummary summary = PanelSummary::of(scene.state);
+        QTEST((QStringList{summary.countText, summary.badgeText, hex(summary.badgeColor)}), "expected");
+        QTEST(summary.content, "content");
+    }
+
+    void connectionWarning() {
+        const QStringList none;
+        const QStringList both{u"a"_s, u"b"_s};
+        const QList<std::tuple<QStringList, QStringList, bool>> cases{
+            {none, {u"gone"_s}, false},
+            {both, none, false},
+            {both, {u"a"_s}, false},
+            {both, {u"a"_s, u"gone"_s}, false},
+            {both, {u"a"_s, u"b"_s, u"gone"_s}, true}};
+        for (const auto& [tracked, failed, isShown] : cases) {
+            Scene scene;
+            scene.track(tracked);
+            for (const QString& id : failed)
+                scene.state.setError(id, u"No network"_s);
+            const PanelSummary summary = PanelSummary::of(scene.state);
+            QVERIFY2(summary.showsConnectionWarning == isShown, qPrintable(failed.join(u' ')));
+            QCOMPARE(summary.connectionError, failed.isEmpty() ? QString() : u"No network"_s);
+        }
+    }
+
+    void unknownVersionIsADevelopersOne() {
+        Scene scene;
+        const PopoverModel unknown(scene.state, scene.clock, scene.workspace, {}, {});
+        QCOMPARE(unknown.versionText(), u"vdev"_s);
+        QCOMPARE(scene.model.versionText(), u"v1.4.2"_s);
+    }
+
+    void filter_data() {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QString>("filter");
+        QTest::addColumn<bool>("isMatch");
+        QTest::newRow("empty") << QString() << QString() << true;
+        QTest::newRow("small") << u"My-API-Server"_s << u"api"_s << true;
+        QTest::newRow("capital") << u"my-api-server"_s << u"API"_s << true;
+        QTest::newRow("blank") << u"my api"_s << u" "_s << true;
+        QTest::newRow("no blank") << u"my-api"_s << u" "_s << false;
+        QTest::newRow("blanks are not trimmed") << u"my-api"_s << u"api "_s << false;
+        QTest::newRow("not a pattern") << u"my-api"_s << u".*"_s << false;
+        QTest::newRow("sigma at the end") << u"ΟΔΟΣ"_s << u"οδος"_s << true;
+        QTest::newRow("accent apart") << u"Cafe\u0301"_s << u"CAFÉ"_s << true;
+        QTest::newRow("accent") << u"Café"_s << u"cafe"_s << false;
+    }
+
+    void filter() {
+        QFETCH(QString, name);
+        QFETCH(QString, filter);
+        QTEST(matchesFilter(name, filter), "isMatch");
+    }
+
+    void filterFollowsTheLanguage() {
+        const bool isTurkish = qEnvironmentVariable("LC_ALL").startsWith(u"tr"_s);
+        QCOMPARE(matchesFilter(u"İstanbul"_s, u"istanbul"_s), isTurkish);
+        QCOMPARE(matchesFilter(u"IŞIK"_s, u"ışık"_s), isTurkish);
+        if (isTurkish)
+            return;
+        // The language of a process is settled once.
+        QProcess turkish;
+        auto environment = QProcessEnvironment::systemEnvironment();
+        environment.insert(u"LC_ALL"_s, u"tr_TR.UTF-8"_s);
+        turkish.setProcessEnvironment(environment);
+        turkish.setProcessChannelMode(QProcess::MergedChannels);
+        turkish.start(QCoreApplication::applicationFilePath(), {u"filterFollowsTheLanguage"_s});
+        QVERIFY(turkish.waitForFinished());
+        QVERIFY2(turkish.exitCode() == 0, turkish.readAll().constData());
+    }
+
+    void sections() {
+        Scene scene;
+        scene.track({u"api"_s, u"docs"_s, u"old-api"_s, u"zeta"_s});
+        scene.state.setTracked(u"old-api"_s, false);
+        scene.state.setTracked(u"api"_s, false);
+        Scene::settle();
+        const auto& tracked = *scene.model.trackedProjects();
+        const auto& managed = *scene.model.managedProjects();
+        QCOMPARE(lines(tracked), (QStringList{u"/docs"_s, u"/zeta"_s}));
+        QCOMPARE(lines(managed), (QStringList{u"Tracked/docs"_s, u"Tracked/zeta"_s,
+                                              u"Ignored / Archived/api"_s, u"Ignored / Archived/old-api"_s}));
+        scene.model.setFilter(u"API"_s);
+        QCOMPARE(lines(managed), (QStringList{u"Ignored / Archived/api"_s, u"Ignored / Archived/old-api"_s}));
+        scene.model.setTracked(u"old-api"_s, true);
+        Scene::settle();
+        QCOMPARE(lines(managed), (QStringList{u"Tracked/old-api"_s, u"Ignored / Archived/api"_s}));
+        QCOMPARE(lines(tracked), (QStringList{u"/docs"_s, u"/old-api"_s, u"/zeta"_s}));
+    }
+
+    void listChangesByDifference() {
+        RowListModel model;
+        const QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
+        const QSignalSpy reset(&model, &QAbstractItemModel::modelReset);
+        QRandomGenerator random(1);
+        QStringList shown;
+        for (int round = 0; round < 300; ++round) {
+            QStringList wanted;
+            for (int i = 0; i < 12; ++i) {
+                if (random.bounded(3) > 0)
+                    wanted.insert(random.bounded(wanted.size() + 1), u"/%1"_s.arg(i));
+            }
+            QMap<QString, QPersistentModelIndex> kept;
+            for (int i = 0; i < shown.size(); ++i) {
+                if (wanted.contains(shown.at(i)))
+                    kept.insert(shown.at(i), model.index(i));
+            }
+            QList<RowListModel::Entry> entries;
+            for (const QString& line : wanted)
+                entries.append({.rowId = line.sliced(1), .section = {}});
+            model.setEntries(entries);
+            QCOMPARE(lines(model), wanted);
+            for (auto entry = kept.cbegin(); entry != kept.cend(); ++entry) {
+                QVERIFY(entry->isValid());
+                QCOMPARE(entry->row(), wanted.indexOf(entry.key()));
+            }
+            shown = wanted;
+        }
+        QCOMPARE(reset.count(), 0);
+    }
+
+    void projectNamedTwiceIsShownOnce() {
+        Scene scene;
+        scene.track({u"site"_s, u"site"_s, u"other"_s});
+        Scene::settle();
+        QCOMPARE(lines(*scene.model.trackedProjects()), (QStringList{u"/other"_s, u"/site"_s}));
+        QCOMPARE(scene.model.managedProjects()->rowCount(), 2);
+    }
+
+    void inactiveModelLiesStill() {
+        Scene scene;
+        QSignalSpy refreshed(&scene.model, &PopoverModel::refreshed);
+        scene.track({u"site"_s});
+        // Also what was begun before.
+        scene.model.setActive(false);
+        scene.track({u"other"_s});
+        Scene::settle();
+        QCOMPARE(refreshed.count(), 0);
+        QCOMPARE(scene.model.trackedProjects()->rowCount(), 0);
+
+        scene.model.setActive(true);
+        QCOMPARE(scene.model.trackedProjects()->rowCount(), 2);
+        QCOMPARE(scene.model.countText(), u"2 projects tracked"_s);
+        refreshed.clear();
+        scene.state.setIsLoadingProjects(true);
+        Scene::settle();
+        QCOMPARE(refreshed.count(), 1);
+        QVERIFY(scene.model.isLoading());
+    }
+
+    void manyChangesMakeOneRefresh() {
+        Scene scene;
+        QSignalSpy refreshed(&scene.model, &PopoverModel::refreshed);
+        scene.track({u"site"_s});
+        for (int i = 0; i < 100; ++i)
+            scene.poll(u"site"_s, {scene.deployment(u"READY"_s, i * 1s)});
+        QCOMPARE(refreshed.count(), 0);
+        Scene::settle();
+        QCOMPARE(refreshed.count(), 1);
+        QCOMPARE(scene.model.badgeText(), u"All Vercellent ✦"_s);
+    }
+
+    void becomingActiveFoldsRowsAndEmptiesTheFilter() {
+        Scene scene;
+        scene.track({u"site"_s});
+        Scene::settle();
+        RowModel row(scene.model, u"site"_s);
+        row.toggleExpanded();
+        scene.model.setFilter(u"nothing"_s);
+        QVERIFY(row.isExpanded());
+        scene.model.setActive(true);
+        QVERIFY(row.isExpanded());
+
+        scene.model.setActive(false);
+        const QSignalSpy changed(&row, &ProjectRowModel::changed);
+        scene.model.setActive(true);
+        QVERIFY(!row.isExpanded());
+        QVERIFY2(changed.count() > 0, "Views do not know that the row is folded.");
+        QCOMPARE(scene.model.filter(), QString());
+        QCOMPARE(scene.model.managedProjects()->rowCount(), 1);
+    }
+
+    void vanishedProjectDoesNoHarm() {
+        Scene scene;
+        scene.track({u"site"_s, u"other"_s});
+        scene.poll(u"site"_s, {scene.deployment(u"READY"_s, 1min)});
+        Scene::settle();
+        RowModel row(scene.model, u"site"_s);
+        row.toggleExpanded();
+        scene.state.setAllProjects({{.id = u"other"_s, .name = u"other"_s}});
+        scene.state.setDeployments({});
+        Scene::settle();
+        QCOMPARE(lines(*scene.model.trackedProjects()), QStringList{u"/other"_s});
+        QCOMPARE(row.word(), u"—"_s);
+        row.redeploy();
+        row.toggleExpanded();
+        Scene::settle();
+        QVERIFY(!row.isRedeploying());
+    }
+};
+
+}  // namespace tidemark
+
+QTEST_MAIN(tidemark::PopoverModelsTest)
+#include "PopoverModelsTest.moc"

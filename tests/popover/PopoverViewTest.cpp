@@ -1,0 +1,363 @@
+#include <QAccessible>
+#include <QClipboard>
+#include <QCoroFuture>
+#include <QPromise>
+#include <QQuickItem>
+#include <QRegularExpression>
+#include <ctime>
+
+#include "popover/DS.h"
+#include "tests/popover/Person.h"
+
+namespace tidemark {
+
+class PopoverViewTest : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init() { QTest::failOnWarning(QRegularExpression(u"^(?!This plugin does not support)"_s)); }
+
+    void sizeFollowsTheContent() {
+        Person person;
+        person.show();
+        const auto height = [&person] {
+            person.rest();
+            return person.view->height();
+        };
+        const int nothing = height();
+        QVERIFY(nothing > 100);
+        person.state.setIsLoadingProjects(true);
+        const int loading = height();
+        QVERIFY(loading < nothing);
+        person.state.setIsLoadingProjects(false);
+
+        person.fillWith(1);
+        const int one = height();
+        person.fillWith(4);
+        const int four = height();
+        QVERIFY(four > one);
+        person.state.setTracked(u"p0003"_s, false);
+        person.state.setTracked(u"p0002"_s, false);
+        person.state.setTracked(u"p0001"_s, false);
+        QCOMPARE(height(), one);
+
+        person.fillWith(40);
+        const int forty = height();
+        QCOMPARE(person.mainList()->height(), 360);
+        person.fillWith(80);
+        QCOMPARE(height(), forty);
+        person.openManage();
+        height();
+        QCOMPARE(person.manageList()->height(), 300);
+        QCOMPARE(person.view->width(), 268);
+        QVERIFY(height() < forty);
+        person.type(u"p0079"_s);
+        QVERIFY(height() < one + 40);
+        QCOMPARE(person.view->width(), 268);
+    }
+
+    void smallScreenLimitsTheHeight() {
+        Person person;
+        person.fillWith(40);
+        person.show();
+        person.view->rootObject()->setProperty("maximumHeight", 300);
+        person.rest();
+        QVERIFY2(person.view->height() <= 300, qPrintable(QString::number(person.view->height())));
+        person.openManage();
+        person.rest();
+        QVERIFY2(person.view->height() <= 300, qPrintable(QString::number(person.view->height())));
+    }
+
+    void clickExpandsAndCollapsesARow() {
+        Person person;
+        person.fill();
+        person.show();
+        const int collapsed = person.view->height();
+        person.toggleRow(u"docs"_s);
+        for (const QString& detail : {u"Branch: main"_s, u"Commit: Round"_s, u"Build time: Built in 1m 23s"_s,
+                                      u"Copy URL"_s, u"Redeploy"_s, u"Vercel"_s, u"main, Error, 2h ago"_s})
+            QVERIFY2(person.see(detail), qPrintable(detail));
+        QVERIFY(!person.see(u"Last check failed"_s));
+        // All of it, also when it has grown meanwhile.
+        QQuickItem* last = person.see(u"main, Error, 2h ago"_s);
+        QTRY_VERIFY(person.isInSight(last, person.mainList()));
+        person.state.setError(u"docs"_s, u"No network"_s);
+        person.rest();
+        QVERIFY(person.see(u"Last check failed: No network"_s));
+        person.clickRow(u"docs"_s);
+        QVERIFY(!person.isExpanded(u"docs"_s));
+        QTRY_COMPARE(person.view->height(), collapsed);
+        QVERIFY(!person.see(u"Copy URL"_s));
+    }
+
+    void hoveredRowLooksDifferent() {
+        Person person;
+        person.fill();
+        person.show();
+        QQuickItem* head = person.row(u"docs"_s);
+        const auto edge = [&] {
+            person.rest();
+            return QColor(person.view->grabWindow().pixel(head->mapToScene({4, 4}).toPoint()));
+        };
+        QCOMPARE(edge(), QColor(DS::panelBg().rgb()));
+        const QPoint domain = person.see(u"docs.example"_s)->mapToScene({20, 5}).toPoint();
+        QTest::mouseMove(person.view.get(), domain);
+        QVERIFY(edge().lightness() > DS::panelBg().lightness());
+        QTest::mouseMove(person.view.get(), {100, 5});
+        QCOMPARE(edge(), QColor(DS::panelBg().rgb()));
+    }
+
+    void linksOpenTheirPages_data() {
+        QTest::addColumn<QString>("link");
+        QTest::addColumn<QUrl>("url");
+        QTest::newRow("domain") << u"docs.example"_s << QUrl(u"https://docs.example"_s);
+        QTest::newRow("inspector") << u"Vercel"_s << QUrl(u"https://vercel.example/inspect"_s);
+        QTest::newRow("deployment") << u"Deployment"_s << QUrl(u"https://build-1.vercel.app"_s);
+    }
+
+    void linksOpenTheirPages() {
+        QFETCH(QString, link);
+        QFETCH(QUrl, url);
+        Person person;
+        person.fill();
+        person.show();
+        person.toggleRow(u"docs"_s);
+        person.click(person.see(link, QAccessible::Link));
+        QCOMPARE(person.workspace.urls, QList<QUrl>{url});
+        // The row below does not take the click for its own.
+        QVERIFY(person.isExpanded(u"docs"_s));
+        person.press(Qt::Key_Return);
+        QCOMPARE(person.workspace.urls, (QList<QUrl>{url, url}));
+        QVERIFY(person.isExpanded(u"docs"_s));
+    }
+
+    void copyPutsTheAddressOnTheClipboard() {
+        Person person;
+        person.fill();
+        person.show();
+        QGuiApplication::clipboard()->clear();
+        person.toggleRow(u"docs"_s);
+        person.click(u"Copy URL"_s);
+        QCOMPARE(QGuiApplication::clipboard()->text(), u"https://docs.example"_s);
+        person.toggleRow(u"docs"_s);
+        QGuiApplication::clipboard()->setText(u"mine"_s);
+        person.toggleRow(u"empty"_s);
+        QVERIFY(!person.see(u"Copy URL"_s)->isEnabled());
+        person.click(u"Copy URL"_s);
+        QCOMPARE(QGuiApplication::clipboard()->text(), u"mine"_s);
+    }
+
+    void redeployIsBusyUntilItIsDone() {
+        QStringList asked;
+        const auto wait = [](QFuture<void> done) -> QCoro::Task<> { co_await done; };
+        Person person;
+        person.fill();
+        QPromise<void> promise;
+        promise.start();
+        person.state.setRedeployHandler([&](const QString& projectId) {
+            asked.append(projectId);
+            return wait(promise.future());
+        });
+        person.show();
+        person.toggleRow(u"shop"_s);
+        person.click(u"Redeploy"_s);
+        QQuickItem* button = person.see(u"Deploying…"_s);
+        person.click(button);
+        person.press(Qt::Key_Return);
+        QCOMPARE(asked, QStringList{u"shop"_s});
+        QVERIFY(!button->isEnabled());
+        QVERIFY(person.isExpanded(u"shop"_s));
+        promise.finish();
+        QTRY_COMPARE(person.see(u"Redeploy"_s), button);
+        QVERIFY(button->isEnabled());
+    }
+
+    void productionFilterIsStored() {
+        Person person;
+        person.fill();
+        person.show();
+        for (const bool isOn : {true, false, true}) {
+            person.click(u"Production only"_s);
+            QCOMPARE(person.state.productionOnly(), isOn);
+            QCOMPARE(person.defaults.boolean(u"productionOnly"_s), isOn);
+            QCOMPARE(bool(person.stateOf(u"Production only"_s).checked), isOn);
+        }
+    }
+
+    void buttonsDoWhatTheySay_data() {
+        QTest::addColumn<QString>("button");
+        QTest::addColumn<QList<int>>("expected");
+        QTest::newRow("preferences") << u"Preferences"_s << QList<int>{1, 0, 0};
+        QTest::newRow("dashboard") << u"Open dashboard"_s << QList<int>{0, 1, 0};
+        QTest::newRow("quit") << u"Quit Tidemark"_s << QList<int>{0, 0, 1};
+        QTest::newRow("tab that is selected") << u"Deployments"_s << QList<int>{0, 0, 0};
+    }
+
+    void buttonsDoWhatTheySay() {
+        QFETCH(QString, button);
+        QFETCH(QList<int>, expected);
+        Person person;
+        person.fill();
+        person.show();
+        const auto did = [&person] {
+            return QList<int>{person.preferencesOpened, person.dashboardOpened, person.quits};
+        };
+        person.click(button);
+        QCOMPARE(did(), expected);
+        QVERIFY(person.row(u"docs"_s));
+        person.press(Qt::Key_Space);
+        for (int& count : expected)
+            count *= 2;
+        QCOMPARE(did(), expected);
+    }
+
+    void manageScreenFiltersWhatIsTyped() {
+        Person person;
+        person.fill();
+        person.state.setTracked(u"shop"_s, false);
+        person.show();
+        person.openManage();
+        QVERIFY(person.see(u"Ignored / Archived"_s));
+        person.type(u"DO"_s);
+        QVERIFY(person.see(u"Track docs"_s));
+        QVERIFY(!person.see(u"Track shop"_s));
+        QVERIFY(!person.see(u"Ignored / Archived"_s));
+        // From elsewhere in the screen, as well.
+        person.press(Qt::Key_Down);
+        QCOMPARE(person.focused(), u"Track docs"_s);
+        person.type(u"x"_s);
+        QCOMPARE(person.model.filter(), u"DOx"_s);
+        QVERIFY(!person.see(u"Track "_s));
+        person.press(Qt::Key_Backspace);
+        QCOMPARE(person.model.filter(), u"DO"_s);
+        person.press(Qt::Key_Tab);
+        person.press(Qt::Key_F, Qt::ControlModifier);
+        person.type(u"shop"_s);
+        QCOMPARE(person.model.filter(), u"shop"_s);
+        QVERIFY(person.see(u"Track shop"_s));
+        QVERIFY(!person.see(u"Tracked"_s));
+        person.press(Qt::Key_Escape);
+        QVERIFY(person.see(u"Track docs"_s) && person.see(u"Track shop"_s));
+    }
+
+    void leavingTheManageScreenForgetsTheFilter_data() {
+        QTest::addColumn<QString>("button");
+        QTest::newRow("back") << u"Back"_s;
+        QTest::newRow("done") << u"Done"_s;
+    }
+
+    void leavingTheManageScreenForgetsTheFilter() {
+        QFETCH(QString, button);
+        Person person;
+        person.fill();
+        person.show();
+        const int height = person.view->height();
+        person.openManage();
+        person.type(u"nowhere"_s);
+        QVERIFY(!person.see(u"Track "_s));
+        person.click(button);
+        QVERIFY(person.row(u"docs"_s));
+        QVERIFY(!person.see(button));
+        QCOMPARE(person.view->height(), height);
+        // The keyboard has come along.
+        person.press(Qt::Key_Down);
+        QVERIFY(person.focused().startsWith(u"docs, "_s));
+        person.openManage();
+        QVERIFY(person.see(u"Track docs"_s));
+        person.type(u"shop"_s);
+        QCOMPARE(person.model.filter(), u"shop"_s);
+    }
+
+    void switchMovesAProject() {
+        Person person;
+        person.fill();
+        person.show();
+        person.openManage();
+        QVERIFY(!person.see(u"Ignored / Archived"_s));
+        person.click(u"Track docs"_s);
+        QVERIFY(!person.state.trackedIds().contains(u"docs"_s));
+        QVERIFY(!person.stateOf(u"Track docs"_s).checked);
+        QVERIFY(person.see(u"Track docs"_s)->mapToScene({}).y() >
+                person.see(u"Ignored / Archived"_s)->mapToScene({}).y());
+        person.click(u"Track docs"_s);
+        QVERIFY(person.state.trackedIds().contains(u"docs"_s));
+        QVERIFY(person.stateOf(u"Track docs"_s).checked);
+        QVERIFY(!person.see(u"Ignored / Archived"_s));
+    }
+
+    void pinIsForTrackedProjects() {
+        Person person;
+        person.fill();
+        person.state.setTracked(u"shop"_s, false);
+        person.show();
+        person.openManage();
+        QVERIFY(!person.see(u"Pin shop"_s));
+        const auto toolTip = [&person] {
+            return QAccessible::queryAccessibleInterface(person.see(u"Pin docs"_s))
+                ->text(QAccessible::Description);
+        };
+        QCOMPARE(toolTip(), u"Pin as individual menu bar icon"_s);
+        person.click(u"Pin docs"_s);
+        QCOMPARE(person.state.individualIds(), QSet<QString>{u"docs"_s});
+        QCOMPARE(toolTip(), u"Remove from menu bar"_s);
+        QVERIFY(person.stateOf(u"Pin docs"_s).checked);
+        person.click(u"Pin docs"_s);
+        QVERIFY(person.state.individualIds().isEmpty());
+    }
+
+    void showingAgainStartsAnew() {
+        Person person;
+        person.fillWith(40);
+        person.show();
+        const int height = person.view->height();
+        const qreal top = person.contentY();
+        person.scrollTo(300);
+        person.toggleRow(u"p0008"_s);
+        person.openManage();
+        person.type(u"p0008"_s);
+        person.view->hide();
+        person.rest();
+        person.fillWith(45);
+        person.view->show();
+        person.rest();
+        QCOMPARE(person.view->height(), height);
+        QCOMPARE(person.contentY(), top);
+        QVERIFY(person.row(u"p0000"_s));
+        for (QQuickItem* item : visibleItems(person.view->rootObject()))
+            QVERIFY2(!nameOf(item).startsWith(u"Copy"_s), qPrintable(nameOf(item)));
+        QCOMPARE(person.model.filter(), QString());
+        person.press(Qt::Key_Down);
+        QCOMPARE(person.focused(), u"p0000, Live"_s);
+    }
+
+    void hostileTextsAreDrawnInTime() {
+        Person person;
+        const QString huge = QString(1 << 20, u'W') + u"\n<b>bold</b>\u202E"_s;
+        person.state.integrateProjects({{.id = u"site"_s, .name = huge}}, u"account"_s);
+        auto deployment = person.deployment(u"READY"_s, 12min);
+        deployment.url = huge;
+        deployment.target = huge;
+        deployment.alias = QList<QString>{huge};
+        deployment.meta = DeploymentMeta{huge, huge, huge};
+        person.poll(u"site"_s, {deployment, deployment});
+        person.state.setError(u"site"_s, huge);
+        const std::clock_t start = std::clock();
+        person.show();
+        person.press(Qt::Key_Down);
+        person.press(Qt::Key_Return);
+        person.view->grabWindow();
+        person.openManage();
+        person.view->grabWindow();
+        const double seconds = static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC;
+        QVERIFY2(seconds < 3, qPrintable(QString::number(seconds)));
+        QCOMPARE(person.view->width(), 268);
+    }
+};
+
+}  // namespace tidemark
+
+int main(int argc, char** argv) {
+    return tidemark::runViewTest<tidemark::PopoverViewTest>(argc, argv);
+}
+
+#include "PopoverViewTest.moc"
