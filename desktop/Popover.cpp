@@ -45,8 +45,8 @@ Popover::Popover(MakeWindow makeWindow, std::chrono::milliseconds lifetimeWhenCl
     });
     connect(qGuiApp, &QGuiApplication::focusWindowChanged, this, &Popover::handleFocus);
     connect(qGuiApp, &QGuiApplication::screenRemoved, this, [this](const QScreen* screen) {
-        if (m_form == Form::anchored && (m_screen == nullptr || m_screen == screen)) {
-            close();
+        if (m_screen == nullptr || m_screen == screen) {
+            closeAnchored();
         }
     });
 }
@@ -91,6 +91,12 @@ void Popover::close() {
     if (isShown()) {
         hide();
         endClick();
+    }
+}
+
+void Popover::closeAnchored() {
+    if (m_form == Form::anchored) {
+        close();
     }
 }
 
@@ -151,9 +157,9 @@ void Popover::showAt(const PopoverAnchor& anchor) {
     prepareWindow();
     m_anchor = anchor;
     m_screen = QGuiApplication::screenAt(anchor.place);
-    for (const auto changed : {&QScreen::geometryChanged, &QScreen::availableGeometryChanged}) {
-        connect(m_screen, changed, this, &Popover::place, Qt::UniqueConnection);
-    }
+    // Panels move with the screen's edges: nothing stands where the click was.
+    connect(m_screen, &QScreen::geometryChanged, this, &Popover::closeAnchored, Qt::UniqueConnection);
+    connect(m_screen, &QScreen::availableGeometryChanged, this, &Popover::place, Qt::UniqueConnection);
     // A tool's window: it is not listed anywhere, and floats where others are tiled.
     m_window->setFlags(Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint);
     m_window->setScreen(m_screen);

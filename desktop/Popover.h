@@ -78,6 +78,7 @@ private:
     void activate();
     void activateByServer();
     void hide();
+    void closeAnchored();
     /// Closes it because of a click that may, at once or later, also call for toggle().
     void closeByClick();
     void endClick();

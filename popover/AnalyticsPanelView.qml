@@ -18,6 +18,7 @@ FocusScope {
     Component.onDestruction: popover.leaveAnalytics()
 
     Keys.onDownPressed: list.focusRow(list.currentIndex)
+    Keys.onUpPressed: tabs.takeFocus()
 
     Item {
         id: header
@@ -62,6 +63,8 @@ FocusScope {
         y: header.y + header.height + 9
         width: parent.width
     }
+
+    FocusRest {}
 
     Item {
         id: content

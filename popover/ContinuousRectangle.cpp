@@ -59,6 +59,11 @@ QPainterPath continuousRectangle(const QRectF& rectangle, qreal radius) {
     return path;
 }
 
+QRectF ContinuousRectangle::paintedRect() const {
+    const qreal outside = m_strokeWidth / 2;
+    return boundingRect().adjusted(-outside, -outside, outside, outside);
+}
+
 void ContinuousRectangle::paint(QPainter& painter) const {
     const QPainterPath path = continuousRectangle(boundingRect(), m_radius);
     painter.setRenderHint(QPainter::Antialiasing);

@@ -13,8 +13,8 @@ namespace tidemark {
 /// the edge, so that no joint can be seen. A radius that does not fit is made smaller.
 [[nodiscard]] QPainterPath continuousRectangle(const QRectF& rectangle, qreal radius);
 
-/// A rectangle with continuous corners, filled and outlined. The outline lies on the edge, half of it inside,
-/// and is cut off outside.
+/// A rectangle with continuous corners, filled and outlined. The outline lies on the edge, half of it
+/// outside.
 class ContinuousRectangle : public tidemark::PaintedItem {
     Q_OBJECT
     QML_ELEMENT
@@ -36,6 +36,7 @@ public:
     void setRadius(qreal radius) { assign(m_radius, radius); }
 
     void paint(QPainter& painter) const override;
+    [[nodiscard]] QRectF paintedRect() const override;
 
 Q_SIGNALS:
     void changed();

@@ -13,7 +13,7 @@ Item {
     visible: label !== ""
     implicitHeight: Math.max(symbol.implicitHeight, text.implicitHeight)
     Accessible.role: Accessible.StaticText
-    Accessible.name: meaning + ": " + label
+    Accessible.name: label === "" ? "" : meaning + ": " + label
 
     Symbol {
         id: symbol

@@ -3,7 +3,7 @@ pragma ComponentBehavior: Bound
 import QtQuick
 import Tidemark.Popover
 
-/// A row of a list: a line, which is a child of its own, and the details into which it expands.
+/// A row of a list: a line, whose parts are its children, and the details into which it expands.
 ProjectListRow {
     id: row
 
@@ -13,6 +13,7 @@ ProjectListRow {
     required property real headHeight
     /// The details, which are made when the row expands.
     property alias details: slot.delegate
+    default property alias parts: line.data
 
     /// How much of the details is in sight.
     property real reveal: isExpanded ? 1 : 0
@@ -28,6 +29,10 @@ ProjectListRow {
     }
 
     ListView.onPooled: isAnimated = false
+    onRevealChanged: {
+        if (reveal === 0 || reveal === 1)
+            isAnimated = false;
+    }
     onHeightChanged: {
         if (isAnimated && isExpanded)
             list.reveal(index);
@@ -40,6 +45,14 @@ ProjectListRow {
             duration: 180
             easing.type: Easing.InOutQuad
         }
+    }
+
+    // Before the details, for the keyboard.
+    Item {
+        id: line
+
+        width: row.width
+        height: row.headHeight
     }
 
     Slot {

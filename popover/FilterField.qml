@@ -4,7 +4,7 @@ import QtQuick
 import Tidemark.Popover
 
 /// Where the filter is typed.
-Item {
+FocusScope {
     id: field
 
     required property PopoverModel popover
@@ -26,8 +26,15 @@ Item {
         anchors.fill: parent
         radius: 6
         color: DS.searchBg
-        strokeColor: input.activeFocus ? DS.textFaint : DS.borderSoft
-        strokeWidth: input.activeFocus ? 1.5 : 0.5
+        strokeColor: DS.borderSoft
+        strokeWidth: 0.5
+    }
+
+    // Beside the text, too, a click begins to type.
+    MouseArea {
+        anchors.fill: parent
+        cursorShape: Qt.IBeamCursor
+        onPressed: input.forceActiveFocus(Qt.MouseFocusReason)
     }
 
     Symbol {
@@ -85,9 +92,7 @@ Item {
         font.pixelSize: 12
     }
 
-    MouseArea {
-        anchors.fill: parent
-        acceptedButtons: Qt.NoButton
-        cursorShape: Qt.IBeamCursor
+    FocusRing {
+        radius: 7
     }
 }

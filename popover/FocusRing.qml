@@ -8,6 +8,6 @@ ContinuousRectangle {
     visible: parent.activeFocus && Navigation.byKeyboard
     z: 1
     radius: 5
-    strokeWidth: 2
+    strokeWidth: 1.5
     strokeColor: DS.textMuted
 }

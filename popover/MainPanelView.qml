@@ -18,9 +18,11 @@ FocusScope {
 
     function reset(): void {
         list.reset();
+        rest.focus = true;
     }
 
     Keys.onDownPressed: list.focusRow(list.currentIndex)
+    Keys.onUpPressed: tabs.takeFocus()
 
     Item {
         id: header
@@ -112,6 +114,10 @@ FocusScope {
         height: visible ? implicitHeight : 0
         visible: panel.popover.showsConnectionWarning
         error: panel.popover.connectionError
+    }
+
+    FocusRest {
+        id: rest
     }
 
     Item {

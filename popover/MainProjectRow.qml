@@ -40,10 +40,12 @@ ExpandableRow {
         width: row.width
         height: 14 + lines.height
         focus: true
-        label: project.name + ", " + project.word + (project.error === "" ? "" : ", last check failed")
+        label: project.summary
         activeFocusOnTab: row.ListView.isCurrentItem || activeFocus
         focusRing.anchors.margins: 2
-        Accessible.description: project.isExpanded ? "Expanded" : "Collapsed"
+        Accessible.description: (project.isExpanded ? "Expanded" : "Collapsed")
+            + (project.pushedAt === "" ? "" : ", pushed " + project.pushedAt)
+            + (project.placeholder === "" ? "" : ", " + project.placeholder)
         onPressed: row.toggle()
 
         Rectangle {
@@ -80,6 +82,10 @@ ExpandableRow {
                 width: parent.width
                 text: project.name
                 font.pixelSize: 13
+
+                HoverTip {
+                    text: name.truncated ? project.name : ""
+                }
             }
 
             DomainLink {

@@ -17,6 +17,10 @@ ProjectListRow {
         track.forceActiveFocus(Qt.TabFocusReason);
     }
 
+    onRowIdChanged: track.isAnimated = false
+    Accessible.role: Accessible.ListItem
+    Accessible.name: project.deployedText === "" ? project.name : project.name + ", " + project.deployedText
+
     ManageRowModel {
         id: project
 
@@ -75,6 +79,10 @@ ProjectListRow {
                 text: project.name
                 color: project.isTracked ? DS.text : DS.textFaint
                 font.pixelSize: 13
+
+                HoverTip {
+                    text: name.truncated ? project.name : ""
+                }
             }
 
             Label {
@@ -104,6 +112,7 @@ ProjectListRow {
             Accessible.role: Accessible.CheckBox
             Accessible.checkable: true
             Accessible.checked: project.isPinned
+            Accessible.onToggleAction: pin.pressed()
             onPressed: project.togglePinned()
         }
 

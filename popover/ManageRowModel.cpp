@@ -45,7 +45,7 @@ ManageRowModel::Row ManageRowModel::currentRow() const {
 }
 
 void ManageRowModel::refresh() {
-    if (!m_popover || m_projectId.isEmpty())
+    if (!m_popover)
         return;
     const Row row = currentRow();
     if (row == m_row)

@@ -6,6 +6,8 @@ Pressable {
     id: toggle
 
     required property bool isOn
+    /// Only what the user does is animated.
+    property bool isAnimated: false
 
     implicitWidth: 28
     implicitHeight: 16
@@ -13,6 +15,7 @@ Pressable {
     Accessible.checkable: true
     Accessible.checked: isOn
     Accessible.onToggleAction: toggle.pressed()
+    onPressed: isAnimated = true
     focusRing.radius: 10
 
     ContinuousRectangle {
@@ -21,6 +24,8 @@ Pressable {
         color: toggle.isOn ? DS.dotGreen : "#444444"
 
         Behavior on color {
+            enabled: toggle.isAnimated
+
             ColorAnimation {
                 duration: 150
                 easing.type: Easing.InOutQuad
@@ -35,6 +40,8 @@ Pressable {
         color: "white"
 
         Behavior on x {
+            enabled: toggle.isAnimated
+
             NumberAnimation {
                 duration: 150
                 easing.type: Easing.InOutQuad

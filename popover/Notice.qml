@@ -9,4 +9,6 @@ Text {
     padding: 20
     color: DS.textFaint
     font.pixelSize: 12
+    Accessible.role: Accessible.StaticText
+    Accessible.name: text
 }

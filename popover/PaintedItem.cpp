@@ -18,13 +18,14 @@ public:
         const QSGRendererInterface* renderer = window->rendererInterface();
         auto* painter = static_cast<QPainter*>(
             renderer->getResource(const_cast<QQuickWindow*>(window), QSGRendererInterface::PainterResource));
-        if (!painter)
+        const QRectF visible = visibleRect();
+        if (!painter || visible.isEmpty())
             return;
         const QRegion* clip = state->clipRegion();
         if (clip && !clip->isEmpty())
             painter->setClipRegion(*clip, Qt::ReplaceClip);
         painter->setTransform({});
-        painter->setClipRect(visibleRect(), Qt::IntersectClip);
+        painter->setClipRect(visible, Qt::IntersectClip);
         painter->setTransform(matrix()->toTransform());
         painter->setOpacity(inheritedOpacity());
         m_item.paint(*painter);
@@ -32,7 +33,7 @@ public:
 
     [[nodiscard]] StateFlags changedStates() const override { return {}; }
     [[nodiscard]] RenderingFlags flags() const override { return BoundedRectRendering; }
-    [[nodiscard]] QRectF rect() const override { return m_item.boundingRect(); }
+    [[nodiscard]] QRectF rect() const override { return m_item.paintedRect(); }
 
 private:
     /// What the items around it leave of it, in the window. (Of their clips Qt tells only those that are no

@@ -16,8 +16,10 @@ class PaintedItem : public QQuickItem {
 public:
     explicit PaintedItem(QQuickItem* parent = nullptr);
 
-    /// Paints within (0, 0) – (width(), height()); nothing beyond that shows.
+    /// Paints within paintedRect(); nothing beyond that shows.
     virtual void paint(QPainter& painter) const = 0;
+    /// In the item's coordinates.
+    [[nodiscard]] virtual QRectF paintedRect() const { return boundingRect(); }
 
 protected:
     QSGNode* updatePaintNode(QSGNode* old, UpdatePaintNodeData* data) override;

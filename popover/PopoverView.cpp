@@ -36,8 +36,9 @@ PopoverView::PopoverView(PopoverModel& model, QQmlEngine& engine)
     setInitialProperties({{u"popover"_s, QVariant::fromValue(&model)}});
     setSource(QUrl(u"qrc:/qt/qml/Tidemark/Popover/PopoverRootView.qml"_s));
     connect(&model, &PopoverModel::closeRequested, this, &QWindow::close);
-    connect(this, &QWindow::screenChanged, this, &PopoverView::fitScreen);
-    fitScreen();
+    connect(&model, &PopoverModel::activated, this, &PopoverView::fitScreen);
+    connect(this, &QWindow::screenChanged, this, &PopoverView::followScreen);
+    followScreen();
 }
 
 bool PopoverView::event(QEvent* event) {
@@ -47,11 +48,15 @@ bool PopoverView::event(QEvent* event) {
             m_model.setActive(true);
             startMinute();
             break;
-        case QEvent::Hide:
+        case QEvent::Hide: {
             m_minute.stop();
             m_toolTip.hide();
             m_model.setActive(false);
+            // Wherever the pointer is when the window comes back, it is not here now.
+            QEvent leave(QEvent::Leave);
+            QQuickView::event(&leave);
             break;
+        }
         default:
             break;
     }
@@ -111,9 +116,19 @@ void PopoverView::timerEvent(QTimerEvent* event) {
     startMinute();
 }
 
+void PopoverView::followScreen() {
+    disconnect(m_screenChanges);
+    if (screen())
+        m_screenChanges =
+            connect(screen(), &QScreen::availableGeometryChanged, this, &PopoverView::fitScreen);
+    fitScreen();
+}
+
 void PopoverView::fitScreen() {
-    if (rootObject() && screen())
-        rootObject()->setProperty("maximumHeight", screen()->availableSize().height() - screenMargin);
+    if (!rootObject() || !screen())
+        return;
+    rootObject()->setProperty("maximumHeight", screen()->availableSize().height() - screenMargin);
+    resize(rootObject()->size().toSize());
 }
 
 }  // namespace tidemark

@@ -22,6 +22,7 @@ public:
     PopoverView(PopoverModel& model, QQmlEngine& engine);
 
     [[nodiscard]] ToolTipWindow& toolTip() { return m_toolTip; }
+    [[nodiscard]] const ToolTipWindow& toolTip() const { return m_toolTip; }
 
 protected:
     bool event(QEvent* event) override;
@@ -30,11 +31,14 @@ protected:
 private:
     void watchKeyboard(const QEvent& event);
     void startMinute();
+    void followScreen();
+    /// Leaves the content as much height as the screen has, and the window as much as the content wants.
     void fitScreen();
 
     PopoverModel& m_model;
     ToolTipWindow m_toolTip;
     QBasicTimer m_minute;
+    QMetaObject::Connection m_screenChanges;
 };
 
 }  // namespace tidemark

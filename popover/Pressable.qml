@@ -21,7 +21,10 @@ Item {
     Accessible.name: label
     Accessible.description: toolTip
     Accessible.focusable: true
-    Accessible.onPressAction: control.pressed()
+    Accessible.onPressAction: {
+        if (enabled)
+            control.pressed();
+    }
     Keys.onPressed: event => {
         const isOurs = event.key === Qt.Key_Space || event.key === Qt.Key_Return || event.key === Qt.Key_Enter;
         event.accepted = isOurs;
@@ -34,14 +37,23 @@ Item {
         id: hover
 
         text: control.toolTip
-        margin: control.reach
     }
 
     MouseArea {
+        property bool isClicked: false
+
         anchors.fill: parent
         anchors.margins: -control.reach
         onPressed: control.forceActiveFocus(Qt.MouseFocusReason)
-        onClicked: control.pressed()
+        onClicked: {
+            isClicked = true;
+            control.pressed();
+        }
+        // The second half of a double click that began on something else, which has moved away, is not meant.
+        onDoubleClicked: {
+            if (isClicked)
+                control.pressed();
+        }
     }
 
     FocusRing {

@@ -27,9 +27,10 @@ const T* find(const QHash<QString, T>& map, const QString& key) {
     return entry == map.cend() ? nullptr : &*entry;
 }
 
-/// The address, if it is one that can be opened.
+/// The address, if it is one that can be opened and leads where it seems to.
 QString openable(const QString& address) {
-    return webAddress(address) ? address : QString();
+    const auto url = webAddress(address);
+    return url && url->userInfo().isEmpty() ? address : QString();
 }
 
 QString cut(const QString& text, qsizetype length) {
@@ -60,6 +61,14 @@ void showLatest(ProjectRow& row, const Deployment& latest, Clock::TimePoint now)
     row.deploymentUrl = openable(u"https://"_s + latest.url);
 }
 
+/// The line in words, for those who do not see it.
+QString summaryOf(const ProjectRow& row, bool isStateKnown) {
+    QStringList parts{row.name, isStateKnown ? row.word : u"state unknown"_s};
+    if (!row.error.isEmpty())
+        parts << u"last check failed"_s;
+    return parts.join(u", "_s);
+}
+
 QString placeholderFor(const AppState& state, const QString& projectId) {
     if (state.emptyProjectIds().contains(projectId))
         return u"No deployments yet"_s;
@@ -83,10 +92,9 @@ ProjectRow ProjectRow::of(const AppState& state, const QString& projectId, Clock
 
     const QString* resolved = find(state.productionDomains(), projectId);
     const auto own = latest ? latest->productionDomain() : std::nullopt;
-    const QString domain = resolved ? *resolved : own.value_or(QString());
+    const QString domain = resolved && !resolved->isEmpty() ? *resolved : own.value_or(QString());
     if (!domain.isEmpty()) {
         row.domain = singleLine(domain);
-        row.copyText = u"https://"_s + row.domain;
         row.domainUrl = openable(u"https://"_s + domain);
     } else if (!latest) {
         row.placeholder = placeholderFor(state, projectId);
@@ -103,6 +111,7 @@ ProjectRow ProjectRow::of(const AppState& state, const QString& projectId, Clock
         for (qsizetype i = 1; i < last; ++i)
             row.history.append(historyEntry(recent->at(i), now));
     }
+    row.summary = summaryOf(row, latest != nullptr);
     return row;
 }
 

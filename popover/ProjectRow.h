@@ -29,9 +29,12 @@ struct ProjectRow {
     /// Fainter while the last check failed: the state is the last one known.
     QColor wordColor;
     QString domain;
+    /// Opened and copied; empty when it is no web address, or one that hides where it leads.
     QString domainUrl;
     /// In place of a domain.
     QString placeholder;
+    /// The line in words, for those who do not see it.
+    QString summary;
     QString pushedAt;
     QString pushedToolTip;
     QString errorToolTip;
@@ -41,7 +44,6 @@ struct ProjectRow {
     QString buildDuration;
     QString error;
     QString staleness;
-    QString copyText;
     QString inspectorUrl;
     QString deploymentUrl;
     QList<HistoryEntry> history;

@@ -19,7 +19,11 @@ constexpr auto copiedTime = 1500ms;
 void HistoryModel::setEntries(const QList<HistoryEntry>& entries) {
     if (entries == m_entries)
         return;
-    // A handful of lines without a state of their own.
+    if (entries.size() == m_entries.size()) {
+        m_entries = entries;
+        Q_EMIT dataChanged(index(0), index(rowCount() - 1));
+        return;
+    }
     beginResetModel();
     m_entries = entries;
     endResetModel();
@@ -85,7 +89,7 @@ void ProjectRowModel::setProjectId(const QString& projectId) {
 }
 
 void ProjectRowModel::refresh() {
-    if (!m_popover || m_projectId.isEmpty())
+    if (!m_popover)
         return;
     const ProjectRow row = ProjectRow::of(m_popover->state(), m_projectId, m_popover->now());
     if (row == m_row)
@@ -98,7 +102,7 @@ void ProjectRowModel::refresh() {
 QString ProjectRowModel::copyToolTip() const {
     if (m_isCopied)
         return u"Copied!"_s;
-    return canCopy() ? u"Copy "_s + m_row.copyText : u"No URL available"_s;
+    return canCopy() ? u"Copy "_s + m_row.domainUrl : u"No URL available"_s;
 }
 
 void ProjectRowModel::toggleExpanded() {
@@ -114,10 +118,12 @@ void ProjectRowModel::redeploy() {
 void ProjectRowModel::copyUrl() {
     if (!canCopy())
         return;
-    QGuiApplication::clipboard()->setText(m_row.copyText);
+    QGuiApplication::clipboard()->setText(m_row.domainUrl);
     m_isCopied = true;
     Q_EMIT changed();
-    QTimer::singleShot(copiedTime, this, [this] {
+    QTimer::singleShot(copiedTime, this, [this, projectId = m_projectId] {
+        if (projectId != m_projectId)
+            return;
         m_isCopied = false;
         Q_EMIT changed();
     });

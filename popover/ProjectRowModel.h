@@ -43,6 +43,7 @@ class ProjectRowModel : public QObject {
     Q_PROPERTY(QColor wordColor READ wordColor NOTIFY changed FINAL)
     Q_PROPERTY(QString domain READ domain NOTIFY changed FINAL)
     Q_PROPERTY(QString domainUrl READ domainUrl NOTIFY changed FINAL)
+    Q_PROPERTY(QString summary READ summary NOTIFY changed FINAL)
     Q_PROPERTY(QString placeholder READ placeholder NOTIFY changed FINAL)
     Q_PROPERTY(QString pushedAt READ pushedAt NOTIFY changed FINAL)
     Q_PROPERTY(QString pushedToolTip READ pushedToolTip NOTIFY changed FINAL)
@@ -76,6 +77,7 @@ public:
     [[nodiscard]] QColor wordColor() const { return m_row.wordColor; }
     [[nodiscard]] QString domain() const { return m_row.domain; }
     [[nodiscard]] QString domainUrl() const { return m_row.domainUrl; }
+    [[nodiscard]] QString summary() const { return m_row.summary; }
     [[nodiscard]] QString placeholder() const { return m_row.placeholder; }
     [[nodiscard]] QString pushedAt() const { return m_row.pushedAt; }
     [[nodiscard]] QString pushedToolTip() const { return m_row.pushedToolTip; }
@@ -91,7 +93,7 @@ public:
     [[nodiscard]] bool hasHistory() const { return !m_row.history.isEmpty(); }
     [[nodiscard]] bool isExpanded() const { return m_popover && m_popover->isExpanded(m_projectId); }
     [[nodiscard]] bool isRedeploying() const { return m_popover && m_popover->isRedeploying(m_projectId); }
-    [[nodiscard]] bool canCopy() const { return !m_row.copyText.isEmpty(); }
+    [[nodiscard]] bool canCopy() const { return !m_row.domainUrl.isEmpty(); }
     [[nodiscard]] bool isCopied() const { return m_isCopied; }
     [[nodiscard]] QString copyToolTip() const;
 

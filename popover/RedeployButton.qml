@@ -19,10 +19,13 @@ Item {
 
     Pressable {
         anchors.fill: parent
-        enabled: !button.isBusy
         label: text.text
         Accessible.description: hover.text
-        onPressed: button.project.redeploy()
+        // Busy it does nothing, but keeps the keyboard's place.
+        onPressed: {
+            if (!button.isBusy)
+                button.project.redeploy();
+        }
 
         ContinuousRectangle {
             anchors.fill: parent

@@ -28,7 +28,7 @@ Item {
             id: hover
         }
 
-        Rectangle {
+        ContinuousRectangle {
             id: thumb
 
             x: 4

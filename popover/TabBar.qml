@@ -15,6 +15,15 @@ Item {
     signal select(tab: int)
 
     implicitHeight: deployments.implicitHeight
+
+    /// Gives the keyboard to the selected tab.
+    function takeFocus(): void {
+        if (selected === TabBar.Deployments)
+            deployments.forceActiveFocus(Qt.BacktabFocusReason);
+        else
+            analytics.forceActiveFocus(Qt.BacktabFocusReason);
+    }
+
     Accessible.role: Accessible.PageTabList
     Accessible.name: "Screens"
 
@@ -34,6 +43,8 @@ Item {
     }
 
     TabSegment {
+        id: analytics
+
         anchors.left: deployments.right
         width: parent.width / 2
         title: "Analytics"

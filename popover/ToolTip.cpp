@@ -33,12 +33,12 @@ void ToolTip::setHovered(bool isHovered) {
     if (isHovered == m_isHovered)
         return;
     m_isHovered = isHovered;
-    if (m_isHovered) {
+    m_delay.stop();
+    // What has no text leaves the window to what lies within it.
+    if (m_isHovered && !m_text.isEmpty())
         m_delay.start(restingTime, this);
-    } else {
-        m_delay.stop();
+    else
         hide();
-    }
     Q_EMIT hoveredChanged();
 }
 
@@ -46,8 +46,12 @@ void ToolTip::setText(const QString& text) {
     if (text == m_text)
         return;
     m_text = text;
+    const PopoverView* view = viewOf(m_item);
+    m_isShown = m_isShown && view && view->toolTip().isVisible();
     if (m_isShown)
         show();
+    else if (m_isHovered && !m_text.isEmpty() && !m_delay.isActive())
+        m_delay.start(restingTime, this);
     Q_EMIT textChanged();
 }
 

@@ -6,6 +6,8 @@
 #include <QElapsedTimer>
 #include <QFile>
 #include <QProcess>
+#include <QRect>
+#include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QTest>
 #include <csignal>
@@ -200,6 +202,41 @@ private Q_SLOTS:
         quit(daemon);
     }
 
+    void aClickOnTheItemOpensThePopover() {
+        startPanel();
+        startDemo();
+        QTRY_COMPARE_WITH_TIMEOUT(itemProperty(u"XAyatanaLabel"_s).isValid(), true, 20000);
+        // Until the panel has settled the item may still move; a click that missed it is repeated.
+        for (int attempt = 0; attempt < 10 && popover().isEmpty(); ++attempt) {
+            clickAt(itemPlace);
+            (void)QTest::qWaitFor([] { return !popover().isEmpty(); }, 2000);
+        }
+        const QRect window = popover();
+        QCOMPARE(window.width(), 268);
+        QVERIFY(window.left() <= itemPlace.x() && window.right() < 1280);
+        QVERIFY(window.top() >= panelSize && window.top() < panelSize + 10);
+        clickAt({300, 500});
+        QTRY_VERIFY_WITH_TIMEOUT(popover().isEmpty(), 5000);
+        // The click that closes it does not open it again.
+        clickAt(itemPlace);
+        QTRY_VERIFY_WITH_TIMEOUT(!popover().isEmpty(), 5000);
+        clickAt(itemPlace);
+        QTRY_VERIFY_WITH_TIMEOUT(popover().isEmpty(), 5000);
+        QVERIFY(!QTest::qWaitFor([] { return !popover().isEmpty(); }, 1000));
+        clickAt(itemPlace);
+        QTRY_VERIFY_WITH_TIMEOUT(!popover().isEmpty(), 5000);
+        output(u"xdotool"_s, {u"key"_s, u"Escape"_s});
+        QTRY_VERIFY_WITH_TIMEOUT(popover().isEmpty(), 5000);
+
+        // Started again, it comes up where nobody clicked.
+        QProcess second;
+        second.start(QStringLiteral(DEMO), {u"--address"_s, m_sandbox->baseUrl().toString()});
+        QVERIFY(second.waitForFinished(20000));
+        QTRY_VERIFY_WITH_TIMEOUT(!popover().isEmpty(), 5000);
+        quit(m_demo);
+        QCOMPARE(m_demo.exitCode(), 0);
+    }
+
     void theShippedProgramTakesNoOption() {
         startPanel();
         QProcess program;
@@ -215,6 +252,27 @@ private Q_SLOTS:
     }
 
 private:
+    static constexpr int panelSize = 30;
+    /// At the panel's end, where the item is when it is the only one.
+    static constexpr QPoint itemPlace{1265, 15};
+
+    static void clickAt(QPoint place) {
+        output(u"xdotool"_s,
+               {u"mousemove"_s, QString::number(place.x()), QString::number(place.y()), u"click"_s, u"1"_s});
+    }
+
+    /// Where the popover is on the screen; empty while it is closed.
+    static QRect popover() {
+        const QString geometry =
+            output(u"xdotool"_s, {u"search"_s, u"--onlyvisible"_s, u"--name"_s, u"^Tidemark$"_s,
+                                  u"getwindowgeometry"_s, u"--shell"_s});
+        const auto number = [&geometry](const QString& name) {
+            const QRegularExpression line(u"^%1=(-?\\d+)$"_s.arg(name), QRegularExpression::MultilineOption);
+            return line.match(geometry).captured(1).toInt();
+        };
+        return {number(u"X"_s), number(u"Y"_s), number(u"WIDTH"_s), number(u"HEIGHT"_s)};
+    }
+
     static bool isOnTheBus(const QString& name) {
         return QDBusConnection::sessionBus().interface()->isServiceRegistered(name);
     }
@@ -247,7 +305,7 @@ private:
 
     void startPanel() {
         m_panel.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-        m_panel.start(QStringLiteral(START_PANEL), {u"30"_s});
+        m_panel.start(QStringLiteral(START_PANEL), {QString::number(panelSize)});
         QVERIFY(m_panel.waitForStarted());
         QTRY_VERIFY_WITH_TIMEOUT(isOnTheBus(watcherName), 20000);
     }

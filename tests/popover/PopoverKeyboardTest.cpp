@@ -115,14 +115,17 @@ private Q_SLOTS:
         person.fillWith(40);
         person.show();
         const auto steps = QList<std::pair<Qt::Key, QString>>{
-            {Qt::Key_Down, u"p0000"_s}, {Qt::Key_Down, u"p0001"_s}, {Qt::Key_Up, u"p0000"_s},
-            {Qt::Key_End, u"p0039"_s},  {Qt::Key_Down, u"p0039"_s}, {Qt::Key_Up, u"p0038"_s},
-            {Qt::Key_Home, u"p0000"_s}, {Qt::Key_Up, u"p0000"_s},   {Qt::Key_PageUp, u"p0000"_s}};
+            {Qt::Key_Down, u"p0000"_s}, {Qt::Key_Down, u"p0001"_s},  {Qt::Key_Up, u"p0000"_s},
+            {Qt::Key_End, u"p0039"_s},  {Qt::Key_Down, u"p0039"_s},  {Qt::Key_Up, u"p0038"_s},
+            {Qt::Key_Home, u"p0000"_s}, {Qt::Key_PageUp, u"p0000"_s}};
         for (const auto& [key, id] : steps) {
             person.press(key);
             QCOMPARE(person.focused(), id + u", Live"_s);
             QVERIFY(person.isInSight(person.view->activeFocusItem(), person.mainList()));
         }
+        person.press(Qt::Key_Up);
+        QCOMPARE(person.focused(), u"Deployments"_s);
+        person.press(Qt::Key_Down);
         person.press(Qt::Key_PageDown);
         const QString paged = person.focused().left(5);
         QVERIFY(paged > u"p0003"_s && paged < u"p0010"_s);
@@ -167,6 +170,18 @@ private Q_SLOTS:
         QCOMPARE(person.focused(), u"p0008, Error"_s);
     }
 
+    void failingCheckDoesNotScroll() {
+        Person person;
+        person.fillWith(40);
+        person.show();
+        person.toggleRow(u"p0000"_s);
+        person.scrollTo(60);
+        const qreal place = person.contentY();
+        person.state.setError(u"p0000"_s, u"Server error (500)"_s);
+        person.rest();
+        QCOMPARE(person.contentY(), place);
+    }
+
     void projectsAddedAboveKeepPlaceAndFocus() {
         Person person;
         person.fillWith(40);
@@ -182,7 +197,7 @@ private Q_SLOTS:
         person.press(Qt::Key_Down);
         QCOMPARE(person.focused(), u"p0009, Live"_s);
         person.press(Qt::Key_Home);
-        QCOMPARE(person.focused(), u"a, —"_s);
+        QCOMPARE(person.focused(), u"a, state unknown"_s);
         QVERIFY(person.isInSight(person.view->activeFocusItem(), person.mainList()));
     }
 

@@ -165,11 +165,10 @@ private Q_SLOTS:
         person.click(button);
         person.press(Qt::Key_Return);
         QCOMPARE(asked, QStringList{u"shop"_s});
-        QVERIFY(!button->isEnabled());
+        QCOMPARE(person.view->activeFocusItem(), button);
         QVERIFY(person.isExpanded(u"shop"_s));
         promise.finish();
         QTRY_COMPARE(person.see(u"Redeploy"_s), button);
-        QVERIFY(button->isEnabled());
     }
 
     void productionFilterIsStored() {
@@ -283,6 +282,36 @@ private Q_SLOTS:
         QVERIFY(person.state.trackedIds().contains(u"docs"_s));
         QVERIFY(person.stateOf(u"Track docs"_s).checked);
         QVERIFY(!person.see(u"Ignored / Archived"_s));
+    }
+
+    void doubleClickOnASwitchMeansOneProject() {
+        Person person;
+        person.fillWith(20);
+        person.show();
+        person.openManage();
+        QQuickItem* toggle = person.see(u"Track p0000"_s);
+        const QPoint place = toggle->mapToScene({toggle->width() / 2, toggle->height() / 2}).toPoint();
+        QTest::mouseDClick(person.view.get(), Qt::LeftButton, {}, place);
+        person.rest();
+        QCOMPARE(person.state.trackedIds().size(), 19);
+    }
+
+    void rowsStayWithinTheList() {
+        Person person;
+        person.fillWith(40);
+        person.show();
+        const auto footer = [&person] {
+            const QImage image = person.view->grabWindow();
+            return image.copy(0, image.height() - 29, image.width(), 29);
+        };
+        person.scrollTo(0);
+        const QImage expected = footer();
+        for (const qreal y : {18.0, 30.0, 41.0}) {
+            person.scrollTo(y);
+            QCOMPARE(footer(), expected);
+        }
+        person.toggleRow(u"p0002"_s);
+        QCOMPARE(footer(), expected);
     }
 
     void pinIsForTrackedProjects() {

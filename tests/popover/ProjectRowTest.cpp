@@ -222,7 +222,7 @@ private Q_SLOTS:
             scene.state.setError(u"site"_s, text);
             const ProjectRow row = ProjectRow::of(scene.state, u"site"_s, scene.clock.now());
             for (const QString& shown :
-                 {row.name, row.domain, row.copyText, row.branch, row.history.at(0).ref}) {
+                 {row.name, row.domain, row.domainUrl, row.branch, row.history.at(0).ref}) {
                 QVERIFY2(shown.size() < 320, qPrintable(shown.left(400)));
                 for (const char16_t unwanted : {u'\n', u'\u2028', u'\u202E', u'\u2066'})
                     QVERIFY2(!shown.contains(unwanted), qPrintable(shown));
