@@ -77,13 +77,24 @@ public:
     int preferencesOpened = 0;
     int dashboardOpened = 0;
     int quits = 0;
+    int analyticsDashboardOpened = 0;
+    /// What loads were asked for, and whether the latest has been stopped.
+    QList<PopoverModel::AnalyticsReload> loads;
+    std::stop_token latestLoad;
     PopoverModel model{state,
                        clock,
                        workspace,
                        u"1.4.2"_s,
                        {.onOpenPreferences = [this] { ++preferencesOpened; },
                         .onOpenDashboard = [this] { ++dashboardOpened; },
-                        .onQuit = [this] { ++quits; }}};
+                        .onQuit = [this] { ++quits; },
+                        .onOpenAnalyticsDashboard = [this] { ++analyticsDashboardOpened; },
+                        .loadAnalytics = [this](PopoverModel::AnalyticsReload reload,
+                                                std::stop_token stop) -> QCoro::Task<> {
+                            loads.append(reload);
+                            latestLoad = stop;
+                            co_return;
+                        }}};
 };
 
 /// A row as a view has it.
