@@ -42,9 +42,9 @@ struct ZoneAnalytics {
 /// The zones of a zones list, in its order.
 [[nodiscard]] tl::expected<QList<Zone>, DecodingError> decodeZones(const QByteArray& json);
 
-/// The days of the first zone in an answer to the traffic query, in its order. Only what is not JSON fails.
-/// A query that was refused answers in another shape, which gives no days; a day that lacks a group of its
-/// figures is left out, and a figure that is missing or no 64-bit integer counts as 0.
+/// The days of the first zone in an answer to the traffic query, in its order. What is no JSON object or
+/// array fails. A query that was refused answers in another shape, which gives no days; a day that lacks a
+/// group of its figures is left out, and a figure that is missing or no 64-bit integer counts as 0.
 [[nodiscard]] tl::expected<QList<DayStats>, DecodingError> decodeDays(const QByteArray& json);
 
 }  // namespace tidemark

@@ -1,15 +1,13 @@
 #include "desktop/MenuWindow.h"
 
 #include "desktop/Characters.h"
+#include "desktop/MenuWindowLook.h"
 
 #include <QFontMetrics>
 #include <QGuiApplication>
 #include <QKeyEvent>
-#include <QMargins>
 #include <QMetaObject>
 #include <QMouseEvent>
-#include <QPalette>
-#include <QPolygonF>
 #include <QScreen>
 #include <QStyleHints>
 #include <QTimerEvent>
@@ -19,49 +17,21 @@
 namespace tidemark {
 namespace {
 
-/// Between the window's edge and the rows.
-constexpr int menuPadding = 5;
-/// Between a row's edge and its text.
-constexpr QMargins rowPadding(12, 5, 12, 5);
-constexpr int rowRadius = 5;
+using menulook::fontOf;
+using menulook::menuPadding;
+using menulook::rowPadding;
+using menulook::shortcutGap;
+using menulook::shortcutOf;
+
 constexpr int separatorHeight = 9;
-constexpr int shortcutGap = 32;
 /// A part of the screen's width, for a row.
 constexpr double widestRow = 0.5;
 /// In average letters.
 constexpr int narrowestTitle = 16;
 constexpr int stripHeight = 16;
-constexpr qreal arrowSize = 3;
-/// How much of the text's colour is in each.
-constexpr float disabledShare = 0.55F;
-constexpr float borderShare = 0.25F;
-constexpr float lineShare = 0.15F;
 /// In milliseconds.
 constexpr int grabInterval = 50;
 constexpr int scrollInterval = 40;
-
-QFont fontOf(const MenuItem& item) {
-    QFont font = QGuiApplication::font();
-    font.setBold(item.isHeading);
-    return font;
-}
-
-QString shortcutOf(const MenuItem& item) {
-    return item.keyEquivalent.isNull() ? QString()
-                                       : QStringLiteral("Ctrl+%1").arg(item.keyEquivalent.toUpper());
-}
-
-QColor mixed(const QColor& front, const QColor& back, float share) {
-    const auto mix = [share](float a, float b) { return (a * share) + (b * (1 - share)); };
-    return QColor::fromRgbF(mix(front.redF(), back.redF()), mix(front.greenF(), back.greenF()),
-                            mix(front.blueF(), back.blueF()));
-}
-
-/// The menu's text, fainter. Palettes of other toolkits often have no disabled colours.
-QColor textColor(float share) {
-    const QPalette palette = QGuiApplication::palette();
-    return mixed(palette.color(QPalette::WindowText), palette.color(QPalette::Window), share);
-}
 
 int widthOf(const MenuItem& item, const QString& title, int widest) {
     const QFontMetrics metrics(fontOf(item));
@@ -390,64 +360,6 @@ void MenuWindow::choose(int index) {
     // Before the window closes, which takes the rows with it.
     QMetaObject::invokeMethod(this, m_rows.at(index).item.action, Qt::QueuedConnection);
     close();
-}
-
-void MenuWindow::paintEvent(QPaintEvent* /*event*/) {
-    QPainter painter(this);
-    const QRect window(QPoint(), size());
-    painter.fillRect(window, QGuiApplication::palette().color(QPalette::Window));
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.translate(0, -m_offset);
-    for (int index = 0; index < m_rows.size(); ++index) {
-        paintRow(painter, m_rows.at(index), index == m_current);
-    }
-    painter.resetTransform();
-    paintStrip(painter, stripAbove(), true);
-    paintStrip(painter, stripBelow(), false);
-    painter.setPen(QPen(textColor(borderShare), 1));
-    painter.setBrush(Qt::NoBrush);
-    painter.drawRect(QRectF(window).adjusted(0.5, 0.5, -0.5, -0.5));
-}
-
-void MenuWindow::paintRow(QPainter& painter, const Row& row, bool isHighlighted) const {
-    const QRect area(menuPadding, row.top, width() - (2 * menuPadding), row.height);
-    const QRect text = area.marginsRemoved(rowPadding);
-    if (row.item.isSeparator) {
-        painter.fillRect(QRect(text.x(), area.center().y(), text.width(), 1), textColor(lineShare));
-        return;
-    }
-    const QPalette palette = QGuiApplication::palette();
-    if (isHighlighted) {
-        painter.setPen(Qt::NoPen);
-        painter.setBrush(palette.color(QPalette::Highlight));
-        painter.drawRoundedRect(area, rowRadius, rowRadius);
-    }
-    const QFont font = fontOf(row.item);
-    const QFontMetrics metrics(font);
-    painter.setFont(font);
-    const QString shortcut = shortcutOf(row.item);
-    const int room =
-        text.width() - (shortcut.isEmpty() ? 0 : shortcutGap + metrics.horizontalAdvance(shortcut));
-    constexpr int flags = Qt::AlignVCenter | Qt::TextSingleLine;
-    const QColor normal = isHighlighted ? palette.color(QPalette::HighlightedText) : textColor(1);
-    painter.setPen(row.item.isEnabled() || row.item.isHeading ? normal : textColor(disabledShare));
-    painter.drawText(text, flags | Qt::AlignLeft,
-                     metrics.elidedText(row.title, Qt::ElideRight, room, Qt::TextSingleLine));
-    painter.setPen(isHighlighted ? normal : textColor(disabledShare));
-    painter.drawText(text, flags | Qt::AlignRight, shortcut);
-}
-
-void MenuWindow::paintStrip(QPainter& painter, const QRect& strip, bool pointsUp) const {
-    if (strip.isEmpty()) {
-        return;
-    }
-    painter.fillRect(strip, QGuiApplication::palette().color(QPalette::Window));
-    const QPointF middle = QRectF(strip).center();
-    const qreal tip = pointsUp ? -arrowSize : arrowSize;
-    painter.setPen(Qt::NoPen);
-    painter.setBrush(textColor(disabledShare));
-    painter.drawPolygon(QPolygonF{middle + QPointF(-2 * arrowSize, -tip),
-                                  middle + QPointF(2 * arrowSize, -tip), middle + QPointF(0, tip)});
 }
 
 }  // namespace tidemark

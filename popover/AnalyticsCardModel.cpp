@@ -15,6 +15,8 @@ namespace {
 /// In points.
 constexpr double highestBar = 36;
 constexpr double lowestBar = 3;
+/// A week is seven; a hostile answer may have a million.
+constexpr qsizetype mostBars = 11;
 
 /// The sum of a figure over all days. What is beyond the largest number is that number.
 qint64 total(const QList<DayStats>& days, qint64 DayStats::*figure) {
@@ -39,7 +41,13 @@ void BarsModel::setDays(const QList<DayStats>& days) {
 }
 
 int BarsModel::rowCount(const QModelIndex& parent) const {
-    return parent.isValid() ? 0 : static_cast<int>(m_days.size());
+    return parent.isValid() ? 0 : static_cast<int>(std::min(m_days.size(), mostBars));
+}
+
+double BarsModel::highest() const {
+    if (m_days.isEmpty())
+        return 0;
+    return m_busiest < 1 ? lowestBar : highestBar;
 }
 
 double BarsModel::height(const DayStats& day) const {
@@ -70,37 +78,10 @@ QHash<int, QByteArray> BarsModel::roleNames() const {
     return {{heightRole, "barHeight"}, {labelRole, "label"}, {dateRole, "date"}, {viewsRole, "views"}};
 }
 
-void AnalyticsCardModel::setPopover(PopoverModel* popover) {
-    if (popover == m_popover)
-        return;
-    if (m_popover)
-        m_popover->disconnect(this);
-    m_popover = popover;
-    if (m_popover) {
-        connect(m_popover, &PopoverModel::refreshed, this, &AnalyticsCardModel::refresh);
-        connect(m_popover, &PopoverModel::cardChanged, this, [this](const QString& zoneId) {
-            if (zoneId == m_zoneId)
-                Q_EMIT changed();
-        });
-    }
-    Q_EMIT popoverChanged();
-    refresh();
-}
-
-void AnalyticsCardModel::setZoneId(const QString& zoneId) {
-    if (zoneId == m_zoneId)
-        return;
-    m_zoneId = zoneId;
-    Q_EMIT zoneIdChanged();
-    refresh();
-}
-
 void AnalyticsCardModel::refresh() {
-    if (!m_popover)
-        return;
-    const auto& cards = m_popover->state().analyticsCards();
+    const auto& cards = popover()->state().analyticsCards();
     const auto found = std::ranges::find(
-        cards, m_zoneId, [](const ZoneAnalytics& card) -> const QString& { return card.zone.id; });
+        cards, rowId(), [](const ZoneAnalytics& card) -> const QString& { return card.zone.id; });
     if (found == cards.cend() || *found == m_card)
         return;
     m_card = *found;
@@ -137,12 +118,12 @@ QString AnalyticsCardModel::threats() const {
 }
 
 bool AnalyticsCardModel::isExpanded() const {
-    return m_popover && m_popover->isCardExpanded(m_zoneId);
+    return popover() && popover()->isCardExpanded(rowId());
 }
 
 void AnalyticsCardModel::toggleExpanded() {
-    if (m_popover)
-        m_popover->toggleCardExpanded(m_zoneId);
+    if (popover())
+        popover()->toggleCardExpanded(rowId());
 }
 
 }  // namespace tidemark

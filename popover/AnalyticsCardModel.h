@@ -6,11 +6,11 @@
 #include <QString>
 
 #include "cloudflare/ZoneAnalytics.h"
-#include "popover/PopoverModel.h"
+#include "popover/RowContent.h"
 
 namespace tidemark {
 
-/// The bars of a week's chart.
+/// The bars of a week's chart; no more of them than there is room for.
 class BarsModel final : public QAbstractListModel {
     Q_OBJECT
 
@@ -18,6 +18,8 @@ public:
     using QAbstractListModel::QAbstractListModel;
 
     void setDays(const QList<DayStats>& days);
+    /// Of the busiest day, in points; 0 without days.
+    [[nodiscard]] double highest() const;
 
     [[nodiscard]] int rowCount(const QModelIndex& parent = {}) const override;
     [[nodiscard]] QVariant data(const QModelIndex& index, int role) const override;
@@ -33,12 +35,9 @@ private:
 };
 
 /// What one card of the analytics list shows: a site's traffic.
-class AnalyticsCardModel : public QObject {
+class AnalyticsCardModel : public tidemark::RowContent {
     Q_OBJECT
     QML_ELEMENT
-    Q_PROPERTY(
-        tidemark::PopoverModel* popover READ popover WRITE setPopover NOTIFY popoverChanged REQUIRED FINAL)
-    Q_PROPERTY(QString zoneId READ zoneId WRITE setZoneId NOTIFY zoneIdChanged REQUIRED FINAL)
     Q_PROPERTY(QString projectName READ projectName NOTIFY changed FINAL)
     Q_PROPERTY(QString zoneName READ zoneName NOTIFY changed FINAL)
     Q_PROPERTY(QString views READ views NOTIFY changed FINAL)
@@ -47,15 +46,11 @@ class AnalyticsCardModel : public QObject {
     Q_PROPERTY(QString bandwidth READ bandwidth NOTIFY changed FINAL)
     Q_PROPERTY(QString threats READ threats NOTIFY changed FINAL)
     Q_PROPERTY(QAbstractItemModel* bars READ bars CONSTANT FINAL)
+    Q_PROPERTY(qreal highestBar READ highestBar NOTIFY changed FINAL)
     Q_PROPERTY(bool isExpanded READ isExpanded NOTIFY changed FINAL)
 
 public:
-    using QObject::QObject;
-
-    [[nodiscard]] PopoverModel* popover() const { return m_popover; }
-    void setPopover(PopoverModel* popover);
-    [[nodiscard]] QString zoneId() const { return m_zoneId; }
-    void setZoneId(const QString& zoneId);
+    using RowContent::RowContent;
 
     [[nodiscard]] QString projectName() const;
     /// The site's domain.
@@ -67,20 +62,15 @@ public:
     [[nodiscard]] QString bandwidth() const;
     [[nodiscard]] QString threats() const;
     [[nodiscard]] QAbstractItemModel* bars() { return &m_bars; }
+    [[nodiscard]] qreal highestBar() const { return m_bars.highest(); }
     [[nodiscard]] bool isExpanded() const;
 
     Q_INVOKABLE void toggleExpanded();
 
-Q_SIGNALS:
-    void popoverChanged();
-    void zoneIdChanged();
-    void changed();
+protected:
+    void refresh() override;
 
 private:
-    void refresh();
-
-    PopoverModel* m_popover = nullptr;
-    QString m_zoneId;
     ZoneAnalytics m_card;
     BarsModel m_bars;
 };

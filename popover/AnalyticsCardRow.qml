@@ -30,7 +30,7 @@ ExpandableRow {
         id: card
 
         popover: row.popover
-        zoneId: row.rowId
+        rowId: row.rowId
     }
 
     Pressable {
@@ -40,7 +40,7 @@ ExpandableRow {
         height: 16 + Math.max(project.implicitHeight + 1 + zone.implicitHeight,
                               views.implicitHeight + 1 + visitors.implicitHeight)
         focus: true
-        label: card.projectName + ", " + card.views + ", " + card.visitors
+        label: card.projectName + ", " + card.zoneName + ", " + card.views + ", " + card.visitors
         activeFocusOnTab: row.ListView.isCurrentItem || activeFocus
         focusRing.anchors.margins: 2
         Accessible.description: card.isExpanded ? "Expanded" : "Collapsed"
@@ -68,6 +68,10 @@ ExpandableRow {
                 width: parent.width
                 text: card.projectName
                 font.pixelSize: 13
+
+                HoverTip {
+                    text: project.truncated ? card.projectName : ""
+                }
             }
 
             Label {
@@ -77,6 +81,10 @@ ExpandableRow {
                 width: parent.width
                 text: card.zoneName
                 color: DS.textFaint
+
+                HoverTip {
+                    text: zone.truncated ? card.zoneName : ""
+                }
             }
         }
 

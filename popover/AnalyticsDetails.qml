@@ -5,6 +5,7 @@ import Tidemark.Popover
 Rectangle {
     id: details
 
+    /// Null while the row goes.
     required property AnalyticsCardModel card
 
     implicitHeight: chart.implicitHeight + 10 + requests.implicitHeight + 20
@@ -17,7 +18,8 @@ Rectangle {
         y: 10
         width: parent.width - 28
         height: implicitHeight
-        days: details.card.bars
+        days: details.card ? details.card.bars : null
+        highest: details.card ? details.card.highestBar : 0
     }
 
     StatCell {
@@ -28,7 +30,7 @@ Rectangle {
         width: (parent.width - 28) / 3
         height: implicitHeight
         label: "Requests"
-        value: details.card.requests
+        value: details.card ? details.card.requests : ""
     }
 
     StatCell {
@@ -39,7 +41,7 @@ Rectangle {
         width: requests.width
         height: implicitHeight
         label: "Bandwidth"
-        value: details.card.bandwidth
+        value: details.card ? details.card.bandwidth : ""
     }
 
     StatCell {
@@ -48,6 +50,6 @@ Rectangle {
         width: requests.width
         height: implicitHeight
         label: "Threats"
-        value: details.card.threats
+        value: details.card ? details.card.threats : ""
     }
 }

@@ -10,15 +10,18 @@ Item {
     required property string date
     required property string views
 
-    width: 18
+    width: Math.max(18, day.implicitWidth)
     Accessible.role: Accessible.StaticText
     Accessible.name: date + ": " + views
 
     HoverTip {
-        text: bar.views
+        text: bar.date + ": " + bar.views
+        // Half of the gap to the next one.
+        margin: 1.5
     }
 
     ContinuousRectangle {
+        x: (bar.width - width) / 2
         y: day.y - 2 - bar.barHeight
         width: 18
         height: bar.barHeight
@@ -31,8 +34,7 @@ Item {
         id: day
 
         anchors.bottom: parent.bottom
-        width: parent.width
-        horizontalAlignment: Text.AlignHCenter
+        anchors.horizontalCenter: parent.horizontalCenter
         text: bar.label
         color: DS.textDim
         font.pixelSize: 8

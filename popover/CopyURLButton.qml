@@ -6,19 +6,23 @@ Item {
     id: button
 
     required property ProjectRowModel project
+    readonly property bool canCopy: project && project.canCopy
+    readonly property bool isCopied: project && project.isCopied
 
     implicitWidth: 24
     implicitHeight: 20
 
     HoverTip {
-        text: button.project.copyToolTip
+        id: tip
+
+        text: button.project ? button.project.copyToolTip : ""
     }
 
     Pressable {
         anchors.fill: parent
-        enabled: button.project.canCopy
+        enabled: button.canCopy
         label: "Copy URL"
-        Accessible.description: button.project.copyToolTip
+        Accessible.description: tip.text
         onPressed: button.project.copyUrl()
 
         ContinuousRectangle {
@@ -30,10 +34,10 @@ Item {
 
         Symbol {
             anchors.centerIn: parent
-            name: button.project.isCopied ? "checkmark" : "doc.on.doc"
+            name: button.isCopied ? "checkmark" : "doc.on.doc"
             fontSize: 10
-            color: button.project.isCopied ? DS.live : DS.textMuted
-            opacity: button.project.canCopy ? 1 : 0.4
+            color: button.isCopied ? DS.live : DS.textMuted
+            opacity: button.canCopy ? 1 : 0.4
 
             Behavior on color {
                 ColorAnimation {

@@ -34,7 +34,7 @@ ProjectListRow {
             isAnimated = false;
     }
     onHeightChanged: {
-        if (isAnimated && isExpanded)
+        if (isAnimated && isExpanded && list)
             list.reveal(index);
     }
 

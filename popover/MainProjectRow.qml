@@ -31,7 +31,7 @@ ExpandableRow {
         id: project
 
         popover: row.popover
-        projectId: row.rowId
+        rowId: row.rowId
     }
 
     Pressable {

@@ -25,7 +25,7 @@ ProjectListRow {
         id: project
 
         popover: row.popover
-        projectId: row.rowId
+        rowId: row.rowId
     }
 
     SectionLabel {

@@ -8,45 +8,23 @@ namespace tidemark {
 
 using namespace Qt::StringLiterals;
 
-void ManageRowModel::setPopover(PopoverModel* popover) {
-    if (popover == m_popover)
-        return;
-    if (m_popover)
-        m_popover->disconnect(this);
-    m_popover = popover;
-    if (m_popover)
-        connect(m_popover, &PopoverModel::refreshed, this, &ManageRowModel::refresh);
-    Q_EMIT popoverChanged();
-    refresh();
-}
-
-void ManageRowModel::setProjectId(const QString& projectId) {
-    if (projectId == m_projectId)
-        return;
-    m_projectId = projectId;
-    Q_EMIT projectIdChanged();
-    refresh();
-}
-
 ManageRowModel::Row ManageRowModel::currentRow() const {
-    const AppState& state = m_popover->state();
+    const AppState& state = popover()->state();
     Row row{.dotColor = DS::dotGray(),
-            .isTracked = state.trackedIds().contains(m_projectId),
-            .isPinned = state.individualIds().contains(m_projectId)};
-    if (const auto project = state.project(m_projectId))
+            .isTracked = state.trackedIds().contains(rowId()),
+            .isPinned = state.individualIds().contains(rowId())};
+    if (const auto project = state.project(rowId()))
         row.name = singleLine(project->name);
-    const auto latest = state.deployments().constFind(m_projectId);
+    const auto latest = state.deployments().constFind(rowId());
     if (latest == state.deployments().cend())
         return row;
     if (row.isTracked)
         row.dotColor = presentation(latest->deploymentState()).dotColor;
-    row.deployedText = u"Deployed "_s + latest->relativeAge(m_popover->now());
+    row.deployedText = u"Deployed "_s + latest->relativeAge(popover()->now());
     return row;
 }
 
 void ManageRowModel::refresh() {
-    if (!m_popover)
-        return;
     const Row row = currentRow();
     if (row == m_row)
         return;
@@ -59,13 +37,13 @@ QString ManageRowModel::pinToolTip() const {
 }
 
 void ManageRowModel::toggleTracked() {
-    if (m_popover)
-        m_popover->setTracked(m_projectId, !m_row.isTracked);
+    if (popover())
+        popover()->setTracked(rowId(), !m_row.isTracked);
 }
 
 void ManageRowModel::togglePinned() {
-    if (m_popover)
-        m_popover->setIndividual(m_projectId, !m_row.isPinned);
+    if (popover())
+        popover()->setIndividual(rowId(), !m_row.isPinned);
 }
 
 }  // namespace tidemark

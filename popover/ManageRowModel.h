@@ -5,17 +5,14 @@
 #include <QObject>
 #include <QString>
 
-#include "popover/PopoverModel.h"
+#include "popover/RowContent.h"
 
 namespace tidemark {
 
 /// What one project of the manage panel shows and does.
-class ManageRowModel : public QObject {
+class ManageRowModel : public tidemark::RowContent {
     Q_OBJECT
     QML_ELEMENT
-    Q_PROPERTY(
-        tidemark::PopoverModel* popover READ popover WRITE setPopover NOTIFY popoverChanged REQUIRED FINAL)
-    Q_PROPERTY(QString projectId READ projectId WRITE setProjectId NOTIFY projectIdChanged REQUIRED FINAL)
     Q_PROPERTY(QString name READ name NOTIFY changed FINAL)
     Q_PROPERTY(QColor dotColor READ dotColor NOTIFY changed FINAL)
     Q_PROPERTY(QString deployedText READ deployedText NOTIFY changed FINAL)
@@ -24,12 +21,7 @@ class ManageRowModel : public QObject {
     Q_PROPERTY(QString pinToolTip READ pinToolTip NOTIFY changed FINAL)
 
 public:
-    using QObject::QObject;
-
-    [[nodiscard]] PopoverModel* popover() const { return m_popover; }
-    void setPopover(PopoverModel* popover);
-    [[nodiscard]] QString projectId() const { return m_projectId; }
-    void setProjectId(const QString& projectId);
+    using RowContent::RowContent;
 
     [[nodiscard]] QString name() const { return m_row.name; }
     [[nodiscard]] QColor dotColor() const { return m_row.dotColor; }
@@ -42,10 +34,8 @@ public:
     Q_INVOKABLE void toggleTracked();
     Q_INVOKABLE void togglePinned();
 
-Q_SIGNALS:
-    void popoverChanged();
-    void projectIdChanged();
-    void changed();
+protected:
+    void refresh() override;
 
 private:
     struct Row {
@@ -59,10 +49,7 @@ private:
     };
 
     [[nodiscard]] Row currentRow() const;
-    void refresh();
 
-    PopoverModel* m_popover = nullptr;
-    QString m_projectId;
     Row m_row;
 };
 

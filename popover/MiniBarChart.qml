@@ -8,6 +8,8 @@ Item {
     id: chart
 
     required property QtObject days
+    /// The height of the highest bar; 0 without any.
+    required property real highest
 
     implicitHeight: caption.implicitHeight + 4 + bars.height
     Accessible.role: Accessible.Chart
@@ -22,7 +24,7 @@ Item {
         font.pixelSize: 10
     }
 
-    // As high as a label, the gap above it and the highest bar.
+    // What a day's label takes.
     Label {
         id: measure
 
@@ -35,7 +37,7 @@ Item {
         id: bars
 
         y: caption.implicitHeight + 4
-        height: 36 + 2 + measure.implicitHeight
+        height: chart.highest > 0 ? chart.highest + 2 + measure.implicitHeight : 0
         spacing: 3
 
         Repeater {

@@ -41,9 +41,8 @@ PopoverModel::~PopoverModel() {
 void PopoverModel::setActive(bool active) {
     if (active && !m_isActive) {
         for (const QString& projectId : std::exchange(m_expanded, {}))
-            Q_EMIT projectChanged(projectId);
-        for (const QString& zoneId : std::exchange(m_expandedCards, {}))
-            Q_EMIT cardChanged(zoneId);
+            Q_EMIT rowChanged(projectId);
+        foldCards();
         m_filter.clear();
         m_areListsStale = true;
         Q_EMIT filterChanged();
@@ -86,7 +85,11 @@ void PopoverModel::refreshLists() {
     m_areListsStale = false;
     m_trackedProjects.setEntries(trackedEntries(m_state));
     m_managedProjects.setEntries(managedEntries(m_state, m_filter));
-    m_analyticsCards.setEntries(cardEntries(m_state));
+    const auto cards = cardEntries(m_state);
+    m_analyticsCards.setEntries(cards);
+    // A card that comes back later is a new one.
+    m_expandedCards.removeIf(
+        [&cards](const QString& zoneId) { return !cards.contains({.rowId = zoneId, .section = {}}); });
 }
 
 QColor PopoverModel::platformDotColor() const {
@@ -157,16 +160,22 @@ void PopoverModel::toggleProductionOnly() {
 void PopoverModel::toggleExpanded(const QString& projectId) {
     if (!m_expanded.remove(projectId))
         m_expanded.insert(projectId);
-    Q_EMIT projectChanged(projectId);
+    Q_EMIT rowChanged(projectId);
+}
+
+void PopoverModel::foldCards() {
+    for (const QString& zoneId : std::exchange(m_expandedCards, {}))
+        Q_EMIT rowChanged(zoneId);
 }
 
 void PopoverModel::toggleCardExpanded(const QString& zoneId) {
     if (!m_expandedCards.remove(zoneId))
         m_expandedCards.insert(zoneId);
-    Q_EMIT cardChanged(zoneId);
+    Q_EMIT rowChanged(zoneId);
 }
 
 void PopoverModel::enterAnalytics() {
+    foldCards();
     m_analyticsLoad = startLoadingAnalytics(AnalyticsReload::ifStale);
 }
 
@@ -189,7 +198,7 @@ void PopoverModel::redeploy(const QString& projectId) {
     if (m_redeploying.contains(projectId))
         return;
     m_redeploying.insert(projectId);
-    Q_EMIT projectChanged(projectId);
+    Q_EMIT rowChanged(projectId);
     m_tasks.start([this, projectId](std::stop_token) { return awaitRedeploy(projectId); });
 }
 
@@ -199,7 +208,7 @@ QCoro::Task<> PopoverModel::awaitRedeploy(QString projectId) {
     if (handler)
         co_await handler(projectId);
     m_redeploying.remove(projectId);
-    Q_EMIT projectChanged(projectId);
+    Q_EMIT rowChanged(projectId);
 }
 
 void PopoverModel::setTracked(const QString& projectId, bool tracked) {

@@ -135,14 +135,14 @@ Q_SIGNALS:
     void refreshed();
     void summaryChanged();
     void filterChanged();
-    /// What is kept here of one project has changed.
-    void projectChanged(const QString& projectId);
-    void cardChanged(const QString& zoneId);
+    /// What is kept here of one row has changed.
+    void rowChanged(const QString& rowId);
 
 private:
     void scheduleRefresh();
     void refresh();
     void refreshLists();
+    void foldCards();
     TaskHandle startLoadingAnalytics(AnalyticsReload reload);
     [[nodiscard]] QCoro::Task<> awaitRedeploy(QString projectId);
 

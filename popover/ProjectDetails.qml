@@ -7,6 +7,7 @@ import Tidemark.Popover
 Rectangle {
     id: details
 
+    /// Null while the row goes.
     required property ProjectRowModel project
     required property PopoverModel popover
 
@@ -24,35 +25,35 @@ Rectangle {
         DetailRow {
             width: parent.width
             icon: "arrow.triangle.branch"
-            label: details.project.branch
+            label: details.project ? details.project.branch : ""
             meaning: "Branch"
         }
 
         DetailRow {
             width: parent.width
             icon: "text.bubble"
-            label: details.project.commitMessage
+            label: details.project ? details.project.commitMessage : ""
             meaning: "Commit"
         }
 
         DetailRow {
             width: parent.width
             icon: "timer"
-            label: details.project.buildDuration
+            label: details.project ? details.project.buildDuration : ""
             meaning: "Build time"
         }
 
         DetailRow {
             width: parent.width
             icon: "exclamationmark.triangle"
-            label: details.project.error
+            label: details.project ? details.project.error : ""
             meaning: "Last check failed"
         }
 
         DetailRow {
             width: parent.width
             icon: "clock.arrow.circlepath"
-            label: details.project.staleness
+            label: details.project ? details.project.staleness : ""
             meaning: "Age of the status"
         }
 
@@ -72,21 +73,21 @@ Rectangle {
                 visible: url !== ""
                 title: "Vercel"
                 popover: details.popover
-                url: details.project.inspectorUrl
+                url: details.project ? details.project.inspectorUrl : ""
             }
 
             LinkButton {
                 visible: url !== ""
                 title: "Deployment"
                 popover: details.popover
-                url: details.project.deploymentUrl
+                url: details.project ? details.project.deploymentUrl : ""
             }
         }
 
         Item {
             width: parent.width
             height: 5
-            visible: details.project.hasHistory
+            visible: details.project && details.project.hasHistory
 
             Hairline {
                 y: 2
@@ -96,11 +97,11 @@ Rectangle {
 
         Column {
             width: parent.width
-            visible: details.project.hasHistory
+            visible: details.project && details.project.hasHistory
             spacing: 4
 
             Repeater {
-                model: details.project.history
+                model: details.project ? details.project.history : null
 
                 DeploymentHistoryRow {
                     width: column.width

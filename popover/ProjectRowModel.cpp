@@ -61,37 +61,13 @@ QHash<int, QByteArray> HistoryModel::roleNames() const {
             {ageRole, "age"}};
 }
 
-void ProjectRowModel::setPopover(PopoverModel* popover) {
-    if (popover == m_popover)
-        return;
-    if (m_popover)
-        m_popover->disconnect(this);
-    m_popover = popover;
-    if (m_popover) {
-        connect(m_popover, &PopoverModel::refreshed, this, &ProjectRowModel::refresh);
-        connect(m_popover, &PopoverModel::projectChanged, this, [this](const QString& projectId) {
-            if (projectId == m_projectId)
-                Q_EMIT changed();
-        });
-    }
-    Q_EMIT popoverChanged();
-    refresh();
-}
-
-void ProjectRowModel::setProjectId(const QString& projectId) {
-    if (projectId == m_projectId)
-        return;
-    m_projectId = projectId;
+void ProjectRowModel::startAnew() {
     m_isCopied = false;
     m_row = {};
-    Q_EMIT projectIdChanged();
-    refresh();
 }
 
 void ProjectRowModel::refresh() {
-    if (!m_popover)
-        return;
-    const ProjectRow row = ProjectRow::of(m_popover->state(), m_projectId, m_popover->now());
+    const ProjectRow row = ProjectRow::of(popover()->state(), rowId(), popover()->now());
     if (row == m_row)
         return;
     m_row = row;
@@ -106,13 +82,13 @@ QString ProjectRowModel::copyToolTip() const {
 }
 
 void ProjectRowModel::toggleExpanded() {
-    if (m_popover)
-        m_popover->toggleExpanded(m_projectId);
+    if (popover())
+        popover()->toggleExpanded(rowId());
 }
 
 void ProjectRowModel::redeploy() {
-    if (m_popover)
-        m_popover->redeploy(m_projectId);
+    if (popover())
+        popover()->redeploy(rowId());
 }
 
 void ProjectRowModel::copyUrl() {
@@ -121,8 +97,8 @@ void ProjectRowModel::copyUrl() {
     QGuiApplication::clipboard()->setText(m_row.domainUrl);
     m_isCopied = true;
     Q_EMIT changed();
-    QTimer::singleShot(copiedTime, this, [this, projectId = m_projectId] {
-        if (projectId != m_projectId)
+    QTimer::singleShot(copiedTime, this, [this, copied = rowId()] {
+        if (copied != rowId())
             return;
         m_isCopied = false;
         Q_EMIT changed();

@@ -5,8 +5,8 @@
 #include <QObject>
 #include <QString>
 
-#include "popover/PopoverModel.h"
 #include "popover/ProjectRow.h"
+#include "popover/RowContent.h"
 
 namespace tidemark {
 
@@ -31,12 +31,9 @@ private:
 
 /// What one line of the deployments list shows and does. A list has one for each line in sight and gives it
 /// another project when the line is used again.
-class ProjectRowModel : public QObject {
+class ProjectRowModel : public tidemark::RowContent {
     Q_OBJECT
     QML_ELEMENT
-    Q_PROPERTY(
-        tidemark::PopoverModel* popover READ popover WRITE setPopover NOTIFY popoverChanged REQUIRED FINAL)
-    Q_PROPERTY(QString projectId READ projectId WRITE setProjectId NOTIFY projectIdChanged REQUIRED FINAL)
     Q_PROPERTY(QString name READ name NOTIFY changed FINAL)
     Q_PROPERTY(QColor dotColor READ dotColor NOTIFY changed FINAL)
     Q_PROPERTY(QString word READ word NOTIFY changed FINAL)
@@ -64,12 +61,7 @@ class ProjectRowModel : public QObject {
     Q_PROPERTY(QString copyToolTip READ copyToolTip NOTIFY changed FINAL)
 
 public:
-    using QObject::QObject;
-
-    [[nodiscard]] PopoverModel* popover() const { return m_popover; }
-    void setPopover(PopoverModel* popover);
-    [[nodiscard]] QString projectId() const { return m_projectId; }
-    void setProjectId(const QString& projectId);
+    using RowContent::RowContent;
 
     [[nodiscard]] QString name() const { return m_row.name; }
     [[nodiscard]] QColor dotColor() const { return m_row.dotColor; }
@@ -91,8 +83,8 @@ public:
     [[nodiscard]] QString deploymentUrl() const { return m_row.deploymentUrl; }
     [[nodiscard]] QAbstractItemModel* history() { return &m_history; }
     [[nodiscard]] bool hasHistory() const { return !m_row.history.isEmpty(); }
-    [[nodiscard]] bool isExpanded() const { return m_popover && m_popover->isExpanded(m_projectId); }
-    [[nodiscard]] bool isRedeploying() const { return m_popover && m_popover->isRedeploying(m_projectId); }
+    [[nodiscard]] bool isExpanded() const { return popover() && popover()->isExpanded(rowId()); }
+    [[nodiscard]] bool isRedeploying() const { return popover() && popover()->isRedeploying(rowId()); }
     [[nodiscard]] bool canCopy() const { return !m_row.domainUrl.isEmpty(); }
     [[nodiscard]] bool isCopied() const { return m_isCopied; }
     [[nodiscard]] QString copyToolTip() const;
@@ -102,16 +94,11 @@ public:
     /// Puts the address on the clipboard, which is told for a moment.
     Q_INVOKABLE void copyUrl();
 
-Q_SIGNALS:
-    void popoverChanged();
-    void projectIdChanged();
-    void changed();
+protected:
+    void refresh() override;
+    void startAnew() override;
 
 private:
-    void refresh();
-
-    PopoverModel* m_popover = nullptr;
-    QString m_projectId;
     ProjectRow m_row;
     HistoryModel m_history;
     bool m_isCopied = false;

@@ -6,7 +6,7 @@ Item {
     id: button
 
     required property ProjectRowModel project
-    readonly property bool isBusy: project.isRedeploying
+    readonly property bool isBusy: project && project.isRedeploying
 
     implicitWidth: content.implicitWidth + 16
     implicitHeight: text.implicitHeight + 6

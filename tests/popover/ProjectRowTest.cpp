@@ -253,7 +253,7 @@ private Q_SLOTS:
         row.copyUrl();
         row.toggleExpanded();
         QSignalSpy changed(&row, &ProjectRowModel::changed);
-        row.setProjectId(u"other"_s);
+        row.setRowId(u"other"_s);
         QVERIFY(changed.count() > 0);
         QCOMPARE(row.name(), u"other"_s);
         QCOMPARE(row.domain(), QString());

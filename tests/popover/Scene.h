@@ -102,7 +102,7 @@ class RowModel : public ProjectRowModel {
 public:
     RowModel(PopoverModel& popover, const QString& projectId) {
         setPopover(&popover);
-        setProjectId(projectId);
+        setRowId(projectId);
     }
 };
 
