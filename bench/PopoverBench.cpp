@@ -114,8 +114,8 @@ void scroll(QQuickView& view, Frames& frames) {
     if (!list)
         return;
     QList<double> times;
-    const double end = list->property("contentHeight").toDouble() - list->height();
-    for (double y = 60; y < end; y += 60) {
+    const int end = static_cast<int>(list->property("contentHeight").toDouble() - list->height());
+    for (int y = 60; y < end; y += 60) {
         frames.start();
         QElapsedTimer building;
         building.start();
