@@ -14,14 +14,17 @@ AppDelegate::AppDelegate(Services services)
                      popoverActions()) {}
 
 AppDelegate::~AppDelegate() {
-    // Nobody clicks into a popover whose program is ending.
+    // Nobody clicks into a window whose program is ending.
     m_popover.reset();
+    m_updateWindow.reset();
     m_quit.request_stop();
     m_services.keychain.cancel();
+    m_preferencesController.reset();
     m_tasks.finish();
 }
 
 void AppDelegate::applicationDidFinishLaunching() {
+    setupUpdates();
     setupMainStatusItem();
     setupPopover();
     setupRedeployHandler();
@@ -30,14 +33,22 @@ void AppDelegate::applicationDidFinishLaunching() {
     m_tasks.start([this](std::stop_token) { return finishLaunching(); });
 }
 
+QFuture<std::optional<AppConfiguration>> AppDelegate::loadConfiguration() {
+    return QtConcurrent::run(&m_services.keychainWorker, [store = m_configStore] { return store.load(); });
+}
+
 QCoro::Task<> AppDelegate::finishLaunching() {
-    const QFuture<std::optional<AppConfiguration>> loading =
-        QtConcurrent::run(&m_services.keychainWorker, [store = m_configStore] { return store.load(); });
+    const QFuture<std::optional<AppConfiguration>> loading = loadConfiguration();
     const std::optional<AppConfiguration> config = co_await loading;
     if (isQuitting())
         co_return;
-    if (config && config->hasToken())
+    if (config && config->hasToken()) {
         apply(*config);
+        co_return;
+    }
+    m_popover->close();
+    // The keyring is not asked a second time.
+    preferencesController().showWindow(config);
 }
 
 void AppDelegate::apply(const AppConfiguration& configuration) {
@@ -58,11 +69,6 @@ QCoro::Task<> AppDelegate::storeAndRestart(AppConfiguration configuration) {
     co_await saving;
     if (!isQuitting())
         apply(configuration);
-}
-
-void AppDelegate::openPreferences() {
-    m_popover->close();
-    m_services.workspace.openFile(m_services.configPath);
 }
 
 void AppDelegate::applyLaunchAtLogin(bool enabled) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QCoroTask>
+#include <QFuture>
 #include <QList>
 #include <QObject>
 #include <QPointer>
@@ -8,6 +9,7 @@
 #include <QString>
 #include <QThreadPool>
 #include <chrono>
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
@@ -26,7 +28,10 @@
 #include "desktop/UserDefaults.h"
 #include "desktop/Workspace.h"
 #include "notify/NotificationManager.h"
+#include "notify/UpdateController.h"
 #include "popover/PopoverModel.h"
+#include "preferences/PreferencesWindowController.h"
+#include "preferences/UpdateWindow.h"
 #include "state/AppState.h"
 #include "vercel/VercelAPIClient.h"
 
@@ -65,6 +70,7 @@ public:
         LoginItem& loginItem;
         StatusBar& statusBar;
         NotificationManager& notifications;
+        UpdateController& updates;
         Workspace& workspace;
         Endpoints endpoints;
         /// Where the configuration file is.
@@ -90,7 +96,7 @@ public:
     /// Brings up the popover where no panel was clicked.
     void showPopover();
 
-    /// Lets the user edit the configuration: closes the popover and opens the configuration's file.
+    /// Lets the user edit the configuration: closes the popover and shows the preferences window.
     void openPreferences();
 
     /// Brings the login item in line; errors are dropped.
@@ -131,11 +137,22 @@ private:
     void setupPopover();
     [[nodiscard]] PopoverModel::Actions popoverActions();
     [[nodiscard]] std::unique_ptr<QWindow> makePopoverWindow();
+    [[nodiscard]] QQmlEngine& engine();
+
+    /// The window's controller, made at the first opening, with its callback set.
+    [[nodiscard]] PreferencesWindowController& preferencesController();
+    [[nodiscard]] QFuture<std::optional<AppConfiguration>> loadConfiguration();
+
+    void setupUpdates();
+    void presentUpdate();
+
     void setupRedeployHandler();
     /// Ends when the redeploy has ended, or the delegate.
     [[nodiscard]] static QCoro::Task<> redeployAndWait(QPointer<AppDelegate> delegate, QString projectId);
 
     void observeIndividualIds();
+    /// Empty in a build without updates.
+    [[nodiscard]] std::function<void()> checkForUpdatesAction();
     [[nodiscard]] std::unique_ptr<ProjectStatusItem> makeIndividualItem(const VercelProject& project);
     [[nodiscard]] ProjectStatusItem* individualItem(const QString& projectId) const;
     void refresh(const QString& projectId);
@@ -161,9 +178,11 @@ private:
     AppState m_appState;
     PopoverModel m_popoverModel;
     std::unique_ptr<StatusItem> m_mainStatusItem;
-    /// Made when the popover is first shown.
-    std::unique_ptr<QQmlEngine> m_popoverEngine;
+    /// Of all windows. Made when the first one is shown.
+    std::unique_ptr<QQmlEngine> m_engine;
     std::unique_ptr<Popover> m_popover;
+    std::unique_ptr<PreferencesWindowController> m_preferencesController;
+    std::unique_ptr<UpdateWindow> m_updateWindow;
     /// The panel entries of the pinned projects, by project id.
     std::map<QString, std::unique_ptr<ProjectStatusItem>> m_individualItems;
     TaskHandle m_pollingTask;

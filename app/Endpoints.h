@@ -16,6 +16,9 @@ struct Endpoints {
     /// The pages that the user is sent to, which a browser opens.
     QUrl vercelDashboard{QStringLiteral("https://vercel.com/dashboard")};
     QUrl cloudflareDashboard{QStringLiteral("https://dash.cloudflare.com")};
+    /// Where the user makes a token.
+    QUrl vercelTokens{QStringLiteral("https://vercel.com/account/settings/tokens")};
+    QUrl cloudflareTokens{QStringLiteral("https://dash.cloudflare.com/profile/api-tokens")};
 
     /// The real services.
     [[nodiscard]] static Endpoints production();

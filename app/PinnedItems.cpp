@@ -24,7 +24,7 @@ std::unique_ptr<ProjectStatusItem> AppDelegate::makeIndividualItem(const VercelP
                                     .clock = m_services.clock},
         ProjectStatusItem::Actions{.onRefresh = [this, id] { refresh(id); },
                                    .onPreferences = [this] { openPreferences(); },
-                                   .onCheckForUpdates = {},
+                                   .onCheckForUpdates = checkForUpdatesAction(),
                                    .onQuit = [] { QCoreApplication::quit(); }});
     const auto deployment = m_appState.deployments().constFind(id);
     if (deployment != m_appState.deployments().cend())
@@ -33,6 +33,12 @@ std::unique_ptr<ProjectStatusItem> AppDelegate::makeIndividualItem(const VercelP
     if (error != m_appState.errors().cend())
         item->setError(*error);
     return item;
+}
+
+std::function<void()> AppDelegate::checkForUpdatesAction() {
+    if (!m_services.updates.isConfigured())
+        return {};
+    return [this] { m_services.updates.checkForUpdates(); };
 }
 
 ProjectStatusItem* AppDelegate::individualItem(const QString& projectId) const {

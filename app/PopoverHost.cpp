@@ -34,9 +34,7 @@ void AppDelegate::setupPopover() {
 }
 
 std::unique_ptr<QWindow> AppDelegate::makePopoverWindow() {
-    if (!m_popoverEngine)
-        m_popoverEngine = std::make_unique<QQmlEngine>();
-    return std::make_unique<PopoverView>(m_popoverModel, *m_popoverEngine);
+    return std::make_unique<PopoverView>(m_popoverModel, engine());
 }
 
 void AppDelegate::togglePopover(QPoint place) {

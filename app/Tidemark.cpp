@@ -1,6 +1,7 @@
 #include "app/Tidemark.h"
 
 #include <QGuiApplication>
+#include <QProcess>
 #include <QStandardPaths>
 #include <algorithm>
 #include <array>
@@ -26,11 +27,17 @@ bool Tidemark::hasDesktop() {
 
 Tidemark::Options Tidemark::userOptions(Bundle bundle) {
     const QString config = QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation);
+    const QString cache = QStandardPaths::writableLocation(QStandardPaths::GenericCacheLocation);
+    // Set by the AppImage runtime.
+    const QString appImage = qEnvironmentVariable("APPIMAGE");
     return {.bundle = std::move(bundle),
             .endpoints = Endpoints::production(),
             .insecureLoopback = NetworkHttpClient::InsecureLoopback::refused,
             .configPath = ConfigStore::configURL(),
             .defaultsPath = config + u"/Tidemark/defaults.ini"_s,
+            .updateSettingsPath = config + u"/Tidemark/updates.ini"_s,
+            .installedForm = {.appImagePath = appImage.isEmpty() ? std::nullopt : std::optional(appImage),
+                              .cacheFolder = cache + u"/Tidemark/updates"_s},
             .autostartFolder = config + u"/autostart"_s,
             .keychain = std::make_unique<SecretServiceKeychain>()};
 }
@@ -41,12 +48,25 @@ Tidemark::Tidemark(Options options, SingleInstance& instance)
       m_http({.userAgent = "Tidemark/" + m_options.bundle.version.toUtf8(),
               .insecureLoopback = m_options.insecureLoopback}),
       m_defaults(m_options.defaultsPath),
-      m_loginItem(m_options.autostartFolder, m_options.bundle.identifier, u"Tidemark"_s,
-                  QCoreApplication::applicationFilePath()),
+      m_loginItem(m_options.autostartFolder, m_options.bundle.identifier, u"Tidemark"_s, programPath()),
       m_statusBar(u"Tidemark"_s),
       m_notificationCenter(u"Tidemark"_s, m_options.bundle.identifier, QDBusConnection::sessionBus()),
-      m_notifications(m_notificationCenter, m_sounds, m_workspace, m_clock, m_options.bundle) {
+      m_notifications(m_notificationCenter, m_sounds, m_workspace, m_clock, m_options.bundle),
+      m_updates(m_options.bundle, [this] { return makeUpdater(); }) {
     m_keychainWorker.setMaxThreadCount(1);
+}
+
+std::unique_ptr<Updater> Tidemark::makeUpdater() {
+    return std::make_unique<Updater>(Updater::Services{.http = m_http,
+                                                       .clock = m_clock,
+                                                       .workspace = m_workspace,
+                                                       .bundle = m_options.bundle,
+                                                       .installedForm = m_options.installedForm,
+                                                       .settingsPath = m_options.updateSettingsPath});
+}
+
+QString Tidemark::programPath() const {
+    return m_options.installedForm.appImagePath.value_or(QCoreApplication::applicationFilePath());
 }
 
 int Tidemark::run() {
@@ -59,6 +79,22 @@ int Tidemark::run() {
                                           u"org.freedesktop.DBus.Local"_s, u"Disconnected"_s,
                                           QCoreApplication::instance(), SLOT(quit()));
     const TerminationSignals signals([] { QCoreApplication::quit(); });
+    bool startsAgain = false;
+    if (const Updater* updater = m_updates.controller())
+        QObject::connect(updater, &Updater::restartRequested, updater, [&startsAgain] {
+            startsAgain = true;
+            QCoreApplication::quit();
+        });
+    const int code = runDelegate();
+    if (startsAgain) {
+        // The new program would hand over to this one.
+        m_instance.release();
+        QProcess::startDetached(programPath(), {});
+    }
+    return code;
+}
+
+int Tidemark::runDelegate() {
     AppDelegate delegate({.http = m_http,
                           .clock = m_clock,
                           .defaults = m_defaults,
@@ -67,6 +103,7 @@ int Tidemark::run() {
                           .loginItem = m_loginItem,
                           .statusBar = m_statusBar,
                           .notifications = m_notifications,
+                          .updates = m_updates,
                           .workspace = m_workspace,
                           .endpoints = m_options.endpoints,
                           .configPath = m_options.configPath,

@@ -13,8 +13,10 @@
 #include "desktop/LoginItem.h"
 #include "desktop/NetworkHttpClient.h"
 #include "desktop/SingleInstance.h"
+#include "desktop/UpdateInstaller.h"
 #include "desktop/UserDefaults.h"
 #include "notify/NotificationManager.h"
+#include "notify/UpdateController.h"
 
 namespace tidemark {
 
@@ -28,6 +30,10 @@ public:
         QString configPath;
         /// The ini file of what the program remembers of its own.
         QString defaultsPath;
+        /// The ini file of the updater.
+        QString updateSettingsPath;
+        /// How the program is installed, which is how it is updated and started again.
+        InstalledForm installedForm;
         /// The user's autostart folder.
         QString autostartFolder;
         std::unique_ptr<Keychain> keychain;
@@ -47,10 +53,16 @@ public:
     Tidemark(Options options, SingleInstance& instance);
 
     /// Runs until the user quits or the session ends, and gives the exit code. A second process of the same
-    /// bundle hands over to the first and returns at once.
+    /// bundle hands over to the first and returns at once. After an update that the user wants to run, the
+    /// new program has been started when it returns.
     [[nodiscard]] int run();
 
 private:
+    [[nodiscard]] int runDelegate();
+    [[nodiscard]] std::unique_ptr<Updater> makeUpdater();
+    /// The file that starts this program.
+    [[nodiscard]] QString programPath() const;
+
     Options m_options;
     SingleInstance& m_instance;
     SystemClock m_clock;
@@ -63,6 +75,7 @@ private:
     DBusNotificationCenter m_notificationCenter;
     CanberraSoundPlayer m_sounds;
     NotificationManager m_notifications;
+    UpdateController m_updates;
 };
 
 }  // namespace tidemark

@@ -14,8 +14,11 @@ int main(int argc, char** argv) {
     tidemark::Tidemark::prepareApplication();
     const QGuiApplication application(argc, argv);
     QGuiApplication::setDesktopFileName(identifier);
-    tidemark::Tidemark program(tidemark::Tidemark::userOptions(
-                                   {.identifier = identifier, .version = QStringLiteral(TIDEMARK_VERSION)}),
-                               instance);
+    tidemark::Tidemark program(
+        tidemark::Tidemark::userOptions({.identifier = identifier,
+                                         .version = QStringLiteral(TIDEMARK_VERSION),
+                                         .feedUrl = QStringLiteral(TIDEMARK_FEED_URL),
+                                         .publicKey = QStringLiteral(TIDEMARK_PUBLIC_KEY)}),
+        instance);
     return program.run();
 }

@@ -1,11 +1,13 @@
 #pragma once
 
 #include <QByteArray>
+#include <QByteArrayView>
 #include <QCoroTask>
 #include <QList>
 #include <QString>
 #include <QUrl>
 #include <chrono>
+#include <functional>
 #include <stop_token>
 #include <tl/expected.hpp>
 #include <utility>
@@ -23,6 +25,8 @@ struct HttpRequest {
     QByteArray body{};
     /// Bounds the whole exchange, from sending to the last byte of the body.
     std::chrono::milliseconds timeout = std::chrono::seconds(60);
+    /// The longest body that is accepted, in bytes after decompression; 0 for the client's own limit.
+    qint64 bodyLimit = 0;
 
     bool operator==(const HttpRequest&) const = default;
 };
@@ -56,6 +60,18 @@ enum class TransportError : quint8 {
 
 using HttpResult = tl::expected<HttpResponse, TransportError>;
 
+/// Takes a body piece by piece, at once and in order. False ends the download.
+using HttpSink = std::function<bool(QByteArrayView piece)>;
+
+/// A file to be fetched with a GET that carries no token. It follows redirects, over https only.
+struct HttpDownload {
+    QUrl url;
+    /// The most bytes that are accepted.
+    qint64 limit = 0;
+    /// How long the server may be silent. The whole may take any time.
+    std::chrono::milliseconds patience = std::chrono::seconds(30);
+};
+
 /// Sends requests. All calls come from the UI thread, and tasks resume on it.
 class HttpClient {
 public:
@@ -67,6 +83,13 @@ public:
     /// Gives the answer, whatever its status, or the reason why there is none. A triggered `stop` ends the
     /// exchange early with `cancelled`. Never completes before it has suspended once.
     [[nodiscard]] virtual QCoro::Task<HttpResult> send(HttpRequest request, std::stop_token stop) = 0;
+
+    /// Hands the body of an answer with status 200, and of no other, to `sink` while it arrives, as it is
+    /// sent, never compressed. Gives the status, or the reason why there was no whole answer; `cancelled`
+    /// also when the sink wanted no more. Never completes before it has suspended once.
+    [[nodiscard]] virtual QCoro::Task<tl::expected<int, TransportError>> download(HttpDownload download,
+                                                                                  HttpSink sink,
+                                                                                  std::stop_token stop) = 0;
 };
 
 }  // namespace tidemark

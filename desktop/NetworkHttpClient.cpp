@@ -144,9 +144,12 @@ TransportError transportError(QNetworkReply::NetworkError error) {
 /// One request under way. The first `end` counts.
 class NetworkHttpClient::Exchange final : public QObject {
 public:
-    Exchange(NetworkHttpClient& client, HttpRequest request)
-        : m_client(client), m_request(std::move(request)) {
+    /// With a sink the body of an answer with status 200 goes there, and the time-out is one of silence.
+    Exchange(NetworkHttpClient& client, HttpRequest request, HttpSink sink = {})
+        : m_client(client), m_request(std::move(request)), m_sink(std::move(sink)) {
         m_promise.start();
+        if (m_request.bodyLimit <= 0)
+            m_request.bodyLimit = m_client.m_options.bodyLimit;
         m_deadline.setSingleShot(true);
         m_deadline.callOnTimeout(this, [this] { end(tl::unexpected(TransportError::timedOut)); });
         connect(&client.m_lifetime, &QObject::destroyed, this,
@@ -154,7 +157,7 @@ public:
     }
 
     void start() {
-        m_deadline.start(std::max(m_request.timeout, std::chrono::milliseconds(0)));
+        restartDeadline();
         sendRequest();
     }
 
@@ -164,12 +167,17 @@ public:
             this, [this, error] { end(tl::unexpected(error)); }, Qt::QueuedConnection);
     }
 
+    [[nodiscard]] const HttpRequest& request() const { return m_request; }
     [[nodiscard]] QFuture<void> future() { return m_promise.future(); }
     [[nodiscard]] HttpResult takeResult() { return std::move(m_result); }
 
 private:
+    void restartDeadline() { m_deadline.start(std::max(m_request.timeout, std::chrono::milliseconds(0))); }
+
     void sendRequest() {
-        const QNetworkRequest prepared = networkRequest(m_request, m_client.m_options.userAgent);
+        QNetworkRequest prepared = networkRequest(m_request, m_client.m_options.userAgent);
+        if (m_sink)
+            prepared.setRawHeader("Accept-Encoding", "identity");
         if (m_request.method == HttpMethod::post) {
             auto body = std::make_unique<UnrepeatableBody>(m_request.body);
             m_reply = m_client.network().post(prepared, body.get());
@@ -188,18 +196,41 @@ private:
             const qint64 size = m_reply->read(chunk.data(), chunk.size());
             if (size <= 0)
                 return;
-            if (m_body.size() + size > m_client.m_options.bodyLimit)
+            m_received += size;
+            if (m_received > m_request.bodyLimit)
                 end(tl::unexpected(TransportError::tooLarge));
-            else
+            else if (!m_sink)
                 m_body.append(chunk.data(), size);
+            else
+                passOn(QByteArrayView(chunk.data(), size));
         }
     }
+
+    void passOn(QByteArrayView piece) {
+        restartDeadline();
+        if (status() != 200)
+            return;
+        if (isCompressed())
+            end(tl::unexpected(TransportError::other));
+        else if (!m_sink(piece))
+            end(tl::unexpected(TransportError::cancelled));
+    }
+
+    [[nodiscard]] int status() const {
+        return m_reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
+    }
+
+    [[nodiscard]] QByteArray encoding() const {
+        return m_reply->rawHeader("Content-Encoding").trimmed().toLower();
+    }
+
+    [[nodiscard]] bool isCompressed() const { return !encoding().isEmpty() && encoding() != "identity"; }
 
     void onFinished() {
         read();
         if (m_isOver)
             return;
-        const int status = m_reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
+        const int status = this->status();
         const auto error = m_reply->error();
         if (error != QNetworkReply::NoError && !isFromStatus(error, status))
             end(tl::unexpected(transportError(error)));
@@ -231,6 +262,7 @@ private:
         ++m_redirects;
         dropReply();
         m_body.clear();
+        m_received = 0;
         m_request.url = target;
         sendRequest();
     }
@@ -241,14 +273,13 @@ private:
     [[nodiscard]] HttpResult decoded(int status) {
         const auto length = m_reply->rawHeader("Content-Length").toLongLong();
         const bool hasBody = status != 204 && status != 304;
-        if (hasBody && !m_reply->hasRawHeader("Transfer-Encoding") && m_body.size() < length)
+        if (hasBody && !m_reply->hasRawHeader("Transfer-Encoding") && m_received < length)
             return tl::unexpected(TransportError::connectionLost);
-        const QByteArray encoding = m_reply->rawHeader("Content-Encoding").trimmed().toLower();
-        if (m_body.isEmpty() || encoding.isEmpty() || encoding == "identity")
+        if (m_body.isEmpty() || !isCompressed())
             return HttpResponse{.status = status, .body = std::move(m_body)};
-        if (encoding != "gzip" && encoding != "x-gzip" && encoding != "deflate")
+        if (const QByteArray name = encoding(); name != "gzip" && name != "x-gzip" && name != "deflate")
             return tl::unexpected(TransportError::other);
-        auto body = gunzip(m_body, m_client.m_options.bodyLimit);
+        auto body = gunzip(m_body, m_request.bodyLimit);
         if (!body) {
             return tl::unexpected(body.error() == GunzipError::tooLarge ? TransportError::tooLarge
                                                                         : TransportError::connectionLost);
@@ -277,10 +308,13 @@ private:
 
     NetworkHttpClient& m_client;
     HttpRequest m_request;
+    HttpSink m_sink;
     QPromise<void> m_promise;
     QTimer m_deadline;
     QNetworkReply* m_reply = nullptr;
     QByteArray m_body;
+    /// Of the body, as it is sent.
+    qint64 m_received = 0;
     HttpResult m_result;
     int m_redirects = 0;
     bool m_isOver = false;
@@ -291,12 +325,24 @@ NetworkHttpClient::NetworkHttpClient(Options options) : m_options(std::move(opti
 NetworkHttpClient::~NetworkHttpClient() = default;
 
 QCoro::Task<HttpResult> NetworkHttpClient::send(HttpRequest request, std::stop_token stop) {
-    const bool allowed = isAllowed(request.url);
-    const bool isWellFormed = std::ranges::all_of(request.headers, isSendable);
-    const auto exchange = std::make_shared<Exchange>(*this, std::move(request));
-    if (!allowed)
+    return run(std::make_shared<Exchange>(*this, std::move(request)), std::move(stop));
+}
+
+QCoro::Task<tl::expected<int, TransportError>> NetworkHttpClient::download(HttpDownload download,
+                                                                           HttpSink sink,
+                                                                           std::stop_token stop) {
+    HttpRequest request{.url = std::move(download.url),
+                        .timeout = download.patience,
+                        .bodyLimit = std::max(download.limit, qint64{1})};
+    const auto exchange = std::make_shared<Exchange>(*this, std::move(request), std::move(sink));
+    const HttpResult result = co_await run(exchange, std::move(stop));
+    co_return result.map([](const HttpResponse& response) { return response.status; });
+}
+
+QCoro::Task<HttpResult> NetworkHttpClient::run(std::shared_ptr<Exchange> exchange, std::stop_token stop) {
+    if (!isAllowed(exchange->request().url))
         exchange->endLater(TransportError::insecure);
-    else if (!isWellFormed)
+    else if (!std::ranges::all_of(exchange->request().headers, isSendable))
         exchange->endLater(TransportError::malformedHeader);
     else if (!stop.stop_requested())
         exchange->start();

@@ -30,10 +30,14 @@ public:
     ~NetworkHttpClient() override;
 
     [[nodiscard]] QCoro::Task<HttpResult> send(HttpRequest request, std::stop_token stop) override;
+    [[nodiscard]] QCoro::Task<tl::expected<int, TransportError>> download(HttpDownload download,
+                                                                          HttpSink sink,
+                                                                          std::stop_token stop) override;
 
 private:
     class Exchange;
 
+    [[nodiscard]] QCoro::Task<HttpResult> run(std::shared_ptr<Exchange> exchange, std::stop_token stop);
     [[nodiscard]] bool isAllowed(const QUrl& url) const;
     /// Made at the first request, so that starting the program does not wait for it.
     QNetworkAccessManager& network();

@@ -1,7 +1,7 @@
 #include "desktop/Popover.h"
 
-#include "desktop/ActivationToken.h"
 #include "desktop/PointerPresses.h"
+#include "desktop/WindowActivation.h"
 #include "desktop/XServer.h"
 
 #include <QCursor>
@@ -76,7 +76,7 @@ void Popover::toggle(QPoint place) {
 
 void Popover::showAsWindow() {
     if (isShown()) {
-        activate();
+        bringToFront(*m_window);
         return;
     }
     prepareWindow();
@@ -110,9 +110,7 @@ void Popover::resize(QSize size) {
 
 bool Popover::eventFilter(QObject* watched, QEvent* event) {
     if (watched == m_window.get() && isShown()) {
-        if (event->type() == QEvent::Expose) {
-            activateByServer();
-        } else if (event->type() == QEvent::Resize || event->type() == QEvent::Move) {
+        if (event->type() == QEvent::Resize || event->type() == QEvent::Move) {
             place();
         }
     }
@@ -178,27 +176,8 @@ void Popover::show(Form form) {
     m_hadFocus = false;
     m_form = form;
     m_window->show();
-    activate();
+    bringToFront(*m_window);
     QMetaObject::invokeMethod(this, &Popover::shown, Qt::QueuedConnection);
-}
-
-void Popover::activate() {
-    m_window->raise();
-    m_window->requestActivate();
-    withdrawActivationToken();
-    m_isToBeActivated = true;
-    activateByServer();
-}
-
-void Popover::activateByServer() {
-    // Before it is on the screen, the window manager does not know it.
-    if (!m_isToBeActivated || !m_window->isExposed()) {
-        return;
-    }
-    m_isToBeActivated = false;
-    if (const auto server = XServer::connect()) {
-        server->activate(m_window->winId());
-    }
 }
 
 void Popover::hide() {

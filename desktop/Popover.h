@@ -75,8 +75,6 @@ private:
     [[nodiscard]] PopoverAnchor anchorFor(QPoint reported) const;
     void showAt(const PopoverAnchor& anchor);
     void show(Form form);
-    void activate();
-    void activateByServer();
     void hide();
     void closeAnchored();
     /// Closes it because of a click that may, at once or later, also call for toggle().
@@ -98,7 +96,6 @@ private:
     Form m_form = Form::closed;
     PopoverAnchor m_anchor;
     QPointer<QScreen> m_screen;
-    bool m_isToBeActivated = false;
     bool m_hadFocus = false;
     /// On X11, while the popover is open at a panel.
     std::unique_ptr<XServer> m_server;

@@ -28,6 +28,8 @@ public:
     /// Takes the name or hands over to its owner. Blocks for the bus's answers, a few seconds at most when
     /// the other process does not answer. Call once.
     [[nodiscard]] Role claim();
+    /// Leaves the name to another process.
+    void release();
 
 Q_SIGNALS:
     /// Somebody started the program again or activated it from a launcher. `activationToken` is what the
@@ -36,7 +38,6 @@ Q_SIGNALS:
 
 private:
     [[nodiscard]] Role negotiate();
-    void release();
 
     QString m_identifier;
     QString m_startupToken;

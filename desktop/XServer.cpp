@@ -66,6 +66,24 @@ XServer::~XServer() {
     xcb_disconnect(m_connection);
 }
 
+uint32_t XServer::ownerOf(const char* selection) const {
+    const auto cookie = xcb_get_selection_owner(m_connection, atom(selection));
+    const auto answer = owned(xcb_get_selection_owner_reply(m_connection, cookie, nullptr));
+    return answer ? answer->owner : xcb_window_t{XCB_WINDOW_NONE};
+}
+
+QByteArray XServer::property(uint32_t window, const char* name) const {
+    constexpr uint32_t words = 64 * 1024;
+    const auto cookie =
+        xcb_get_property(m_connection, 0, window, atom(name), XCB_GET_PROPERTY_TYPE_ANY, 0, words);
+    const auto answer = owned(xcb_get_property_reply(m_connection, cookie, nullptr));
+    if (!answer) {
+        return {};
+    }
+    return {static_cast<const char*>(xcb_get_property_value(answer.get())),
+            xcb_get_property_value_length(answer.get())};
+}
+
 bool XServer::isXWayland() const {
     constexpr std::string_view extension = "XWAYLAND";
     const auto cookie = xcb_query_extension(m_connection, extension.size(), extension.data());

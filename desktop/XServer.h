@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QByteArray>
 #include <QList>
 #include <QPoint>
 #include <QRect>
@@ -24,6 +25,11 @@ public:
 
     [[nodiscard]] xcb_connection_t* connection() const { return m_connection; }
     [[nodiscard]] uint32_t root() const { return m_root; }
+
+    /// The window that owns a selection; none (0) when nobody does.
+    [[nodiscard]] uint32_t ownerOf(const char* selection) const;
+    /// The bytes of a window's property, 256 KB of it at most; empty when it is not there.
+    [[nodiscard]] QByteArray property(uint32_t window, const char* name) const;
 
     /// Whether it only shows its windows on a Wayland compositor: then it knows nothing of what the pointer
     /// does over the windows of others, panels for instance.

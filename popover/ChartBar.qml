@@ -1,4 +1,5 @@
 import QtQuick
+import Tidemark.Drawing
 import Tidemark.Popover
 
 /// One day of a chart, standing on the chart's lower edge.

@@ -1,4 +1,5 @@
 import QtQuick
+import Tidemark.Drawing
 import Tidemark.Popover
 
 /// No project could be checked.

@@ -1,4 +1,5 @@
 import QtQuick
+import Tidemark.Drawing
 import Tidemark.Popover
 
 /// Copies the address of a project's site.

@@ -1,4 +1,5 @@
 import QtQuick
+import Tidemark.Drawing
 import Tidemark.Popover
 
 /// A symbol and what it stands for; there is none without a text.

@@ -1,4 +1,5 @@
 import QtQuick
+import Tidemark.Drawing
 import Tidemark.Popover
 
 /// A project's domain, which opens its site.

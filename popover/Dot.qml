@@ -1,5 +1,5 @@
 import QtQuick
-import Tidemark.Popover
+import Tidemark.Drawing
 
 /// A filled circle.
 ContinuousRectangle {

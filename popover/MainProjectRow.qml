@@ -1,6 +1,7 @@
 pragma ComponentBehavior: Bound
 
 import QtQuick
+import Tidemark.Drawing
 import Tidemark.Popover
 
 /// One project of the deployments list: a line that expands into its details.

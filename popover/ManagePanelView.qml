@@ -1,6 +1,7 @@
 pragma ComponentBehavior: Bound
 
 import QtQuick
+import Tidemark.Drawing
 import Tidemark.Popover
 
 /// The manage screen.

@@ -10,6 +10,7 @@
 #include "popover/DS.h"
 #include "popover/Navigation.h"
 
+Q_IMPORT_QML_PLUGIN(Tidemark_DrawingPlugin)
 Q_IMPORT_QML_PLUGIN(Tidemark_PopoverPlugin)
 
 namespace tidemark {
@@ -33,6 +34,8 @@ PopoverView::PopoverView(PopoverModel& model, QQmlEngine& engine)
     setColor(DS::panelBg());
     setTitle(u"Tidemark"_s);
     setResizeMode(QQuickView::SizeViewToRootObject);
+    // Where the module is that its views import.
+    engine.addImportPath(u"qrc:/qt/qml"_s);
     setInitialProperties({{u"popover"_s, QVariant::fromValue(&model)}});
     setSource(QUrl(u"qrc:/qt/qml/Tidemark/Popover/PopoverRootView.qml"_s));
     connect(&model, &PopoverModel::closeRequested, this, &QWindow::close);
@@ -50,7 +53,7 @@ bool PopoverView::event(QEvent* event) {
             break;
         case QEvent::Hide: {
             m_minute.stop();
-            m_toolTip.hide();
+            toolTip().hide();
             m_model.setActive(false);
             // Wherever the pointer is when the window comes back, it is not here now.
             QEvent leave(QEvent::Leave);
@@ -70,7 +73,7 @@ void PopoverView::watchKeyboard(const QEvent& event) {
         return;
     switch (event.type()) {
         case QEvent::KeyPress:
-            m_toolTip.hide();
+            toolTip().hide();
             switch (static_cast<const QKeyEvent&>(event).key()) {
                 case Qt::Key_Tab:
                 case Qt::Key_Backtab:
@@ -87,14 +90,14 @@ void PopoverView::watchKeyboard(const QEvent& event) {
             }
             break;
         case QEvent::MouseButtonPress:
-            m_toolTip.hide();
+            toolTip().hide();
             navigation->setByKeyboard(false);
             break;
         case QEvent::Show:
             navigation->setByKeyboard(false);
             break;
         case QEvent::Wheel:
-            m_toolTip.hide();
+            toolTip().hide();
             break;
         default:
             break;

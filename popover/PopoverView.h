@@ -3,14 +3,14 @@
 #include <QBasicTimer>
 #include <QQuickView>
 
-#include "desktop/ToolTipWindow.h"
+#include "drawing/ToolTipHost.h"
 #include "popover/PopoverModel.h"
 
 namespace tidemark {
 
 /// The popover's views in a window, as large as their content. Hidden, it takes no time at all; while it is
 /// visible it tells the ages anew each minute.
-class PopoverView final : public QQuickView {
+class PopoverView final : public QQuickView, public ToolTipHost {
     Q_OBJECT
 
 public:
@@ -20,9 +20,6 @@ public:
     /// The model and the engine outlive the view. Views that follow each other share an engine: Qt gives back
     /// everything of a view, but not all of an engine.
     PopoverView(PopoverModel& model, QQmlEngine& engine);
-
-    [[nodiscard]] ToolTipWindow& toolTip() { return m_toolTip; }
-    [[nodiscard]] const ToolTipWindow& toolTip() const { return m_toolTip; }
 
 protected:
     bool event(QEvent* event) override;
@@ -36,7 +33,6 @@ private:
     void fitScreen();
 
     PopoverModel& m_model;
-    ToolTipWindow m_toolTip;
     QBasicTimer m_minute;
     QMetaObject::Connection m_screenChanges;
 };

@@ -1,4 +1,5 @@
 import QtQuick
+import Tidemark.Drawing
 import Tidemark.Popover
 
 /// What can be pressed with the pointer, the keyboard or an assistive tool. It has no look of its own but the

@@ -1,4 +1,5 @@
 import QtQuick
+import Tidemark.Drawing
 import Tidemark.Popover
 
 /// A list of projects that is as high as its content, up to a limit, and that the arrow keys go through. Its
@@ -87,6 +88,7 @@ ListView {
         share: list.fullHeight > 0 ? list.height / list.fullHeight : 1
         position: (list.contentY - list.originY + list.topMargin) / list.fullHeight
         isMoving: list.moving
+        color: DS.textFaint
         onMoved: part => list.contentY = list.originY - list.topMargin + part * (list.fullHeight - list.height)
     }
 }

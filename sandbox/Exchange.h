@@ -35,7 +35,7 @@ struct Request {
 enum class Delivery : quint8 {
     whole,
     never,    ///< the connection stays open in silence
-    drip,     ///< one byte at a time
+    drip,     ///< in small pieces
     cut,      ///< closed in the middle of the body
     endless,  ///< the body, then white space for ever
 };
@@ -47,8 +47,10 @@ struct Reply {
     QByteArray body{};
     QList<std::pair<QByteArray, QByteArray>> headers{};
     Delivery delivery = Delivery::whole;
-    /// Before the answer, or between two bytes of a drip.
+    /// Before the answer, or between two pieces of a drip.
     int pauseMs = 0;
+    /// Bytes of a piece of a drip.
+    qsizetype dripSize = 1;
 
     [[nodiscard]] static Reply json(const QJsonObject& document, int status = 200);
 };

@@ -185,10 +185,10 @@ void sendWhole(httplib::Response& response, const Reply& reply) {
 }
 
 void sendDripping(httplib::Response& response, const Reply& reply, Connection& connection) {
-    const auto next = [body = reply.body, ms = reply.pauseMs, &connection](size_t offset, size_t,
-                                                                           httplib::DataSink& sink) {
+    const auto next = [body = reply.body, ms = reply.pauseMs, piece = static_cast<size_t>(reply.dripSize),
+                       &connection](size_t offset, size_t length, httplib::DataSink& sink) {
         const bool due = offset == 0 || connection.pause(ms);
-        return due && sink.write(body.constData() + offset, 1);
+        return due && sink.write(body.constData() + offset, std::min(piece, length));
     };
     response.set_content_provider(static_cast<size_t>(std::max<qsizetype>(reply.body.size(), 1)),
                                   reply.contentType.toStdString(), next);

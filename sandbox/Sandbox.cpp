@@ -3,6 +3,7 @@
 #include "sandbox/CloudflareService.h"
 #include "sandbox/ControlService.h"
 #include "sandbox/HttpServer.h"
+#include "sandbox/UpdateService.h"
 #include "sandbox/VercelService.h"
 
 namespace tidemark::sandbox {
@@ -20,6 +21,7 @@ struct Sandbox::Private {
     RequestLog log;
     VercelService vercel{world};
     CloudflareService cloudflare{world};
+    UpdateService updates;
     ControlService control{world, faults, log};
     /// Last, so that its threads end before what they use.
     std::unique_ptr<HttpServer> server;
@@ -36,6 +38,8 @@ Reply Sandbox::Private::serviceReply(const Request& request) {
         reply = vercel.answer(request);
     else if (CloudflareService::serves(request.path))
         reply = cloudflare.answer(request);
+    else if (UpdateService::serves(request.path))
+        reply = updates.answer(request);
     return fault ? spoil(std::move(reply), *fault) : reply;
 }
 
@@ -66,6 +70,15 @@ QList<SandboxAccount> Sandbox::accounts() const {
 
 QString Sandbox::cloudflareToken() const {
     return m_d->world.cloudflareToken();
+}
+
+QUrl Sandbox::updateFeed() const {
+    const QUrl base = baseUrl();
+    return base.isEmpty() ? QUrl() : base.resolved(QUrl(QStringLiteral("/updates/appcast.xml")));
+}
+
+QString Sandbox::updatePublicKey() const {
+    return m_d->updates.publicKey();
 }
 
 LockedWorld Sandbox::world() {

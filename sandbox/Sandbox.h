@@ -30,9 +30,9 @@ private:
 };
 
 /// A local stand-in for the three web services, on 127.0.0.1 only: the hosting service's REST interface under
-/// /v6, /v9 and /v13, its status page under /api/v2, the traffic service under /client/v4, and its own
-/// controls under /sandbox. It serves on threads of its own; every operation may be called from any thread,
-/// `start` and `stop` from one.
+/// /v6, /v9 and /v13, its status page under /api/v2, the traffic service under /client/v4; and for the
+/// program's own releases under /updates, see `UpdateService`. Its controls are under /sandbox. It serves on
+/// threads of its own; every operation may be called from any thread, `start` and `stop` from one.
 class Sandbox final {
 public:
     explicit Sandbox(const SandboxOptions& options = {});
@@ -51,6 +51,10 @@ public:
 
     [[nodiscard]] QList<SandboxAccount> accounts() const;
     [[nodiscard]] QString cloudflareToken() const;
+
+    /// The feed of a good release, and the key (base64) that it is signed with.
+    [[nodiscard]] QUrl updateFeed() const;
+    [[nodiscard]] QString updatePublicKey() const;
 
     /// The world, brought up to now.
     [[nodiscard]] LockedWorld world();

@@ -1,4 +1,5 @@
 #include <QCommandLineParser>
+#include <QFile>
 #include <QGuiApplication>
 #include <QTemporaryDir>
 #include <algorithm>
@@ -22,6 +23,9 @@ struct DemoOptions {
     QUrl address;
     qint64 interval = 10;
     int pinned = 2;
+    /// Of the releases of a sandbox that runs elsewhere; empty for no updates.
+    QString updateKey;
+    bool isFirstStart = false;
 };
 
 DemoOptions parseOptions(const QGuiApplication& application) {
@@ -37,14 +41,19 @@ DemoOptions parseOptions(const QGuiApplication& application) {
     const QCommandLineOption interval(u"interval"_s, u"Seconds between polls."_s, u"seconds"_s, u"10"_s);
     const QCommandLineOption pinned(u"pinned"_s, u"How many projects have an item of their own."_s,
                                     u"number"_s, u"2"_s);
-    parser.addOptions({address, seed, projects, speed, interval, pinned});
+    const QCommandLineOption updateKey(
+        u"update-key"_s, u"The key that the releases of that sandbox are signed with."_s, u"key"_s);
+    const QCommandLineOption firstStart(u"first-start"_s, u"Start without any settings."_s);
+    parser.addOptions({address, seed, projects, speed, interval, pinned, updateKey, firstStart});
     parser.process(application);
     return {.sandbox = {.seed = parser.value(seed).toULongLong(),
                         .projects = parser.value(projects).toInt(),
                         .speed = parser.value(speed).toDouble()},
             .address = QUrl(parser.value(address)),
             .interval = parser.value(interval).toLongLong(),
-            .pinned = parser.value(pinned).toInt()};
+            .pinned = parser.value(pinned).toInt(),
+            .updateKey = parser.value(updateKey),
+            .isFirstStart = parser.isSet(firstStart)};
 }
 
 /// Every account of the sandbox, set up as if the user had.
@@ -70,6 +79,35 @@ void pinProjects(Sandbox& sandbox, int count, const QString& defaultsPath) {
     tidemark::UserDefaults(defaultsPath).setValue(u"individualIds"_s, ids);
 }
 
+/// The demo's stand-in for the file of an AppImage: something to replace, and to start after that.
+QString makeProgramFile(const QTemporaryDir& folder) {
+    const QString path = folder.filePath(u"Tidemark.AppImage"_s);
+    QFile file(path);
+    if (file.open(QIODevice::WriteOnly))
+        file.write("#!/bin/sh\n");
+    file.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    return path;
+}
+
+/// A fast connection shows no progress.
+QUrl slowFeed(const QUrl& address) {
+    QUrl feed(address);
+    feed.setPath(u"/updates/appcast.xml"_s);
+    feed.setQuery(u"size=8000000&seconds=6"_s);
+    return feed;
+}
+
+bool storeSettings(Sandbox& sandbox, const DemoOptions& options, const QTemporaryDir& folder,
+                   MemoryKeychain& keychain) {
+    if (options.isFirstStart)
+        return folder.isValid();
+    const tidemark::ConfigStore store(folder.filePath(u"config.json"_s), keychain);
+    if (!folder.isValid() || !store.save(configurationFor(sandbox, options.interval)))
+        return false;
+    pinProjects(sandbox, options.pinned, folder.filePath(u"defaults.ini"_s));
+    return true;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -91,23 +129,28 @@ int main(int argc, char** argv) {
             return 1;
         }
         demoOptions.address = sandbox.baseUrl();
+        demoOptions.updateKey = sandbox.updatePublicKey();
         std::printf("The sandbox is at %s\n", qPrintable(demoOptions.address.toString()));
         std::fflush(stdout);
     }
 
     const QTemporaryDir settings;
     auto keychain = std::make_unique<MemoryKeychain>();
-    const tidemark::ConfigStore store(settings.filePath(u"config.json"_s), *keychain);
-    if (!settings.isValid() || !store.save(configurationFor(sandbox, demoOptions.interval))) {
+    if (!storeSettings(sandbox, demoOptions, settings, *keychain)) {
         std::fputs("The demo's settings cannot be written.\n", stderr);
         return 1;
     }
-    pinProjects(sandbox, demoOptions.pinned, settings.filePath(u"defaults.ini"_s));
-    tidemark::Tidemark program({.bundle = {.identifier = identifier, .version = u"demo"_s},
+    tidemark::Tidemark program({.bundle = {.identifier = identifier,
+                                           .version = QStringLiteral(TIDEMARK_VERSION),
+                                           .feedUrl = slowFeed(demoOptions.address).toString(),
+                                           .publicKey = demoOptions.updateKey},
                                 .endpoints = tidemark::Endpoints::below(demoOptions.address),
                                 .insecureLoopback = tidemark::NetworkHttpClient::InsecureLoopback::allowed,
                                 .configPath = settings.filePath(u"config.json"_s),
                                 .defaultsPath = settings.filePath(u"defaults.ini"_s),
+                                .updateSettingsPath = settings.filePath(u"updates.ini"_s),
+                                .installedForm = {.appImagePath = makeProgramFile(settings),
+                                                  .cacheFolder = settings.filePath(u"cache"_s)},
                                 .autostartFolder = settings.filePath(u"autostart"_s),
                                 .keychain = std::move(keychain)},
                                instance);

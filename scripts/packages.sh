@@ -9,7 +9,7 @@ build_packages=(
     g++ cmake ninja-build ccache pkg-config qt6-base-dev qt6-base-dev-tools qcoro-qt6-dev libexpected-dev
     qt6-declarative-dev qt6-declarative-dev-tools qt6-svg-dev qml6-module-qtquick qml6-module-qtquick-window
     qml6-module-qtqml qml6-module-qtqml-models qml6-module-qtqml-workerscript
-    libicu-dev libsecret-1-dev libcanberra-dev libxcb1-dev libxcb-xinput-dev zlib1g-dev
+    libicu-dev libsecret-1-dev libcanberra-dev libxcb1-dev libxcb-xinput-dev zlib1g-dev libssl-dev
     libcpp-httplib-dev
 )
 desktop_packages=(
@@ -17,7 +17,10 @@ desktop_packages=(
     fonts-dejavu-core fonts-noto-color-emoji imagemagick x11-xserver-utils xdotool procps
     dunst sound-theme-freedesktop libcanberra-pulse
 )
-test_packages=(clang-format clang-tidy jq gnome-keyring libsecret-tools openssl curl libdbusmenu-glib-dev)
+test_packages=(
+    clang-format clang-tidy jq gnome-keyring libsecret-tools openssl curl libdbusmenu-glib-dev
+    desktop-file-utils appstream lintian man-db dpkg-dev file
+)
 demo_packages=(curl jq)
 
 ensure_packages() {

@@ -20,10 +20,27 @@ private Q_SLOTS:
         QVERIFY(!m_rig->state().config());
         QCOMPARE(m_rig->http.requests().size(), 4);  // all of them to the status page: others fail the test
         QCOMPARE(m_rig->statusBar.items.value(u"tidemark"_s).title.size(), 1);
+        QVERIFY(Rig::preferencesWindow());
         // The first save starts everything.
         m_rig->listProjects(u"A"_s, {u"p1"_s});
         m_rig->save({.accounts = {Rig::account(u"A"_s)}});
         QCOMPARE(m_rig->state().deployments().size(), 1);
+    }
+
+    void thereIsOnePreferencesWindow() {
+        m_rig->launch();
+        QWindow* const window = Rig::preferencesWindow();
+        QVERIFY(window);
+        m_rig->delegate->openPreferences();
+        m_rig->delegate->openPreferences();
+        m_rig->settle();
+        QCOMPARE(Rig::preferencesWindow(), window);
+        window->close();
+        m_rig->settle();
+        QVERIFY(!Rig::preferencesWindow());
+        m_rig->delegate->openPreferences();
+        m_rig->settle();
+        QCOMPARE(Rig::preferencesWindow(), window);
     }
 
     void oneTokenIsEnough() {
@@ -31,6 +48,7 @@ private Q_SLOTS:
         m_rig->listProjects(u"B"_s, {u"q1"_s});
         m_rig->launch();
         QCOMPARE(m_rig->state().config()->accounts.size(), 2);
+        QVERIFY(!Rig::preferencesWindow());
         QCOMPARE(m_rig->state().allProjects(), (QList<VercelProject>{{u"q1"_s, u"q1"_s, u"B"_s}}));
     }
 

@@ -237,6 +237,36 @@ private Q_SLOTS:
         QCOMPARE(m_demo.exitCode(), 0);
     }
 
+    void theFirstStartIsDoneWithTheKeyboardAlone() {
+        startDemo(0, {u"--first-start"_s});
+        const auto isWindowShown = [] {
+            return !output(u"xdotool"_s,
+                           {u"search"_s, u"--onlyvisible"_s, u"--name"_s, u"^Tidemark Preferences$"_s})
+                        .isEmpty();
+        };
+        QTRY_VERIFY_WITH_TIMEOUT(isWindowShown(), 20000);
+        const auto hasFocus = [] {
+            return output(u"xdotool"_s, {u"getactivewindow"_s, u"getwindowname"_s}).trimmed() ==
+                   u"Tidemark Preferences"_s;
+        };
+        QTRY_VERIFY_WITH_TIMEOUT(hasFocus(), 5000);
+        const auto account = m_sandbox->accounts().first();
+        // Into the token's field, and on to that of the team: past the button that shows the token.
+        output(u"xdotool"_s, {u"type"_s, account.token});
+        output(u"xdotool"_s, {u"key"_s, u"Tab"_s, u"Tab"_s});
+        if (!account.teamId.isEmpty())
+            output(u"xdotool"_s, {u"type"_s, account.teamId});
+        m_sandbox->log().clear();
+        output(u"xdotool"_s, {u"key"_s, u"Return"_s});
+        QElapsedTimer timer;
+        timer.start();
+        QTRY_VERIFY_WITH_TIMEOUT(m_sandbox->log().total() > 0, 5000);
+        QVERIFY2(timer.elapsed() < 1000, qPrintable(QString::number(timer.elapsed())));
+        QTRY_VERIFY_WITH_TIMEOUT(!isWindowShown(), 5000);
+        quit(m_demo);
+        QCOMPARE(m_demo.exitCode(), 0);
+    }
+
     void theShippedProgramTakesNoOption() {
         startPanel();
         QProcess program;
@@ -284,15 +314,17 @@ private:
         return names;
     }
 
-    void startDemo(int pinned = 0) {
+    void startDemo(int pinned = 0, const QStringList& more = {}) {
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
         environment.insert(u"PATH"_s, m_folder.path() + u':' + environment.value(u"PATH"_s));
         environment.insert(u"CANBERRA_DRIVER"_s, u"null"_s);
         m_demo.setProcessEnvironment(environment);
         m_demo.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-        m_demo.start(QStringLiteral(DEMO),
-                     {u"--address"_s, m_sandbox->baseUrl().toString(), u"--seed"_s, u"3"_s, u"--projects"_s,
-                      u"3"_s, u"--interval"_s, u"1"_s, u"--pinned"_s, QString::number(pinned)});
+        m_demo.start(
+            QStringLiteral(DEMO),
+            QStringList{u"--address"_s, m_sandbox->baseUrl().toString(), u"--seed"_s, u"3"_s, u"--projects"_s,
+                        u"3"_s, u"--interval"_s, u"1"_s, u"--pinned"_s, QString::number(pinned)} +
+                more);
         QVERIFY(m_demo.waitForStarted());
     }
 

@@ -1,11 +1,14 @@
 #pragma once
 
+#include <QGuiApplication>
 #include <QJsonDocument>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QWindow>
 #include <memory>
 
 #include "app/AppDelegate.h"
+#include "popover/PopoverView.h"
 #include "tests/fakes/FakeHttpClient.h"
 #include "tests/fakes/FakeKeychain.h"
 #include "tests/fakes/FakeLoginItem.h"
@@ -25,6 +28,7 @@ using namespace std::chrono_literals;
 class Rig {
 public:
     Rig() {
+        PopoverView::prepareApplication();
         keychainWorker.setMaxThreadCount(1);
         http.answer(HttpMethod::get, u"/api/v2/status.json"_s,
                     httpAnswer(200, R"({"status":{"indicator":"none"}})"));
@@ -95,6 +99,7 @@ public:
                                   .loginItem = loginItem,
                                   .statusBar = statusBar,
                                   .notifications = *notifications,
+                                  .updates = updates,
                                   .workspace = workspace,
                                   .endpoints = Endpoints::below(QUrl(u"https://sandbox.example"_s)),
                                   .configPath = configPath()});
@@ -114,6 +119,15 @@ public:
             QThreadPool::globalInstance()->waitForDone();
             ManualClock::settle();
         }
+    }
+
+    /// The preferences window; null while it is not shown.
+    [[nodiscard]] static QWindow* preferencesWindow() {
+        for (QWindow* window : QGuiApplication::topLevelWindows()) {
+            if (window->isVisible() && window->title() == u"Tidemark Preferences"_s)
+                return window;
+        }
+        return nullptr;
     }
 
     /// Ends the program. What it stored is there for the next launch.
@@ -145,6 +159,8 @@ public:
     FakeWorkspace workspace;
     std::unique_ptr<UserDefaults> defaults;
     std::unique_ptr<NotificationManager> notifications;
+    /// Of a build that is not configured for updates.
+    UpdateController updates{{}, {}};
     std::unique_ptr<AppDelegate> delegate;
     QHash<QString, QString> accountOf;
 

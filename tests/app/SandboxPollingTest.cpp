@@ -177,6 +177,7 @@ private:
                                   .loginItem = m_loginItem,
                                   .statusBar = m_statusBar,
                                   .notifications = m_notifications,
+                                  .updates = m_updates,
                                   .workspace = m_workspace,
                                   .endpoints = Endpoints::below(m_sandbox->baseUrl()),
                                   .configPath = configPath});
@@ -220,6 +221,7 @@ private:
     FakeWorkspace m_workspace;
     const SystemClock m_systemClock;
     NotificationManager m_notifications{m_center, m_sounds, m_workspace, m_systemClock, {}};
+    UpdateController m_updates{{}, {}};
     std::unique_ptr<sandbox::Sandbox> m_sandbox;
     std::unique_ptr<NetworkHttpClient> m_http;
     std::unique_ptr<ManualClock> m_clock;

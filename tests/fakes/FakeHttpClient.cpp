@@ -93,6 +93,19 @@ QCoro::Task<HttpResult> FakeHttpClient::send(HttpRequest request, std::stop_toke
     co_return *exchange->result;
 }
 
+QCoro::Task<tl::expected<int, TransportError>> FakeHttpClient::download(HttpDownload download, HttpSink sink,
+                                                                        std::stop_token stop) {
+    HttpRequest request{.url = download.url, .timeout = download.patience, .bodyLimit = download.limit};
+    const HttpResult result = co_await send(std::move(request), std::move(stop));
+    if (!result)
+        co_return tl::unexpected(result.error());
+    if (result->body.size() > download.limit)
+        co_return tl::unexpected(TransportError::tooLarge);
+    if (result->status == 200 && !sink(result->body))
+        co_return tl::unexpected(TransportError::cancelled);
+    co_return result->status;
+}
+
 QString FakeHttpClient::key(HttpMethod method, const QString& target) {
     return (method == HttpMethod::get ? QStringLiteral("GET ") : QStringLiteral("POST ")) + target;
 }

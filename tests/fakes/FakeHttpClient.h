@@ -40,6 +40,10 @@ public:
     [[nodiscard]] qsizetype pendingCount() const { return m_exchanges.size(); }
 
     [[nodiscard]] QCoro::Task<HttpResult> send(HttpRequest request, std::stop_token stop) override;
+    /// Answered like any other GET. The whole body comes in one piece.
+    [[nodiscard]] QCoro::Task<tl::expected<int, TransportError>> download(HttpDownload download,
+                                                                          HttpSink sink,
+                                                                          std::stop_token stop) override;
 
 private:
     struct Exchange;

@@ -1,0 +1,11 @@
+import QtQuick
+import Tidemark.Preferences
+
+/// Text of the desktop's size, as it is, in as many lines as it takes.
+Text {
+    textFormat: Text.PlainText
+    horizontalAlignment: Text.AlignLeft
+    wrapMode: Text.Wrap
+    color: Theme.text
+    font.pixelSize: Theme.bodySize
+}

@@ -1,0 +1,54 @@
+import QtQuick
+import QtQuick.Templates as T
+import Tidemark.Drawing
+import Tidemark.Preferences
+
+/// A setting that is on or off.
+T.CheckBox {
+    id: option
+
+    property string mnemonic
+
+    implicitWidth: leftPadding + implicitContentWidth
+    implicitHeight: Math.max(18, implicitContentHeight)
+    leftPadding: 26
+    focusPolicy: Qt.StrongFocus
+    hoverEnabled: true
+    opacity: enabled ? 1 : 0.5
+    Accessible.name: text
+
+    indicator: Rectangle {
+        y: Math.round((option.height - height) / 2)
+        width: 18
+        height: 18
+        radius: 4
+        color: option.checked ? Theme.accentFill : Theme.field
+        border.width: option.checked ? 0 : 1
+        border.color: option.hovered ? Theme.secondary : Theme.fieldOutline
+
+        Symbol {
+            anchors.centerIn: parent
+            visible: option.checked
+            name: "checkmark"
+            fontSize: 11
+            color: Theme.accentFillText
+        }
+
+        FocusOutline {
+            visible: option.visualFocus
+        }
+    }
+    contentItem: MnemonicText {
+        label: option.text
+        mnemonic: option.mnemonic
+    }
+
+    Shortcut {
+        sequence: option.mnemonic === "" ? "" : "Alt+" + option.mnemonic
+        enabled: option.enabled && option.visible
+        onActivated: {
+            option.toggle();
+            option.toggled();
+        }
+    }
+}

@@ -1,0 +1,126 @@
+#include "preferences/DesktopWindow.h"
+
+#include <QtQml/qqmlextensionplugin.h>
+#include <QCursor>
+#include <QGuiApplication>
+#include <QKeyEvent>
+#include <QQmlEngine>
+#include <QScreen>
+#include <algorithm>
+
+#include "desktop/WindowActivation.h"
+#include "preferences/Theme.h"
+
+Q_IMPORT_QML_PLUGIN(Tidemark_DrawingPlugin)
+Q_IMPORT_QML_PLUGIN(Tidemark_PreferencesPlugin)
+
+namespace tidemark {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// What a title bar and a little air take of a screen's height.
+constexpr int frameHeight = 48;
+
+QScreen* screenOfUser() {
+    QScreen* screen = QGuiApplication::screenAt(QCursor::pos());
+    return screen ? screen : QGuiApplication::primaryScreen();
+}
+
+}  // namespace
+
+DesktopWindow::DesktopWindow(QQmlEngine& engine, const QString& title, QSize size)
+    : QQuickView(&engine, nullptr) {
+    // Where the modules are that its views import.
+    engine.addImportPath(u"qrc:/qt/qml"_s);
+    setTitle(title);
+    setFlags(Qt::Window | Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowSystemMenuHint |
+             Qt::WindowMinimizeButtonHint | Qt::WindowCloseButtonHint);
+    setResizeMode(QQuickView::SizeRootObjectToView);
+    setScreen(screenOfUser());
+    setFixedSize(size);
+    QRect place(QPoint(), this->size());
+    place.moveCenter(screen()->availableGeometry().center());
+    setGeometry(place);
+    connect(this, &QWindow::visibleChanged, this, [this](bool isVisible) {
+        if (!isVisible)
+            QMetaObject::invokeMethod(this, &DesktopWindow::closed, Qt::QueuedConnection);
+    });
+}
+
+void DesktopWindow::setFixedSize(QSize size) {
+    const QSize fitting(size.width(),
+                        std::min(size.height(), screen()->availableSize().height() - frameHeight));
+    setMinimumSize(fitting);
+    setMaximumSize(fitting);
+    resize(fitting);
+}
+
+Theme* DesktopWindow::theme() const {
+    return engine()->singletonInstance<Theme*>(qmlTypeId("Tidemark.Preferences", 1, 0, "Theme"));
+}
+
+void DesktopWindow::setContent(const QString& view, const QVariantMap& properties) {
+    setInitialProperties(properties);
+    // The same view again is a new one.
+    setSource({});
+    setSource(QUrl(u"qrc:/qt/qml/Tidemark/Preferences/%1.qml"_s.arg(view)));
+    // The views bring it along.
+    if (const Theme* looks = theme()) {
+        connect(looks, &Theme::changed, this, &DesktopWindow::takeColor, Qt::UniqueConnection);
+        takeColor();
+    }
+}
+
+void DesktopWindow::takeColor() {
+    setColor(theme()->window());
+}
+
+void DesktopWindow::dropContent() {
+    setInitialProperties({});
+    setSource({});
+    releaseResources();
+}
+
+void DesktopWindow::present() {
+    if (windowStates().testFlag(Qt::WindowMinimized))
+        setWindowStates(windowStates() & ~Qt::WindowMinimized);
+    show();
+    bringToFront(*this);
+}
+
+bool DesktopWindow::event(QEvent* event) {
+    watchAlt(*event);
+    return QQuickView::event(event);
+}
+
+void DesktopWindow::watchAlt(const QEvent& event) {
+    Theme* looks = theme();
+    if (!looks)
+        return;
+    switch (event.type()) {
+        case QEvent::KeyPress:
+        case QEvent::KeyRelease:
+            toolTip().hide();
+            if (static_cast<const QKeyEvent&>(event).key() == Qt::Key_Alt)
+                looks->setShowsMnemonics(event.type() == QEvent::KeyPress);
+            break;
+        case QEvent::FocusIn:
+            looks->refresh();
+            break;
+        case QEvent::FocusOut:
+        case QEvent::Hide:
+            toolTip().hide();
+            looks->setShowsMnemonics(false);
+            break;
+        case QEvent::MouseButtonPress:
+        case QEvent::Wheel:
+            toolTip().hide();
+            break;
+        default:
+            break;
+    }
+}
+
+}  // namespace tidemark

@@ -1,0 +1,135 @@
+#include "preferences/PreferencesModel.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace tidemark {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QList<AccountDraft> draftsOf(const QList<VercelAccount>& accounts) {
+    QList<AccountDraft> drafts;
+    std::ranges::transform(accounts, std::back_inserter(drafts), &AccountDraft::of);
+    return drafts;
+}
+
+}  // namespace
+
+PreferencesModel::PreferencesModel(const AppConfiguration& configuration,
+                                   std::unique_ptr<UpdatesSection> updates, Actions actions)
+    : m_accountDrafts(draftsOf(configuration.accounts)),
+      m_cloudflareToken(configuration.cloudflareToken),
+      m_pollingInterval(configuration.pollingIntervalSeconds),
+      m_launchAtLogin(configuration.launchAtLogin),
+      m_soundEnabled(configuration.soundEnabled),
+      m_updates(std::move(updates)),
+      m_actions(std::move(actions)) {
+    connect(&m_accountDrafts, &AccountListModel::edited, this, [this] {
+        noteEdit();
+        Q_EMIT canSaveChanged();
+    });
+}
+
+void PreferencesModel::noteEdit() {
+    m_isEdited = true;
+}
+
+void PreferencesModel::setCloudflareToken(const QString& token) {
+    m_cloudflareToken = joinedLines(token, {});
+    noteEdit();
+    // Also when it is what it was: the field may show what was pasted.
+    Q_EMIT cloudflareTokenChanged();
+}
+
+void PreferencesModel::setShowCFToken(bool show) {
+    if (show == m_showCFToken)
+        return;
+    m_showCFToken = show;
+    Q_EMIT showCFTokenChanged();
+}
+
+QString PreferencesModel::pollingIntervalText() const {
+    return u"%1 seconds"_s.arg(m_pollingInterval);
+}
+
+void PreferencesModel::setPollingInterval(qint64 seconds) {
+    m_pollingInterval = std::clamp(seconds, shortestInterval, longestInterval);
+    noteEdit();
+    Q_EMIT pollingIntervalChanged();
+}
+
+void PreferencesModel::lengthenInterval() {
+    if (canLengthen())
+        setPollingInterval(std::max(m_pollingInterval, qint64{0}) + intervalStep);
+}
+
+void PreferencesModel::shortenInterval() {
+    if (canShorten())
+        setPollingInterval(m_pollingInterval - intervalStep);
+}
+
+void PreferencesModel::setLaunchAtLogin(bool launch) {
+    if (launch == m_launchAtLogin)
+        return;
+    m_launchAtLogin = launch;
+    noteEdit();
+    Q_EMIT launchAtLoginChanged();
+}
+
+void PreferencesModel::setSoundEnabled(bool enabled) {
+    if (enabled == m_soundEnabled)
+        return;
+    m_soundEnabled = enabled;
+    noteEdit();
+    Q_EMIT soundEnabledChanged();
+}
+
+bool PreferencesModel::canSave() const {
+    return std::ranges::any_of(m_accountDrafts.drafts(), [](const AccountDraft& draft) {
+        return !trimmedSpaces(draft.apiToken).isEmpty();
+    });
+}
+
+int PreferencesModel::firstWithoutToken() const {
+    const QList<AccountDraft> drafts = m_accountDrafts.drafts();
+    const auto first = std::ranges::find(drafts, QString(), &AccountDraft::apiToken);
+    return first == drafts.cend() ? -1 : static_cast<int>(first - drafts.cbegin());
+}
+
+void PreferencesModel::addAccount() {
+    m_accountDrafts.append(AccountDraft::makeNew());
+}
+
+void PreferencesModel::removeAccount(const QString& id) {
+    m_accountDrafts.remove(id);
+}
+
+void PreferencesModel::openVercelTokens() {
+    m_actions.onOpenVercelTokens();
+}
+
+void PreferencesModel::openCloudflareTokens() {
+    m_actions.onOpenCloudflareTokens();
+}
+
+void PreferencesModel::save() {
+    AppConfiguration configuration{.cloudflareToken = trimmedSpaces(m_cloudflareToken),
+                                   .pollingIntervalSeconds = m_pollingInterval,
+                                   .launchAtLogin = m_launchAtLogin,
+                                   .soundEnabled = m_soundEnabled};
+    for (const AccountDraft& draft : m_accountDrafts.drafts()) {
+        const VercelAccount account = draft.asVercelAccount();
+        if (!account.apiToken.isEmpty())
+            configuration.accounts.append(account);
+    }
+    if (!configuration.accounts.isEmpty())
+        m_actions.onSave(configuration);
+}
+
+void PreferencesModel::cancel() {
+    m_actions.onCancel();
+}
+
+}  // namespace tidemark

@@ -1,0 +1,9 @@
+import QtQuick
+import Tidemark.Preferences
+
+/// The title of a section.
+BodyText {
+    font.bold: true
+    Accessible.role: Accessible.Heading
+    Accessible.name: text
+}

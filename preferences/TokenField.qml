@@ -1,0 +1,54 @@
+import QtQuick
+import Tidemark.Preferences
+
+/// A token, masked unless it is to be shown, and the button that shows and hides it.
+Item {
+    id: token
+
+    required property string label
+    required property string placeholder
+    required property string value
+    required property bool isShown
+    /// Of the button.
+    property int buttonSize: Theme.bodySize
+    property alias field: entry
+
+    signal edited(text: string)
+    signal toggled
+
+    implicitHeight: entry.implicitHeight
+
+    EntryField {
+        id: entry
+
+        anchors.left: parent.left
+        anchors.right: button.left
+        anchors.rightMargin: 8
+        label: token.label
+        isCode: true
+        isMasked: !token.isShown
+        placeholderText: token.placeholder
+        text: token.value
+        onTextEdited: token.edited(text)
+    }
+
+    TextButton {
+        id: button
+
+        anchors.right: parent.right
+        anchors.verticalCenter: parent.verticalCenter
+        // As wide for either word, so that the field keeps its width.
+        width: Math.max(implicitWidth, other.width)
+        text: token.isShown ? "Hide" : "Show"
+        spokenName: text + " " + token.label
+        fontSize: token.buttonSize
+        onClicked: token.toggled()
+
+        TextMetrics {
+            id: other
+
+            text: "Show"
+            font.pixelSize: token.buttonSize
+        }
+    }
+}

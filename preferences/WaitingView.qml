@@ -1,0 +1,22 @@
+import QtQuick
+import Tidemark.Drawing
+import Tidemark.Preferences
+
+/// Stands in the window while the keyring waits for its user.
+Item {
+    Row {
+        anchors.centerIn: parent
+        spacing: 10
+
+        Spinner {
+            width: 16
+            height: 16
+            color: Theme.secondary
+        }
+
+        BodyText {
+            text: "Waiting for the keyring…"
+            color: Theme.secondary
+        }
+    }
+}

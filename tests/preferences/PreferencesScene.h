@@ -1,0 +1,75 @@
+#pragma once
+
+#include <QPromise>
+#include <QQmlEngine>
+#include <QTemporaryDir>
+
+#include "preferences/PreferencesWindowController.h"
+#include "preferences/UpdateWindow.h"
+#include "tests/fakes/FakeHttpClient.h"
+#include "tests/fakes/FakeWorkspace.h"
+#include "tests/fakes/ManualClock.h"
+#include "tests/fakes/ViewUser.h"
+
+namespace tidemark {
+
+using namespace Qt::StringLiterals;
+
+enum class Build : quint8 { withoutUpdates, withUpdates };
+
+/// The preferences of a user whose configuration is in `stored`.
+class PreferencesScene : public ViewUser {
+public:
+    explicit PreferencesScene(Build build = Build::withoutUpdates)
+        : bundle{
+              .identifier = u"com.tidemark.Test"_s,
+              .version = u"1.4.2"_s,
+              .feedUrl = build == Build::withUpdates ? u"https://updates.example/appcast.xml"_s : QString(),
+              .publicKey = u"11qYAYKxCrfVS/7TyWQHOg7hcvPapiMlrwIaaPcHURo="_s} {
+        controller.onSave = [this](const AppConfiguration& configuration) { saved.append(configuration); };
+    }
+
+    [[nodiscard]] QQuickView& screen() const override { return controller.window(); }
+
+    [[nodiscard]] static VercelAccount account(const QString& name, const QString& token = u"vcp_secret"_s) {
+        return {.id = u"id of "_s + name, .name = name, .teamId = u"team_"_s + name, .apiToken = token};
+    }
+
+    /// Lets the user open the preferences.
+    void open() {
+        controller.showWindow();
+        settle();
+        QVERIFY(QTest::qWaitForWindowExposed(&controller.window()));
+        rest();
+    }
+
+    QTemporaryDir folder;
+    FakeHttpClient http;
+    ManualClock clock;
+    FakeWorkspace workspace;
+    Bundle bundle;
+    UpdateController updates{bundle, [this] {
+                                 return std::make_unique<Updater>(Updater::Services{
+                                     .http = http,
+                                     .clock = clock,
+                                     .workspace = workspace,
+                                     .bundle = bundle,
+                                     .installedForm = {.appImagePath = folder.filePath(u"Tidemark"_s),
+                                                       .cacheFolder = folder.filePath(u"cache"_s)},
+                                     .settingsPath = folder.filePath(u"updates.ini"_s)});
+                             }};
+    QQmlEngine engine;
+    std::optional<AppConfiguration> stored;
+    /// While the keyring waits for its user.
+    std::shared_ptr<QPromise<std::optional<AppConfiguration>>> pending;
+    QList<AppConfiguration> saved;
+    QStringList pages;
+    mutable PreferencesWindowController controller{
+        {.engine = engine,
+         .load = [this] { return pending ? pending->future() : QtFuture::makeReadyFuture(stored); },
+         .makeUpdates = [this] { return std::make_unique<UpdatesSection>(updates, clock); },
+         .onOpenVercelTokens = [this] { pages.append(u"vercel"_s); },
+         .onOpenCloudflareTokens = [this] { pages.append(u"cloudflare"_s); }}};
+};
+
+}  // namespace tidemark

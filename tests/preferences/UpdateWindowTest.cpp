@@ -1,0 +1,131 @@
+#include <QFile>
+#include <QSignalSpy>
+
+#include "tests/preferences/PreferencesScene.h"
+
+using namespace tidemark;
+
+namespace {
+
+const QString feed = u"/appcast.xml"_s;
+const QString archive = u"/Tidemark.AppImage"_s;
+
+QByteArray feedWith(const QByteArray& version) {
+    return "<rss version=\"2.0\" "
+           "xmlns:sparkle=\"http://www.andymatuschak.org/xml-namespaces/sparkle\"><channel>"
+           "<item><sparkle:version>" +
+           version +
+           "</sparkle:version><description>Faster.\nSmaller.</description>"
+           "<enclosure url=\"https://updates.example/Tidemark.AppImage\" length=\"3\" "
+           "type=\"application/vnd.appimage\" sparkle:edSignature=\"" +
+           QByteArray(64, 's').toBase64() + "\"/></item></channel></rss>";
+}
+
+/// The update window of a program that runs as an AppImage.
+class UpdateScene : public PreferencesScene {
+public:
+    UpdateScene()
+        : PreferencesScene(Build::withUpdates), window(*updates.controller(), engine, bundle.version) {
+        QObject::connect(updates.controller(), &Updater::presentationRequested, &window,
+                         &UpdateWindow::present);
+        QFile program(folder.filePath(u"Tidemark"_s));
+        QVERIFY(program.open(QIODevice::WriteOnly));
+        program.write("old");
+    }
+
+    [[nodiscard]] QQuickView& screen() const override { return window.window(); }
+
+    void check(const QByteArray& version) {
+        http.answer(HttpMethod::get, feed, httpAnswer(200, feedWith(version)));
+        updates.checkForUpdates();
+        QTRY_VERIFY(updates.controller()->canCheckForUpdates());
+        rest();
+    }
+
+    mutable UpdateWindow window;
+};
+
+}  // namespace
+
+class UpdateWindowTest final : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init() { m_scene = std::make_unique<UpdateScene>(); }
+    void cleanup() { m_scene.reset(); }
+
+    void theNewestVersionIsUpToDate() {
+        m_scene->check("1.4.2");
+        QVERIFY(m_scene->see(u"Tidemark is up to date"_s));
+        QVERIFY(!m_scene->see(u"Install"_s));
+        m_scene->press(Qt::Key_Return);
+        QTRY_VERIFY(!m_scene->screen().rootObject());
+        QCOMPARE(m_scene->updates.controller()->stage(), Updater::Stage::idle);
+    }
+
+    void whatIsNewIsShown() {
+        m_scene->check("1.10");
+        QVERIFY(m_scene->see(u"Tidemark 1.10 is available"_s));
+        QVERIFY(m_scene->see(u"You have 1.4.2."_s));
+        QVERIFY(m_scene->see(u"Faster.\nSmaller."_s));
+        for (const QString& button : {u"Skip This Version"_s, u"Later"_s, u"Install"_s})
+            QVERIFY2(m_scene->see(button, QAccessible::Button), qPrintable(button));
+    }
+
+    void aFailureIsTold() {
+        m_scene->http.answer(HttpMethod::get, feed, httpAnswer(500));
+        m_scene->updates.checkForUpdates();
+        QTRY_VERIFY(m_scene->see(u"Looking for updates failed"_s));
+        QVERIFY(m_scene->see(m_scene->updates.controller()->errorDescription()));
+    }
+
+    void aDownloadIsCancelledByTheButtonAndByClosing_data() {
+        QTest::addColumn<bool>("byButton");
+        QTest::newRow("button") << true;
+        QTest::newRow("closing") << false;
+    }
+
+    void aDownloadIsCancelledByTheButtonAndByClosing() {
+        QFETCH(const bool, byButton);
+        m_scene->http.answer(HttpMethod::get, archive, httpAnswer(200, "new"));
+        m_scene->http.hold(HttpMethod::get, archive);
+        m_scene->check("1.5");
+        m_scene->press(Qt::Key_I, Qt::AltModifier);
+        QTRY_VERIFY(m_scene->see(u"Downloading Tidemark 1.5"_s));
+        if (byButton)
+            m_scene->click(u"Cancel"_s);
+        else
+            m_scene->screen().close();
+        QTRY_VERIFY(m_scene->updates.controller()->canCheckForUpdates());
+        QCOMPARE(m_scene->http.pendingCount(), 0);
+        QVERIFY(!m_scene->screen().isVisible());
+    }
+
+    void aWrongSignatureIsToldAndNothingIsReplaced() {
+        m_scene->http.answer(HttpMethod::get, archive, httpAnswer(200, "new"));
+        m_scene->check("1.5");
+        m_scene->click(u"Install"_s);
+        QTRY_VERIFY(m_scene->see(u"The update was not installed"_s));
+        QFile program(m_scene->folder.filePath(u"Tidemark"_s));
+        QVERIFY(program.open(QIODevice::ReadOnly));
+        QCOMPARE(program.readAll(), "old");
+    }
+
+    void skippingClosesAndAsksForNothingMore() {
+        m_scene->check("1.5");
+        m_scene->click(u"Skip This Version"_s);
+        QTRY_VERIFY(!m_scene->screen().rootObject());
+        // Two days of the schedule.
+        m_scene->clock.advance(std::chrono::hours(48));
+        ManualClock::settle();
+        QVERIFY(!m_scene->screen().isVisible());
+    }
+
+private:
+    std::unique_ptr<UpdateScene> m_scene;
+};
+
+int main(int argc, char** argv) {
+    return runViewTest<UpdateWindowTest>(argc, argv);
+}
+#include "UpdateWindowTest.moc"

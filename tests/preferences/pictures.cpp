@@ -1,0 +1,80 @@
+#include <QDir>
+#include <QGuiApplication>
+#include <QPalette>
+#include <functional>
+
+#include "tests/preferences/PreferencesScene.h"
+
+// Writes a picture of each state of the preferences: preferences-pictures FOLDER [dark]. QT_SCALE_FACTOR
+// gives the scale.
+
+namespace {
+
+using namespace tidemark;
+
+QString picturesFolder;
+
+void save(PreferencesScene& scene, const QString& name) {
+    QTest::qWait(200);
+    scene.controller.window().grabWindow().save(picturesFolder + u'/' + name + u".png"_s);
+}
+
+void scrollTo(const PreferencesScene& scene, qreal y) {
+    for (QQuickItem* item : visibleItems(scene.screen().rootObject())) {
+        if (item->inherits("QQuickFlickable") && item->height() > 200)
+            item->setProperty("contentY", y);
+    }
+}
+
+AppConfiguration twoAccounts() {
+    return {.accounts = {PreferencesScene::account(u"Personal"_s), PreferencesScene::account(u"Work"_s)},
+            .cloudflareToken = u"cfut_secret"_s,
+            .launchAtLogin = true};
+}
+
+QPalette darkPalette() {
+    QPalette palette(Qt::white, QColor(0x3c, 0x3c, 0x40), Qt::gray, Qt::black, Qt::darkGray,
+                     QColor(0xee, 0xee, 0xf0), Qt::white, QColor(0x1f, 0x1f, 0x22), QColor(0x2b, 0x2b, 0x2e));
+    palette.setColor(QPalette::Highlight, QColor(0x30, 0x8c, 0xc6));
+    return palette;
+}
+
+void takePictures() {
+    {
+        PreferencesScene scene;
+        scene.open();
+        save(scene, u"1-first-start"_s);
+        scrollTo(scene, 10000);
+        save(scene, u"2-first-start-below"_s);
+    }
+    PreferencesScene scene(Build::withUpdates);
+    scene.stored = twoAccounts();
+    scene.open();
+    save(scene, u"3-two-accounts"_s);
+    scene.click(u"Show Token of Personal"_s);
+    save(scene, u"4-token-shown"_s);
+    scrollTo(scene, 10000);
+    save(scene, u"5-below"_s);
+    scene.click(u"Show Cloudflare API Token"_s);
+    save(scene, u"6-cloudflare-shown"_s);
+    scene.press(Qt::Key_Tab);
+    QTest::keyPress(&scene.screen(), Qt::Key_Alt);
+    scene.rest();
+    save(scene, u"7-keyboard-and-mnemonics"_s);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
+    const QGuiApplication application(argc, argv);
+    if (argc < 2)
+        return 2;
+    picturesFolder = QString::fromLocal8Bit(argv[1]);
+    QDir().mkpath(picturesFolder);
+    QAccessible::setActive(true);
+    if (argc > 2)
+        QGuiApplication::setPalette(darkPalette());
+    takePictures();
+    return 0;
+}
