@@ -81,6 +81,7 @@ void measureLoading(NetworkHttpClient& http, const sandbox::Sandbox& sandbox) {
     FakeSoundPlayer sounds;
     FakeWorkspace workspace;
     NotificationManager notifications(center, sounds, workspace, clock, {});
+    UpdateController updates({}, {});
     const QString configPath = folder.filePath(u"config.json"_s);
     AppConfiguration configuration;
     for (const auto& account : sandbox.accounts())
@@ -95,6 +96,7 @@ void measureLoading(NetworkHttpClient& http, const sandbox::Sandbox& sandbox) {
                           .loginItem = loginItem,
                           .statusBar = statusBar,
                           .notifications = notifications,
+                          .updates = updates,
                           .workspace = workspace,
                           .endpoints = Endpoints::below(sandbox.baseUrl()),
                           .configPath = configPath});

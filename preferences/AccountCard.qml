@@ -56,8 +56,8 @@ ContinuousRectangle {
                 anchors.rightMargin: 8
                 label: "Account name"
                 placeholderText: "Account name (e.g. Personal, Work)"
-                text: frame.card ? frame.card.name : ""
-                onTextEdited: frame.card.name = text
+                value: frame.card ? frame.card.name : ""
+                onEdited: text => frame.card.name = text
             }
 
             T.AbstractButton {
@@ -135,8 +135,8 @@ ContinuousRectangle {
                 label: frame.owner === "" ? "Team ID" : "Team ID of " + frame.owner
                 isCode: true
                 placeholderText: "team_…"
-                text: frame.card ? frame.card.teamId : ""
-                onTextEdited: frame.card.teamId = text
+                value: frame.card ? frame.card.teamId : ""
+                onEdited: text => frame.card.teamId = text
             }
         }
 

@@ -8,4 +8,6 @@ Text {
     wrapMode: Text.Wrap
     color: Theme.text
     font.pixelSize: Theme.bodySize
+    Accessible.role: Accessible.StaticText
+    Accessible.name: text
 }

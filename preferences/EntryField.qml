@@ -11,9 +11,13 @@ T.TextField {
 
     /// What a screen reader says.
     required property string label
+    /// What is edited. It may take an edit over otherwise than it was typed.
+    required property string value
     property bool isMasked: false
     /// A token or an id: not a word of any language.
     property bool isCode: false
+
+    signal edited(text: string)
 
     implicitHeight: Math.max(26, contentHeight + topPadding + bottomPadding)
     topPadding: 4
@@ -31,10 +35,28 @@ T.TextField {
     selectionColor: Theme.accentFill
     selectedTextColor: Theme.accentFillText
     placeholderTextColor: Theme.placeholder
+    onValueChanged: show()
+    onTextEdited: {
+        edited(text);
+        show();
+    }
     font.pixelSize: Theme.bodySize
     font.family: isCode ? Theme.monospaced : Theme.family
+    Accessible.role: Accessible.EditableText
     Accessible.name: label
     Accessible.passwordEdit: isMasked
+
+    Component.onCompleted: {
+        show();
+        MaskedFieldAccessible.update(field);
+    }
+    onIsMaskedChanged: MaskedFieldAccessible.update(field)
+
+    // A binding would not notice a value that comes out as it was before.
+    function show(): void {
+        if (text !== value)
+            text = value;
+    }
 
     cursorDelegate: Rectangle {
         width: 1

@@ -5,5 +5,4 @@ import Tidemark.Preferences
 BodyText {
     font.bold: true
     Accessible.role: Accessible.Heading
-    Accessible.name: text
 }

@@ -28,8 +28,8 @@ Item {
         isCode: true
         isMasked: !token.isShown
         placeholderText: token.placeholder
-        text: token.value
-        onTextEdited: token.edited(text)
+        value: token.value
+        onEdited: text => token.edited(text)
     }
 
     TextButton {

@@ -106,8 +106,6 @@ FocusScope {
                 y: 10
                 width: area.width - 24
                 text: view.update ? view.update.notes : ""
-                Accessible.role: Accessible.StaticText
-                Accessible.name: text
             }
         }
     }

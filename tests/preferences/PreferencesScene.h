@@ -39,7 +39,7 @@ public:
     void open() {
         controller.showWindow();
         settle();
-        QVERIFY(QTest::qWaitForWindowExposed(&controller.window()));
+        QVERIFY(QTest::qWaitForWindowActive(&controller.window()));
         rest();
     }
 
