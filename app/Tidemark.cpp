@@ -28,16 +28,16 @@ bool Tidemark::hasDesktop() {
 Tidemark::Options Tidemark::userOptions(Bundle bundle) {
     const QString config = QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation);
     const QString cache = QStandardPaths::writableLocation(QStandardPaths::GenericCacheLocation);
-    // Set by the AppImage runtime.
-    const QString appImage = qEnvironmentVariable("APPIMAGE");
     return {.bundle = std::move(bundle),
             .endpoints = Endpoints::production(),
             .insecureLoopback = NetworkHttpClient::InsecureLoopback::refused,
             .configPath = ConfigStore::configURL(),
             .defaultsPath = config + u"/Tidemark/defaults.ini"_s,
             .updateSettingsPath = config + u"/Tidemark/updates.ini"_s,
-            .installedForm = {.appImagePath = appImage.isEmpty() ? std::nullopt : std::optional(appImage),
-                              .cacheFolder = cache + u"/Tidemark/updates"_s},
+            .installedForm =
+                {// Set by the AppImage runtime.
+                 .appImagePath = qEnvironmentVariable("APPIMAGE"),
+                 .cacheFolder = cache + u"/Tidemark/updates"_s},
             .autostartFolder = config + u"/autostart"_s,
             .keychain = std::make_unique<SecretServiceKeychain>()};
 }
@@ -66,7 +66,8 @@ std::unique_ptr<Updater> Tidemark::makeUpdater() {
 }
 
 QString Tidemark::programPath() const {
-    return m_options.installedForm.appImagePath.value_or(QCoreApplication::applicationFilePath());
+    const InstalledForm& form = m_options.installedForm;
+    return form.isAppImage() ? form.appImagePath : QCoreApplication::applicationFilePath();
 }
 
 int Tidemark::run() {

@@ -86,14 +86,14 @@ std::optional<UpdateError> UpdateInstaller::refusal(const AppcastEnclosure& arch
 }
 
 tl::expected<QString, UpdateFailure> UpdateInstaller::target(const AppcastItem& release) const {
-    if (!m_form.appImagePath) {
+    if (!m_form.isAppImage()) {
         QDir().mkpath(m_form.cacheFolder);
         return m_form.cacheFolder + u'/' + packageName(release);
     }
     // The file itself, not the link that it may have been started by.
-    const QFileInfo file(QFileInfo(*m_form.appImagePath).canonicalFilePath());
+    const QFileInfo file(QFileInfo(m_form.appImagePath).canonicalFilePath());
     if (!file.isFile()) {
-        const QString folder = QFileInfo(*m_form.appImagePath).absolutePath();
+        const QString folder = QFileInfo(m_form.appImagePath).absolutePath();
         return tl::unexpected(UpdateFailure{.error = UpdateError::notReplaceable, .folder = folder});
     }
     return file.filePath();
@@ -101,14 +101,14 @@ tl::expected<QString, UpdateFailure> UpdateInstaller::target(const AppcastItem& 
 
 UpdateFailure UpdateInstaller::storingFailure(int systemError, const QString& folder) const {
     const bool isFull = systemError == ENOSPC || systemError == EDQUOT || systemError == EFBIG;
-    const UpdateError place = m_form.appImagePath ? UpdateError::notReplaceable : UpdateError::notStorable;
+    const UpdateError place = m_form.isAppImage() ? UpdateError::notReplaceable : UpdateError::notStorable;
     return {.error = isFull ? UpdateError::diskFull : place, .folder = folder};
 }
 
 tl::expected<UpdateInstaller::Archive, UpdateFailure> UpdateInstaller::makeRoom(const QString& folder,
                                                                                 qint64 length) const {
     UpdateArchive::removeLeftovers(folder);
-    if (!m_form.appImagePath)
+    if (!m_form.isAppImage())
         removePackages(folder);
     auto created = UpdateArchive::create(folder, length);
     if (!created)
@@ -149,12 +149,12 @@ QCoro::Task<UpdateInstaller::Result> UpdateInstaller::install(AppcastItem releas
     if (!isRight)
         co_return tl::unexpected(UpdateFailure{.error = UpdateError::signatureWrong});
 
-    const mode_t permissions = m_form.appImagePath ? permissionsOf(*path) : 0644;
+    const mode_t permissions = m_form.isAppImage() ? permissionsOf(*path) : 0644;
     const QFuture<int> placement = QtConcurrent::run(
         [file = archive.get(), path = *path, permissions] { return file->place(path, permissions); });
     if (const int error = co_await placement)
         co_return tl::unexpected(storingFailure(error, archive->folder()));
-    if (m_form.appImagePath)
+    if (m_form.isAppImage())
         co_return Outcome::installed;
     if (stop.stop_requested()) {
         QFile::remove(*path);

@@ -20,12 +20,13 @@ class UpdateArchive;
 /// How the running program is installed.
 struct InstalledForm {
     /// The file of the AppImage that runs; empty when it runs from a package.
-    std::optional<QString> appImagePath;
+    QString appImagePath;
     /// A folder of our own, where a package is kept for the system's installer. Made when needed.
     QString cacheFolder;
 
+    [[nodiscard]] bool isAppImage() const { return !appImagePath.isEmpty(); }
     [[nodiscard]] ArchiveKind archiveKind() const {
-        return appImagePath ? ArchiveKind::appImage : ArchiveKind::package;
+        return isAppImage() ? ArchiveKind::appImage : ArchiveKind::package;
     }
 };
 

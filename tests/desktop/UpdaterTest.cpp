@@ -134,7 +134,7 @@ private Q_SLOTS:
         const QString cache = m_folder->path() + u"/cache/updates"_s;
         QDir().mkpath(cache);
         write(cache + u"/tidemark-0.5.deb"_s, "of an earlier update");
-        start(u"appcast.xml"_s, std::nullopt);
+        start(u"appcast.xml"_s, QString());
         offer();
         m_updater->install();
         QTRY_COMPARE(m_updater->stage(), Stage::handedOver);
@@ -297,8 +297,7 @@ private:
         return m_folder->filePath(name);
     }
 
-    void start(const QString& feed, const std::optional<QString>& program,
-               const QString& version = u"1.0"_s) {
+    void start(const QString& feed, const QString& program, const QString& version = u"1.0"_s) {
         const QUrl url = m_sandbox.updateFeed().resolved(QUrl(feed));
         m_updater = std::make_unique<Updater>(Updater::Services{
             .http = m_http,
