@@ -1,11 +1,16 @@
+#include <QGuiApplication>
+
 #include "app/AppDelegate.h"
 #include "desktop/MemoryTrim.h"
+#include "drawing/ProgramIcon.h"
 
 namespace tidemark {
 
 QQmlEngine& AppDelegate::engine() {
-    if (!m_engine)
+    if (!m_engine) {
         m_engine = std::make_unique<QQmlEngine>();
+        QGuiApplication::setWindowIcon(programIcon());
+    }
     return *m_engine;
 }
 

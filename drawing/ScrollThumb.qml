@@ -1,8 +1,8 @@
 import QtQuick
 import Tidemark.Drawing
 
-/// Shows at the end of a list, while it moves or the pointer is there, which part of it is in sight, and drags
-/// it.
+/// Shows at the end of a list, while it moves or the pointer is there, or always, which part of it is in sight,
+/// and drags it.
 Item {
     id: bar
 
@@ -11,6 +11,7 @@ Item {
     required property real position
     required property bool isMoving
     required property color color
+    property bool isAlwaysShown: false
 
     /// Dragged to the place where so much of what is out of sight lies above.
     signal moved(part: real)
@@ -38,7 +39,7 @@ Item {
             height: Math.max(24, strip.height * bar.share)
             radius: 2
             color: bar.color
-            opacity: bar.isMoving || hover.hovered || area.pressed ? 1 : 0
+            opacity: bar.isAlwaysShown || bar.isMoving || hover.hovered || area.pressed ? 1 : 0
 
             Behavior on opacity {
                 NumberAnimation {

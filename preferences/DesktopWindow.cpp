@@ -5,10 +5,12 @@
 #include <QGuiApplication>
 #include <QKeyEvent>
 #include <QQmlEngine>
+#include <QQuickItem>
 #include <QScreen>
 #include <algorithm>
 
 #include "desktop/WindowActivation.h"
+#include "preferences/TextFieldMenu.h"
 #include "preferences/Theme.h"
 
 Q_IMPORT_QML_PLUGIN(Tidemark_DrawingPlugin)
@@ -22,6 +24,19 @@ namespace {
 
 /// What a title bar and a little air take of a screen's height.
 constexpr int frameHeight = 48;
+
+/// The text field at a place in the scene; null when there is none.
+QQuickItem* textFieldAt(QQuickItem& item, QPointF place) {
+    if (!item.isVisible() || (item.clip() && !item.contains(item.mapFromScene(place))))
+        return nullptr;
+    if (isTextField(&item) && item.contains(item.mapFromScene(place)))
+        return &item;
+    for (QQuickItem* child : item.childItems()) {
+        if (QQuickItem* field = textFieldAt(*child, place))
+            return field;
+    }
+    return nullptr;
+}
 
 QScreen* screenOfUser() {
     QScreen* screen = QGuiApplication::screenAt(QCursor::pos());
@@ -38,6 +53,7 @@ DesktopWindow::DesktopWindow(QQmlEngine& engine, const QString& title, QSize siz
     setFlags(Qt::Window | Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowSystemMenuHint |
              Qt::WindowMinimizeButtonHint | Qt::WindowCloseButtonHint);
     setResizeMode(QQuickView::SizeRootObjectToView);
+    m_menu.setTransientParent(this);
     setScreen(screenOfUser());
     setFixedSize(size);
     QRect place(QPoint(), this->size());
@@ -92,7 +108,28 @@ void DesktopWindow::present() {
 
 bool DesktopWindow::event(QEvent* event) {
     watchAlt(*event);
-    return QQuickView::event(event);
+    return openFieldMenu(*event) || QQuickView::event(event);
+}
+
+bool DesktopWindow::openFieldMenu(const QEvent& event) {
+    QQuickItem* field = nullptr;
+    QPointF place;
+    if (event.type() == QEvent::MouseButtonPress) {
+        const auto& press = static_cast<const QMouseEvent&>(event);
+        place = press.position();
+        field = press.button() == Qt::RightButton ? textFieldAt(*contentItem(), place) : nullptr;
+    } else if (event.type() == QEvent::KeyPress) {
+        const auto& press = static_cast<const QKeyEvent&>(event);
+        const bool asks = press.key() == Qt::Key_Menu ||
+                          (press.key() == Qt::Key_F10 && press.modifiers() == Qt::ShiftModifier);
+        field = asks && isTextField(activeFocusItem()) ? activeFocusItem() : nullptr;
+        place = field ? field->mapToScene(field->boundingRect().bottomLeft()) : place;
+    }
+    if (!field)
+        return false;
+    field->forceActiveFocus(Qt::PopupFocusReason);
+    m_menu.popup(textFieldMenu(field), mapToGlobal(place.toPoint()));
+    return true;
 }
 
 void DesktopWindow::watchAlt(const QEvent& event) {

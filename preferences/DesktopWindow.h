@@ -4,6 +4,7 @@
 #include <QUrl>
 #include <QVariantMap>
 
+#include "desktop/MenuWindow.h"
 #include "drawing/ToolTipHost.h"
 
 namespace tidemark {
@@ -11,7 +12,8 @@ namespace tidemark {
 class Theme;
 
 /// An ordinary window of the program: titled, with buttons to close and to minimise it, of a fixed size, in
-/// the colours of the desktop. It is centred on the screen when it is made, and reused after it was closed.
+/// the colours of the desktop. Its text fields have the usual menu. It is centred on the screen when it is
+/// made, and reused after it was closed.
 class DesktopWindow final : public QQuickView, public ToolTipHost {
     Q_OBJECT
 
@@ -42,6 +44,10 @@ private:
     [[nodiscard]] Theme* theme() const;
     void takeColor();
     void watchAlt(const QEvent& event);
+    /// Opens the menu of a text field when the event asks for it; false when it does not.
+    bool openFieldMenu(const QEvent& event);
+
+    MenuWindow m_menu;
 };
 
 }  // namespace tidemark

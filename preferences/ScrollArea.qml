@@ -45,7 +45,8 @@ Flickable {
         share: area.contentHeight > 0 ? area.height / area.contentHeight : 1
         position: area.contentY / area.contentHeight
         isMoving: area.moving
-        color: Theme.secondary
+        color: Theme.placeholder
+        isAlwaysShown: true
         onMoved: part => area.contentY = part * (area.contentHeight - area.height)
     }
 }

@@ -7,12 +7,14 @@
 
 #include "app/Tidemark.h"
 #include "config/ConfigStore.h"
+#include "sandbox/DemoKeyring.h"
 #include "sandbox/MemoryKeychain.h"
 #include "sandbox/Sandbox.h"
 
 namespace {
 
 using namespace Qt::StringLiterals;
+using tidemark::sandbox::DemoKeyring;
 using tidemark::sandbox::MemoryKeychain;
 using tidemark::sandbox::Sandbox;
 using tidemark::sandbox::SandboxOptions;
@@ -26,6 +28,7 @@ struct DemoOptions {
     /// Of the releases of a sandbox that runs elsewhere; empty for no updates.
     QString updateKey;
     bool isFirstStart = false;
+    bool usesKeyring = false;
 };
 
 DemoOptions parseOptions(const QGuiApplication& application) {
@@ -44,7 +47,9 @@ DemoOptions parseOptions(const QGuiApplication& application) {
     const QCommandLineOption updateKey(
         u"update-key"_s, u"The key that the releases of that sandbox are signed with."_s, u"key"_s);
     const QCommandLineOption firstStart(u"first-start"_s, u"Start without any settings."_s);
-    parser.addOptions({address, seed, projects, speed, interval, pinned, updateKey, firstStart});
+    const QCommandLineOption keyring(
+        u"keyring"_s, u"Keep the tokens in the desktop's keyring, where they stay, apart from real ones."_s);
+    parser.addOptions({address, seed, projects, speed, interval, pinned, updateKey, firstStart, keyring});
     parser.process(application);
     return {.sandbox = {.seed = parser.value(seed).toULongLong(),
                         .projects = parser.value(projects).toInt(),
@@ -53,7 +58,8 @@ DemoOptions parseOptions(const QGuiApplication& application) {
             .interval = parser.value(interval).toLongLong(),
             .pinned = parser.value(pinned).toInt(),
             .updateKey = parser.value(updateKey),
-            .isFirstStart = parser.isSet(firstStart)};
+            .isFirstStart = parser.isSet(firstStart),
+            .usesKeyring = parser.isSet(keyring)};
 }
 
 /// Every account of the sandbox, set up as if the user had.
@@ -97,8 +103,14 @@ QUrl slowFeed(const QUrl& address) {
     return feed;
 }
 
+std::unique_ptr<tidemark::Keychain> makeKeychain(const DemoOptions& options) {
+    if (options.usesKeyring)
+        return std::make_unique<DemoKeyring>();
+    return std::make_unique<MemoryKeychain>();
+}
+
 bool storeSettings(Sandbox& sandbox, const DemoOptions& options, const QTemporaryDir& folder,
-                   MemoryKeychain& keychain) {
+                   tidemark::Keychain& keychain) {
     if (options.isFirstStart)
         return folder.isValid();
     const tidemark::ConfigStore store(folder.filePath(u"config.json"_s), keychain);
@@ -135,7 +147,7 @@ int main(int argc, char** argv) {
     }
 
     const QTemporaryDir settings;
-    auto keychain = std::make_unique<MemoryKeychain>();
+    auto keychain = makeKeychain(demoOptions);
     if (!storeSettings(sandbox, demoOptions, settings, *keychain)) {
         std::fputs("The demo's settings cannot be written.\n", stderr);
         return 1;

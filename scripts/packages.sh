@@ -13,7 +13,8 @@ build_packages=(
     libcpp-httplib-dev
 )
 desktop_packages=(
-    xvfb openbox xfce4-panel xfconf dbus dbus-x11 libglib2.0-bin adwaita-icon-theme hicolor-icon-theme
+    xvfb openbox xfce4-panel xfconf lxqt-panel dbus dbus-x11 libglib2.0-bin adwaita-icon-theme
+    hicolor-icon-theme
     fonts-dejavu-core fonts-noto-color-emoji imagemagick x11-xserver-utils xdotool procps
     dunst sound-theme-freedesktop libcanberra-pulse
 )

@@ -1,60 +1,17 @@
-#include <QDBusConnection>
-#include <QDBusConnectionInterface>
-#include <QDBusMessage>
-#include <QDBusReply>
-#include <QDBusVariant>
 #include <QElapsedTimer>
 #include <QFile>
-#include <QProcess>
-#include <QRect>
-#include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QTest>
 #include <csignal>
 
 #include "desktop/DBusMenu.h"
-#include "sandbox/Sandbox.h"
+#include "tests/app/DesktopSession.h"
 
 using namespace Qt::StringLiterals;
+using namespace tidemark::desktopsession;
 using tidemark::sandbox::Sandbox;
 
 namespace {
-
-const QString watcherName = u"org.kde.StatusNotifierWatcher"_s;
-
-/// A property of an object on the session bus; invalid when it cannot be had.
-QVariant busProperty(const QString& service, const QString& path, const QString& interface,
-                     const QString& property) {
-    QDBusMessage get =
-        QDBusMessage::createMethodCall(service, path, u"org.freedesktop.DBus.Properties"_s, u"Get"_s);
-    get << interface << property;
-    const QDBusReply<QDBusVariant> reply = QDBusConnection::sessionBus().call(get, QDBus::Block, 2000);
-    return reply.isValid() ? reply.value().variant() : QVariant();
-}
-
-/// A property of one of the items that the panel knows, as any panel reads it; invalid when there is none.
-QVariant itemProperty(const QString& property, const QString& id = u"tidemark"_s) {
-    const QStringList items =
-        busProperty(watcherName, u"/StatusNotifierWatcher"_s, watcherName, u"RegisteredStatusNotifierItems"_s)
-            .toStringList();
-    for (const auto& item : items) {
-        const auto slash = item.indexOf(u'/');
-        const auto read = [&item, slash](const QString& name) {
-            return busProperty(item.first(slash), item.sliced(slash), u"org.kde.StatusNotifierItem"_s, name);
-        };
-        if (read(u"Id"_s) == id)
-            return property.isEmpty() ? QVariant(item.first(slash)) : read(property);
-    }
-    return {};
-}
-
-/// Runs a program and gives what it printed.
-QString output(const QString& program, const QStringList& arguments) {
-    QProcess process;
-    process.start(program, arguments);
-    process.waitForFinished(10000);
-    return QString::fromUtf8(process.readAllStandardOutput()).trimmed();
-}
 
 /// The last entry of the menu that the item with this bus name exports.
 int lastMenuEntry(const QString& service) {
@@ -291,22 +248,6 @@ private:
                {u"mousemove"_s, QString::number(place.x()), QString::number(place.y()), u"click"_s, u"1"_s});
     }
 
-    /// Where the popover is on the screen; empty while it is closed.
-    static QRect popover() {
-        const QString geometry =
-            output(u"xdotool"_s, {u"search"_s, u"--onlyvisible"_s, u"--name"_s, u"^Tidemark$"_s,
-                                  u"getwindowgeometry"_s, u"--shell"_s});
-        const auto number = [&geometry](const QString& name) {
-            const QRegularExpression line(u"^%1=(-?\\d+)$"_s.arg(name), QRegularExpression::MultilineOption);
-            return line.match(geometry).captured(1).toInt();
-        };
-        return {number(u"X"_s), number(u"Y"_s), number(u"WIDTH"_s), number(u"HEIGHT"_s)};
-    }
-
-    static bool isOnTheBus(const QString& name) {
-        return QDBusConnection::sessionBus().interface()->isServiceRegistered(name);
-    }
-
     QStringList projectNames() {
         QStringList names;
         for (int i = 0; i < m_sandbox->world()->projectCount(); ++i)
@@ -319,20 +260,9 @@ private:
         environment.insert(u"PATH"_s, m_folder.path() + u':' + environment.value(u"PATH"_s));
         environment.insert(u"CANBERRA_DRIVER"_s, u"null"_s);
         m_demo.setProcessEnvironment(environment);
-        m_demo.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-        m_demo.start(
-            QStringLiteral(DEMO),
-            QStringList{u"--address"_s, m_sandbox->baseUrl().toString(), u"--seed"_s, u"3"_s, u"--projects"_s,
-                        u"3"_s, u"--interval"_s, u"1"_s, u"--pinned"_s, QString::number(pinned)} +
-                more);
+        tidemark::desktopsession::startDemo(m_demo, QStringLiteral(DEMO), *m_sandbox,
+                                            QStringList{u"--pinned"_s, QString::number(pinned)} + more);
         QVERIFY(m_demo.waitForStarted());
-    }
-
-    static void quit(QProcess& process) {
-        process.terminate();
-        if (!process.waitForFinished(10000))
-            process.kill();
-        process.waitForFinished();
     }
 
     void startPanel() {

@@ -86,7 +86,7 @@ public:
     }
 
     void launchWithoutWaiting() {
-        m_launchedAt = clock.now();
+        m_timelineStart = clock.now();
         defaults = std::make_unique<UserDefaults>(folder.filePath(u"defaults.ini"_s));
         notifications = std::make_unique<NotificationManager>(notificationCenter, sounds, workspace, clock,
                                                               Bundle{.identifier = u"com.tidemark.Test"_s});
@@ -144,6 +144,12 @@ public:
     AppState& state() { return delegate->appState(); }
     [[nodiscard]] QString configPath() const { return folder.filePath(u"config.json"_s); }
 
+    /// The notes from now on count from now.
+    void restartTimeline() {
+        m_timelineStart = clock.now();
+        m_timeline.clear();
+    }
+
     /// The notes since the last call.
     QStringList takeTimeline() { return std::exchange(m_timeline, {}); }
 
@@ -167,13 +173,14 @@ public:
 private:
     void answer(const QString& target, const QString& note, const HttpResult& result) {
         http.answer(HttpMethod::get, target, [this, note, result](const HttpRequest&) {
-            const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(clock.now() - m_launchedAt);
+            const auto seconds =
+                std::chrono::duration_cast<std::chrono::seconds>(clock.now() - m_timelineStart);
             m_timeline.append(u"%1 %2"_s.arg(seconds.count()).arg(note));
             return result;
         });
     }
 
-    Clock::TimePoint m_launchedAt;
+    Clock::TimePoint m_timelineStart;
     QStringList m_timeline;
 };
 

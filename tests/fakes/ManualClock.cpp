@@ -76,6 +76,10 @@ void ManualClock::advance(std::chrono::nanoseconds duration) {
     settle();
 }
 
+void ManualClock::suspend(std::chrono::nanoseconds duration) {
+    m_elapsed += duration;
+}
+
 void ManualClock::settle() {
     QElapsedTimer watch;
     watch.start();

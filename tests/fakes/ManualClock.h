@@ -25,6 +25,10 @@ public:
     /// event loop come to rest before, between and after. Worker threads are not waited for.
     void advance(std::chrono::nanoseconds duration);
 
+    /// Lets time pass in which nothing runs, as while the machine sleeps. What falls due meanwhile ends with
+    /// the next `advance`, all at its beginning.
+    void suspend(std::chrono::nanoseconds duration);
+
     /// Runs the event loop until nothing more is left to do at once.
     static void settle();
 

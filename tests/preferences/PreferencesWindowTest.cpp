@@ -1,6 +1,8 @@
 #include <QClipboard>
 #include <QSignalSpy>
+#include <algorithm>
 
+#include "preferences/TextFieldMenu.h"
 #include "tests/preferences/PreferencesScene.h"
 
 using namespace tidemark;
@@ -154,6 +156,40 @@ private Q_SLOTS:
         m_scene->type(u"xyz"_s);
         QAccessible::installUpdateHandler(nullptr);
         QVERIFY2(told.filter(u"x"_s).isEmpty(), qPrintable(told.join(u' ')));
+    }
+
+    void fieldsHaveTheUsualMenu() {
+        m_scene->open();
+        QGuiApplication::clipboard()->setText(u"pasted"_s);
+        QQuickItem* token = tokenField(personalToken);
+        m_scene->click(token);
+        m_scene->press(Qt::Key_A, Qt::ControlModifier);
+        const auto enabled = [](QQuickItem* field) {
+            QStringList titles;
+            for (const MenuItem& item : textFieldMenu(field)) {
+                if (item.isEnabled())
+                    titles << item.title;
+            }
+            return titles.join(u' ');
+        };
+        QCOMPARE(enabled(token), u"Paste Select All"_s);
+        m_scene->click(u"Show "_s + personalToken);
+        m_scene->click(token);
+        m_scene->press(Qt::Key_A, Qt::ControlModifier);
+        QCOMPARE(enabled(token), u"Cut Copy Paste Select All"_s);
+        for (const MenuItem& item : textFieldMenu(token)) {
+            if (item.title == u"Paste"_s)
+                item.action();
+        }
+        QCOMPARE(token->property("text").toString(), u"pasted"_s);
+        QTest::mousePress(&m_scene->screen(), Qt::RightButton, {},
+                          token->mapToScene(token->boundingRect().center()).toPoint());
+        const auto menus = [] {
+            return std::ranges::count_if(QGuiApplication::topLevelWindows(), [](const QWindow* window) {
+                return qobject_cast<const MenuWindow*>(window) && window->isVisible();
+            });
+        };
+        QCOMPARE(menus(), 1);
     }
 
     void pastedLinesBecomeOne() {

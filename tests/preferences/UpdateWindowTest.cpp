@@ -1,51 +1,8 @@
 #include <QFile>
-#include <QSignalSpy>
 
-#include "tests/preferences/PreferencesScene.h"
+#include "tests/preferences/UpdateScene.h"
 
 using namespace tidemark;
-
-namespace {
-
-const QString feed = u"/appcast.xml"_s;
-const QString archive = u"/Tidemark.AppImage"_s;
-
-QByteArray feedWith(const QByteArray& version) {
-    return "<rss version=\"2.0\" "
-           "xmlns:sparkle=\"http://www.andymatuschak.org/xml-namespaces/sparkle\"><channel>"
-           "<item><sparkle:version>" +
-           version +
-           "</sparkle:version><description>Faster.\nSmaller.</description>"
-           "<enclosure url=\"https://updates.example/Tidemark.AppImage\" length=\"3\" "
-           "type=\"application/vnd.appimage\" sparkle:edSignature=\"" +
-           QByteArray(64, 's').toBase64() + "\"/></item></channel></rss>";
-}
-
-/// The update window of a program that runs as an AppImage.
-class UpdateScene : public PreferencesScene {
-public:
-    UpdateScene()
-        : PreferencesScene(Build::withUpdates), window(*updates.controller(), engine, bundle.version) {
-        QObject::connect(updates.controller(), &Updater::presentationRequested, &window,
-                         &UpdateWindow::present);
-        QFile program(folder.filePath(u"Tidemark"_s));
-        QVERIFY(program.open(QIODevice::WriteOnly));
-        program.write("old");
-    }
-
-    [[nodiscard]] QQuickView& screen() const override { return window.window(); }
-
-    void check(const QByteArray& version) {
-        http.answer(HttpMethod::get, feed, httpAnswer(200, feedWith(version)));
-        updates.checkForUpdates();
-        QTRY_VERIFY(updates.controller()->canCheckForUpdates());
-        rest();
-    }
-
-    mutable UpdateWindow window;
-};
-
-}  // namespace
 
 class UpdateWindowTest final : public QObject {
     Q_OBJECT
@@ -73,7 +30,7 @@ private Q_SLOTS:
     }
 
     void aFailureIsTold() {
-        m_scene->http.answer(HttpMethod::get, feed, httpAnswer(500));
+        m_scene->http.answer(HttpMethod::get, UpdateScene::feed, httpAnswer(500));
         m_scene->updates.checkForUpdates();
         QTRY_VERIFY(m_scene->see(u"Looking for updates failed"_s));
         QVERIFY(m_scene->see(m_scene->updates.controller()->errorDescription()));
@@ -87,8 +44,8 @@ private Q_SLOTS:
 
     void aDownloadIsCancelledByTheButtonAndByClosing() {
         QFETCH(const bool, byButton);
-        m_scene->http.answer(HttpMethod::get, archive, httpAnswer(200, "new"));
-        m_scene->http.hold(HttpMethod::get, archive);
+        m_scene->http.answer(HttpMethod::get, UpdateScene::archive, httpAnswer(200, "new"));
+        m_scene->http.hold(HttpMethod::get, UpdateScene::archive);
         m_scene->check("1.5");
         m_scene->press(Qt::Key_I, Qt::AltModifier);
         QTRY_VERIFY(m_scene->see(u"Downloading Tidemark 1.5"_s));
@@ -102,7 +59,7 @@ private Q_SLOTS:
     }
 
     void aWrongSignatureIsToldAndNothingIsReplaced() {
-        m_scene->http.answer(HttpMethod::get, archive, httpAnswer(200, "new"));
+        m_scene->http.answer(HttpMethod::get, UpdateScene::archive, httpAnswer(200, "new"));
         m_scene->check("1.5");
         m_scene->click(u"Install"_s);
         QTRY_VERIFY(m_scene->see(u"The update was not installed"_s));

@@ -3,7 +3,7 @@
 #include <QPalette>
 #include <functional>
 
-#include "tests/preferences/PreferencesScene.h"
+#include "tests/preferences/UpdateScene.h"
 
 // Writes a picture of each state of the preferences: preferences-pictures FOLDER [dark]. QT_SCALE_FACTOR
 // gives the scale.
@@ -14,15 +14,15 @@ using namespace tidemark;
 
 QString picturesFolder;
 
-void save(PreferencesScene& scene, const QString& name) {
+void save(const ViewUser& scene, const QString& name) {
     QTest::qWait(200);
-    scene.controller.window().grabWindow().save(picturesFolder + u'/' + name + u".png"_s);
+    scene.screen().grabWindow().save(picturesFolder + u'/' + name + u".png"_s);
 }
 
 void scrollTo(const PreferencesScene& scene, qreal y) {
     for (QQuickItem* item : visibleItems(scene.screen().rootObject())) {
         if (item->inherits("QQuickFlickable") && item->height() > 200)
-            item->setProperty("contentY", y);
+            item->setProperty("contentY", qMin(y, item->property("contentHeight").toReal() - item->height()));
     }
 }
 
@@ -63,6 +63,26 @@ void takePictures() {
     save(scene, u"7-keyboard-and-mnemonics"_s);
 }
 
+void takeUpdatePictures() {
+    UpdateScene scene;
+    scene.http.answer(HttpMethod::get, UpdateScene::feed, httpAnswer(500));
+    scene.http.hold(HttpMethod::get, UpdateScene::feed);
+    scene.updates.checkForUpdates();
+    save(scene, u"8-update-checking"_s);
+    scene.http.release(HttpMethod::get, UpdateScene::feed);
+    save(scene, u"9-update-failed"_s);
+    scene.check("1.4.2");
+    save(scene, u"10-update-none"_s);
+    scene.check("1.5");
+    save(scene, u"11-update-available"_s);
+    scene.http.answer(HttpMethod::get, UpdateScene::archive, httpAnswer(200, "new"));
+    scene.http.hold(HttpMethod::get, UpdateScene::archive);
+    scene.click(u"Install"_s);
+    save(scene, u"12-update-downloading"_s);
+    scene.http.release(HttpMethod::get, UpdateScene::archive);
+    save(scene, u"13-update-refused"_s);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -76,5 +96,6 @@ int main(int argc, char** argv) {
     if (argc > 2)
         QGuiApplication::setPalette(darkPalette());
     takePictures();
+    takeUpdatePictures();
     return 0;
 }

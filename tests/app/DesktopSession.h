@@ -1,0 +1,89 @@
+#pragma once
+
+#include <QDBusConnection>
+#include <QDBusConnectionInterface>
+#include <QDBusMessage>
+#include <QDBusReply>
+#include <QDBusVariant>
+#include <QProcess>
+#include <QRect>
+#include <QRegularExpression>
+#include <QStringList>
+#include <QVariant>
+
+#include "sandbox/Sandbox.h"
+
+/// What tests of whole programs do and see in a desktop session.
+namespace tidemark::desktopsession {
+
+using namespace Qt::StringLiterals;
+
+inline const QString watcherName = u"org.kde.StatusNotifierWatcher"_s;
+
+inline bool isOnTheBus(const QString& name) {
+    return QDBusConnection::sessionBus().interface()->isServiceRegistered(name);
+}
+
+/// A property of an object on the session bus; invalid when it cannot be had.
+inline QVariant busProperty(const QString& service, const QString& path, const QString& interface,
+                            const QString& property) {
+    QDBusMessage get =
+        QDBusMessage::createMethodCall(service, path, u"org.freedesktop.DBus.Properties"_s, u"Get"_s);
+    get << interface << property;
+    const QDBusReply<QDBusVariant> reply = QDBusConnection::sessionBus().call(get, QDBus::Block, 2000);
+    return reply.isValid() ? reply.value().variant() : QVariant();
+}
+
+/// A property of one of the items that the panel knows, as any panel reads it; invalid when there is none.
+inline QVariant itemProperty(const QString& property, const QString& id = u"tidemark"_s) {
+    const QStringList items =
+        busProperty(watcherName, u"/StatusNotifierWatcher"_s, watcherName, u"RegisteredStatusNotifierItems"_s)
+            .toStringList();
+    for (const auto& item : items) {
+        const auto slash = item.indexOf(u'/');
+        const auto read = [&item, slash](const QString& name) {
+            return busProperty(item.first(slash), item.sliced(slash), u"org.kde.StatusNotifierItem"_s, name);
+        };
+        if (read(u"Id"_s) == id)
+            return property.isEmpty() ? QVariant(item.first(slash)) : read(property);
+    }
+    return {};
+}
+
+/// Runs a program and gives what it printed.
+inline QString output(const QString& program, const QStringList& arguments) {
+    QProcess process;
+    process.start(program, arguments);
+    process.waitForFinished(10000);
+    return QString::fromUtf8(process.readAllStandardOutput()).trimmed();
+}
+
+/// Where the popover is on the screen; empty while it is closed.
+inline QRect popover() {
+    const QString geometry = output(u"xdotool"_s, {u"search"_s, u"--onlyvisible"_s, u"--name"_s,
+                                                   u"^Tidemark$"_s, u"getwindowgeometry"_s, u"--shell"_s});
+    const auto number = [&geometry](const QString& name) {
+        const QRegularExpression line(u"^%1=(-?\\d+)$"_s.arg(name), QRegularExpression::MultilineOption);
+        return line.match(geometry).captured(1).toInt();
+    };
+    return {number(u"X"_s), number(u"Y"_s), number(u"WIDTH"_s), number(u"HEIGHT"_s)};
+}
+
+/// Ends a program as the desktop does at the end of a session.
+inline void quit(QProcess& process) {
+    process.terminate();
+    if (!process.waitForFinished(10000))
+        process.kill();
+    process.waitForFinished();
+}
+
+/// Starts the demo on the frozen world of a test, polling every second, and has it forward what it says.
+inline void startDemo(QProcess& process, const QString& program, const sandbox::Sandbox& world,
+                      const QStringList& more) {
+    process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    process.start(program, QStringList{u"--address"_s, world.baseUrl().toString(), u"--seed"_s, u"3"_s,
+                                       u"--projects"_s, u"3"_s, u"--interval"_s, u"1"_s} +
+                               more);
+}
+
+}  // namespace tidemark::desktopsession

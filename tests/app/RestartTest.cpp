@@ -1,0 +1,139 @@
+#include <QElapsedTimer>
+#include <QTest>
+
+#include "tests/app/DesktopSession.h"
+
+using namespace tidemark::desktopsession;
+using tidemark::sandbox::Sandbox;
+
+/// What the desktop's services do to each other: they die, return, and come late. The program stays.
+class RestartTest final : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase() {
+        m_sandbox = std::make_unique<Sandbox>(
+            tidemark::sandbox::SandboxOptions{.seed = 3, .projects = 3, .speed = 0});
+        QVERIFY(m_sandbox->start());
+        m_windowManager.start(u"openbox"_s, QStringList());
+        QVERIFY(m_windowManager.waitForStarted());
+    }
+
+    void init() { setStates({u"READY"_s, u"READY"_s, u"READY"_s}); }
+
+    void cleanup() {
+        quit(m_demo);
+        QCOMPARE(m_demo.exitStatus(), QProcess::NormalExit);
+        QCOMPARE(m_demo.exitCode(), 0);
+        kill(m_panel, watcherName);
+    }
+
+    void cleanupTestCase() { quit(m_windowManager); }
+
+    void itemsComeBackWithThePanel_data() {
+        QTest::addColumn<QString>("panel");
+        QTest::newRow("XFCE") << QStringLiteral(TESTS_FOLDER "/start-panel");
+        QTest::newRow("LXQt") << QStringLiteral(TESTS_FOLDER "/start-lxqt-panel");
+    }
+
+    void itemsComeBackWithThePanel() {
+        QFETCH(const QString, panel);
+        startPanel(panel);
+        startDemo();
+        QTRY_COMPARE_WITH_TIMEOUT(itemProperty(u"Title"_s), QVariant(u"Tidemark — 3 live"_s), 20000);
+        kill(m_panel, watcherName);
+        // Nobody sees this change at the time.
+        setStates({u"ERROR"_s, u"READY"_s, u"BUILDING"_s});
+        startPanel(panel);
+        QElapsedTimer sinceThePanel;
+        sinceThePanel.start();
+        QTRY_VERIFY_WITH_TIMEOUT(itemProperty(u"Title"_s).isValid(), 20000);
+        QVERIFY2(sinceThePanel.elapsed() <= 2000, qPrintable(QString::number(sinceThePanel.elapsed())));
+        QTRY_COMPARE_WITH_TIMEOUT(itemProperty(u"Title"_s), QVariant(u"Tidemark — 1 error"_s), 20000);
+        for (int i = 0; i < 2; ++i) {
+            const auto project = m_sandbox->world()->projectAt(i);
+            const QString title = project.name + u": "_s + project.deployments.first().state;
+            QTRY_COMPARE_WITH_TIMEOUT(itemProperty(u"Title"_s, u"tidemark-"_s + project.id), QVariant(title),
+                                      20000);
+        }
+    }
+
+    void notificationsArriveAfterTheDaemonsRestart() {
+        startPanel(QStringLiteral(TESTS_FOLDER "/start-panel"));
+        startDaemon();
+        startDemo();
+        const auto isAnnounced = [this](int index) {
+            const auto project = m_sandbox->world()->projectAt(index);
+            QTRY_COMPARE_WITH_TIMEOUT(itemProperty(u"Title"_s, u"tidemark-"_s + project.id),
+                                      QVariant(project.name + u": READY"_s), 20000);
+            m_sandbox->world()->setState(project.id, u"ERROR"_s);
+            QTRY_COMPARE_WITH_TIMEOUT(output(u"dunstctl"_s, {u"count"_s, u"displayed"_s}), u"1"_s, 20000);
+        };
+        isAnnounced(0);
+        if (QTest::currentTestFailed())
+            return;
+        kill(m_daemon, daemonName);
+        startDaemon();
+        isAnnounced(1);
+        kill(m_daemon, daemonName);
+    }
+
+    void withoutATrayThePopoverIsAWindowUntilOneAppears() {
+        startDemo();
+        QTRY_VERIFY_WITH_TIMEOUT(isOnTheBus(u"com.tidemark.Demo"_s), 20000);
+        QProcess second;
+        tidemark::desktopsession::startDemo(second, QStringLiteral(DEMO), *m_sandbox, {});
+        QVERIFY(second.waitForFinished(20000));
+        QTRY_VERIFY_WITH_TIMEOUT(!popover().isEmpty(), 20000);
+        QVERIFY(QRect(0, 0, 1280, 800).contains(popover()));
+        output(u"xdotool"_s, {u"key"_s, u"Escape"_s});
+        QTRY_VERIFY_WITH_TIMEOUT(popover().isEmpty(), 20000);
+        startPanel(QStringLiteral(TESTS_FOLDER "/start-panel"));
+        QTRY_COMPARE_WITH_TIMEOUT(itemProperty(u"Title"_s), QVariant(u"Tidemark — 3 live"_s), 20000);
+    }
+
+private:
+    static inline const QString daemonName = u"org.freedesktop.Notifications"_s;
+
+    void setStates(const QStringList& states) {
+        for (int i = 0; i < states.size(); ++i) {
+            const QString id = m_sandbox->world()->projectAt(i).id;
+            m_sandbox->world()->push(id, {.state = states.at(i)});
+        }
+    }
+
+    void startDemo() {
+        tidemark::desktopsession::startDemo(m_demo, QStringLiteral(DEMO), *m_sandbox,
+                                            {u"--pinned"_s, u"2"_s});
+        QVERIFY(m_demo.waitForStarted());
+    }
+
+    void startPanel(const QString& program) {
+        m_panel.setProcessChannelMode(QProcess::SeparateChannels);
+        m_panel.start(program, {});
+        QVERIFY(m_panel.waitForStarted());
+        QTRY_VERIFY_WITH_TIMEOUT(isOnTheBus(watcherName), 20000);
+    }
+
+    void startDaemon() {
+        m_daemon.start(u"dunst"_s, QStringList());
+        QVERIFY(m_daemon.waitForStarted());
+        QTRY_VERIFY_WITH_TIMEOUT(isOnTheBus(daemonName), 20000);
+    }
+
+    /// Gives it no chance to say good-bye.
+    static void kill(QProcess& process, const QString& name) {
+        process.kill();
+        process.waitForFinished();
+        QTRY_VERIFY_WITH_TIMEOUT(!isOnTheBus(name), 20000);
+    }
+
+    std::unique_ptr<Sandbox> m_sandbox;
+    QProcess m_windowManager;
+    QProcess m_panel;
+    QProcess m_daemon;
+    QProcess m_demo;
+};
+
+QTEST_GUILESS_MAIN(RestartTest)
+#include "RestartTest.moc"

@@ -1,0 +1,48 @@
+#pragma once
+
+#include <QFile>
+
+#include "tests/preferences/PreferencesScene.h"
+
+namespace tidemark {
+
+/// An appcast with one release. Its archive was signed by nobody.
+inline QByteArray feedWith(const QByteArray& version) {
+    return "<rss version=\"2.0\" "
+           "xmlns:sparkle=\"http://www.andymatuschak.org/xml-namespaces/sparkle\"><channel>"
+           "<item><sparkle:version>" +
+           version +
+           "</sparkle:version><description>Faster.\nSmaller.</description>"
+           "<enclosure url=\"https://updates.example/Tidemark.AppImage\" length=\"3\" "
+           "type=\"application/vnd.appimage\" sparkle:edSignature=\"" +
+           QByteArray(64, 's').toBase64() + "\"/></item></channel></rss>";
+}
+
+/// The update window of a program that runs as an AppImage.
+class UpdateScene : public PreferencesScene {
+public:
+    static inline const QString feed = u"/appcast.xml"_s;
+    static inline const QString archive = u"/Tidemark.AppImage"_s;
+
+    UpdateScene()
+        : PreferencesScene(Build::withUpdates), window(*updates.controller(), engine, bundle.version) {
+        QObject::connect(updates.controller(), &Updater::presentationRequested, &window,
+                         &UpdateWindow::present);
+        QFile program(folder.filePath(u"Tidemark"_s));
+        QVERIFY(program.open(QIODevice::WriteOnly));
+        program.write("old");
+    }
+
+    [[nodiscard]] QQuickView& screen() const override { return window.window(); }
+
+    void check(const QByteArray& version) {
+        http.answer(HttpMethod::get, feed, httpAnswer(200, feedWith(version)));
+        updates.checkForUpdates();
+        QTRY_VERIFY(updates.controller()->canCheckForUpdates());
+        rest();
+    }
+
+    mutable UpdateWindow window;
+};
+
+}  // namespace tidemark
