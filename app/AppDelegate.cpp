@@ -33,22 +33,67 @@ void AppDelegate::applicationDidFinishLaunching() {
     m_tasks.start([this](std::stop_token) { return finishLaunching(); });
 }
 
-QFuture<std::optional<AppConfiguration>> AppDelegate::loadConfiguration() {
-    return QtConcurrent::run(&m_services.keychainWorker, [store = m_configStore] { return store.load(); });
+QFuture<std::optional<AppConfiguration>> AppDelegate::loadConfiguration(Keychain::Prompting prompting) {
+    return QtConcurrent::run(&m_services.keychainWorker,
+                             [store = m_configStore, prompting] { return store.load(prompting); });
+}
+
+QFuture<std::optional<AppConfiguration>> AppDelegate::loadForEditing() {
+    const QFuture<std::optional<AppConfiguration>> loading = loadConfiguration();
+    m_tasks.start([this, loading](std::stop_token) -> QCoro::Task<> {
+        const std::optional<AppConfiguration> stored = co_await loading;
+        takeOver(stored);
+    });
+    return loading;
 }
 
 QCoro::Task<> AppDelegate::finishLaunching() {
+    // Before the first load, so that nothing goes unnoticed in between.
+    m_keychainWatcher = m_services.keychain.makeWatcher();
+    if (m_keychainWatcher)
+        connect(m_keychainWatcher.get(), &KeychainWatcher::mayBeReadable, this, &AppDelegate::loadLate);
+    // Not every keyring tells of everything.
+    connect(m_popover.get(), &Popover::aboutToShow, this, &AppDelegate::loadLate);
     const QFuture<std::optional<AppConfiguration>> loading = loadConfiguration();
     const std::optional<AppConfiguration> config = co_await loading;
-    if (isQuitting())
+    if (isQuitting() || takeOver(config))
         co_return;
-    if (config && config->hasToken()) {
-        apply(*config);
-        co_return;
-    }
     m_popover->close();
     // The keyring is not asked a second time.
     preferencesController().showWindow(config);
+}
+
+bool AppDelegate::takeOver(const std::optional<AppConfiguration>& stored) {
+    if (isQuitting() || !m_awaitsStored || !stored || !stored->hasToken())
+        return false;
+    stopAwaitingStored();
+    apply(*stored);
+    return true;
+}
+
+void AppDelegate::stopAwaitingStored() {
+    m_awaitsStored = false;
+    m_isLateLoadDue = false;
+    m_keychainWatcher.reset();
+}
+
+void AppDelegate::loadLate() {
+    m_isLateLoadDue = m_awaitsStored;
+    if (m_isLateLoadDue && !m_isLoadingLate)
+        m_tasks.start([this](std::stop_token) { return loadWhileDue(); });
+}
+
+QCoro::Task<> AppDelegate::loadWhileDue() {
+    m_isLoadingLate = true;
+    while (m_isLateLoadDue && !isQuitting()) {
+        m_isLateLoadDue = false;
+        const QFuture<std::optional<AppConfiguration>> loading =
+            loadConfiguration(Keychain::Prompting::unlessDeclined);
+        const std::optional<AppConfiguration> stored = co_await loading;
+        if (takeOver(stored) && m_preferencesController)
+            m_preferencesController->offerStored(*stored);
+    }
+    m_isLoadingLate = false;
 }
 
 void AppDelegate::apply(const AppConfiguration& configuration) {
@@ -59,16 +104,17 @@ void AppDelegate::apply(const AppConfiguration& configuration) {
 }
 
 void AppDelegate::saveConfiguration(const AppConfiguration& configuration) {
-    m_tasks.start([this, configuration](std::stop_token) { return storeAndRestart(configuration); });
+    stopAwaitingStored();
+    m_tasks.start([this, configuration](std::stop_token) { return store(configuration); });
+    // Whatever becomes of it, and however long the keyring waits for its user.
+    apply(configuration);
 }
 
-QCoro::Task<> AppDelegate::storeAndRestart(AppConfiguration configuration) {
+QCoro::Task<> AppDelegate::store(AppConfiguration configuration) {
     const QFuture<tl::expected<void, QString>> saving =
         QtConcurrent::run(&m_services.keychainWorker,
                           [store = m_configStore, configuration] { return store.save(configuration); });
     co_await saving;
-    if (!isQuitting())
-        apply(configuration);
 }
 
 void AppDelegate::applyLaunchAtLogin(bool enabled) {

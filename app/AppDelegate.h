@@ -141,7 +141,10 @@ private:
 
     /// The window's controller, made at the first opening, with its callback set.
     [[nodiscard]] PreferencesWindowController& preferencesController();
-    [[nodiscard]] QFuture<std::optional<AppConfiguration>> loadConfiguration();
+    [[nodiscard]] QFuture<std::optional<AppConfiguration>> loadConfiguration(
+        Keychain::Prompting prompting = Keychain::Prompting::allowed);
+    /// What the user is shown to edit is worked with as well when nothing else is.
+    [[nodiscard]] QFuture<std::optional<AppConfiguration>> loadForEditing();
 
     void setupUpdates();
     void presentUpdate();
@@ -159,9 +162,17 @@ private:
     [[nodiscard]] QCoro::Task<> refreshOnce(QString projectId, VercelAPIClient client);
 
     [[nodiscard]] QCoro::Task<> finishLaunching();
+    /// Works with the stored configuration if it is usable and neither another one is in use nor has the user
+    /// saved one. Whether it does.
+    bool takeOver(const std::optional<AppConfiguration>& stored);
+    /// From now on what is stored is not taken over any more.
+    void stopAwaitingStored();
+    /// Loads what could not be loaded at the start: the keyring may have come or been unlocked since.
+    void loadLate();
+    [[nodiscard]] QCoro::Task<> loadWhileDue();
     /// Works with the configuration from now on.
     void apply(const AppConfiguration& configuration);
-    [[nodiscard]] QCoro::Task<> storeAndRestart(AppConfiguration configuration);
+    [[nodiscard]] QCoro::Task<> store(AppConfiguration configuration);
     [[nodiscard]] QCoro::Task<> runPollingLoop(std::stop_token stop);
     [[nodiscard]] QCoro::Task<> runStatusLoop(std::stop_token stop);
     void recordDeployments(const QString& projectId, const QList<Deployment>& deployments);
@@ -185,6 +196,11 @@ private:
     std::unique_ptr<UpdateWindow> m_updateWindow;
     /// The panel entries of the pinned projects, by project id.
     std::map<QString, std::unique_ptr<ProjectStatusItem>> m_individualItems;
+    bool m_awaitsStored = true;
+    /// While a stored configuration is awaited; null where the keychain needs none.
+    std::unique_ptr<KeychainWatcher> m_keychainWatcher;
+    bool m_isLateLoadDue = false;
+    bool m_isLoadingLate = false;
     TaskHandle m_pollingTask;
     TaskHandle m_statusTask;
     /// Ends requests under way; replacing a loop does not, it lets the loop finish the project it is at.

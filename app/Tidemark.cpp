@@ -5,9 +5,12 @@
 #include <QStandardPaths>
 #include <algorithm>
 #include <array>
+#include <cstdio>
 #include <utility>
 
+#include "app/TrayAdvisor.h"
 #include "desktop/ActivationToken.h"
+#include "desktop/AppImage.h"
 #include "desktop/SecretServiceKeychain.h"
 #include "desktop/TerminationSignals.h"
 #include "popover/PopoverView.h"
@@ -28,16 +31,15 @@ bool Tidemark::hasDesktop() {
 Tidemark::Options Tidemark::userOptions(Bundle bundle) {
     const QString config = QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation);
     const QString cache = QStandardPaths::writableLocation(QStandardPaths::GenericCacheLocation);
+    const QString appImage = runningAppImage(QCoreApplication::applicationFilePath());
+    forgetAppImage();
     return {.bundle = std::move(bundle),
             .endpoints = Endpoints::production(),
             .insecureLoopback = NetworkHttpClient::InsecureLoopback::refused,
             .configPath = ConfigStore::configURL(),
             .defaultsPath = config + u"/Tidemark/defaults.ini"_s,
             .updateSettingsPath = config + u"/Tidemark/updates.ini"_s,
-            .installedForm =
-                {// Set by the AppImage runtime.
-                 .appImagePath = qEnvironmentVariable("APPIMAGE"),
-                 .cacheFolder = cache + u"/Tidemark/updates"_s},
+            .installedForm = {.appImagePath = appImage, .cacheFolder = cache + u"/Tidemark/updates"_s},
             .autostartFolder = config + u"/autostart"_s,
             .keychain = std::make_unique<SecretServiceKeychain>()};
 }
@@ -114,6 +116,19 @@ int Tidemark::runDelegate() {
                          offerActivationToken(activationToken);
                          delegate.showPopover();
                      });
+    // Guarded: the centre may still deliver a click when the delegate has gone.
+    m_notifications.setAnnouncementHandler([shown = QPointer(&delegate)] {
+        if (shown)
+            shown->showPopover();
+    });
+    TrayAdvisor advisor(
+        {.clock = m_clock,
+         .statusBar = m_statusBar,
+         .notifications = m_notifications,
+         .defaults = m_defaults,
+         .desktop = qEnvironmentVariable("XDG_CURRENT_DESKTOP"),
+         .print = [](const QString& line) { std::fprintf(stderr, "%s\n", line.toLocal8Bit().constData()); }});
+    advisor.start();
     QMetaObject::invokeMethod(
         &delegate, [&delegate] { delegate.applicationDidFinishLaunching(); }, Qt::QueuedConnection);
     return QGuiApplication::exec();

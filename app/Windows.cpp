@@ -24,7 +24,7 @@ PreferencesWindowController& AppDelegate::preferencesController() {
         m_preferencesController =
             std::make_unique<PreferencesWindowController>(PreferencesWindowController::Services{
                 .engine = engine(),
-                .load = [this] { return loadConfiguration(); },
+                .load = [this] { return loadForEditing(); },
                 .makeUpdates =
                     [this] { return std::make_unique<UpdatesSection>(m_services.updates, m_services.clock); },
                 .onOpenVercelTokens =

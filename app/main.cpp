@@ -2,9 +2,11 @@
 #include <cstdio>
 
 #include "app/Tidemark.h"
+#include "desktop/TerminationSignals.h"
 
 int main(int argc, char** argv) {
     using namespace Qt::StringLiterals;
+    tidemark::TerminationSignals::exitUntilMade();
     if (!tidemark::Tidemark::hasDesktop()) {
         std::fputs("There is no desktop here to show Tidemark on.\n", stderr);
         return 1;

@@ -5,6 +5,7 @@
 #include <QFileInfo>
 #include <QSaveFile>
 #include <QStandardPaths>
+#include <algorithm>
 #include <filesystem>
 #include <system_error>
 #include <utility>
@@ -36,19 +37,26 @@ QString ConfigStore::configURL() {
            u"/Tidemark/config.json"_s;
 }
 
-std::optional<AppConfiguration> ConfigStore::load() const {
-    m_keychain->beginSession();
+std::optional<QByteArray> ConfigStore::readFile() const {
     // A pipe or a device in its place would be read for ever.
     const QFileInfo info(m_configPath);
     QFile file(m_configPath);
     if (!info.isFile() || info.size() > maximumFileSize || !file.open(QIODevice::ReadOnly))
+        return std::nullopt;
+    return file.readAll();
+}
+
+std::optional<AppConfiguration> ConfigStore::load(Keychain::Prompting prompting) const {
+    m_keychain->beginSession(prompting);
+    const auto content = readFile();
+    if (!content)
         return std::nullopt;
     const auto migrateToken = [this](const VercelAccount& account) {
         const auto token = KeychainHelper::loadToken(*m_keychain, singleTokenAccount);
         if (token && !token->isEmpty())
             KeychainHelper::save(*m_keychain, *token, tokenAccount(account));
     };
-    auto configuration = AppConfiguration::decode(file.readAll(), migrateToken);
+    auto configuration = AppConfiguration::decode(*content, migrateToken);
     if (!configuration)
         return std::nullopt;
     const auto tokenOf = [this](const QString& account) {
@@ -62,8 +70,30 @@ std::optional<AppConfiguration> ConfigStore::load() const {
     return *std::move(configuration);
 }
 
+tl::expected<void, QString> ConfigStore::keepWhatIsReplaced(const AppConfiguration& configuration) const {
+    if (!QFileInfo(m_configPath).isFile() || QFileInfo(m_configPath).size() == 0)
+        return {};
+    if (const auto content = readFile()) {
+        const auto former = AppConfiguration::decode(*content, [](const VercelAccount&) {});
+        const auto livesOn = [&configuration](const VercelAccount& account) {
+            return std::ranges::find(configuration.accounts, account.id, &VercelAccount::id) !=
+                   configuration.accounts.cend();
+        };
+        if (former && std::ranges::any_of(former->accounts, livesOn))
+            return {};
+    }
+    QString backup = m_configPath + u".bak"_s;
+    for (int number = 2; QFileInfo::exists(backup); ++number)
+        backup = m_configPath + u".bak%1"_s.arg(number);
+    QFile file(m_configPath);
+    // What nobody may read can still be moved.
+    if (!file.copy(backup) && !file.rename(backup))
+        return tl::unexpected(file.errorString());
+    return {};
+}
+
 tl::expected<void, QString> ConfigStore::save(const AppConfiguration& configuration) const {
-    m_keychain->beginSession();
+    m_keychain->beginSession(Keychain::Prompting::allowed);
     for (const auto& account : configuration.accounts)
         KeychainHelper::save(*m_keychain, account.apiToken, tokenAccount(account));
     KeychainHelper::save(*m_keychain, configuration.cloudflareToken, cloudflareTokenAccount);
@@ -73,6 +103,8 @@ tl::expected<void, QString> ConfigStore::save(const AppConfiguration& configurat
                                         error);
     if (error)
         return tl::unexpected(QString::fromStdString(error.message()));
+    if (auto kept = keepWhatIsReplaced(configuration); !kept)
+        return kept;
     QSaveFile file(m_configPath);
     const QByteArray content = configuration.encode();
     if (!file.open(QIODevice::WriteOnly) || !file.setPermissions(QFile::ReadOwner | QFile::WriteOwner) ||

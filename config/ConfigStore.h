@@ -21,13 +21,21 @@ public:
 
     /// The configuration with its tokens. Absent when the file cannot be read or decoded, and when no
     /// account has a token. A file of the single-account layout is migrated at every load, and never written.
-    [[nodiscard]] std::optional<AppConfiguration> load() const;
+    [[nodiscard]] std::optional<AppConfiguration> load(
+        Keychain::Prompting prompting = Keychain::Prompting::allowed) const;
 
     /// Stores the tokens, then writes the file, all or nothing. Gives the system's description of the first
     /// error of folder or file; the tokens stay stored then. The keychain reports nothing.
+    ///
+    /// A former file that cannot be decoded or shares no account with the configuration is kept beside it, as
+    /// "config.json.bak", ".bak2" and so on: it may not have been readable when the user typed everything in
+    /// anew. One that cannot be kept is not replaced.
     [[nodiscard]] tl::expected<void, QString> save(const AppConfiguration& configuration) const;
 
 private:
+    [[nodiscard]] std::optional<QByteArray> readFile() const;
+    [[nodiscard]] tl::expected<void, QString> keepWhatIsReplaced(const AppConfiguration& configuration) const;
+
     QString m_configPath;
     Keychain* m_keychain;
 };

@@ -42,6 +42,7 @@ bool isFromService(const QDBusMessage& reply) {
 /// last time, and this way what it can do and what is sent to it always belong together.
 struct DBusNotificationCenter::Post {
     NotificationRequest request;
+    std::function<void()> onDropped;
     bool isClickable = false;
     std::unique_ptr<QDBusPendingCallWatcher> watcher;
 };
@@ -57,11 +58,15 @@ DBusNotificationCenter::DBusNotificationCenter(QString applicationName, QString 
 
 DBusNotificationCenter::~DBusNotificationCenter() = default;
 
-void DBusNotificationCenter::add(const NotificationRequest& request) {
-    if (!m_bus.isConnected() || m_posts.size() >= maximumPosts)
+void DBusNotificationCenter::add(const NotificationRequest& request, std::function<void()> onDropped) {
+    if (!m_bus.isConnected() || m_posts.size() >= maximumPosts) {
+        if (onDropped)
+            QMetaObject::invokeMethod(this, std::move(onDropped), Qt::QueuedConnection);
         return;
+    }
     auto& post = *m_posts.emplace_back(std::make_unique<Post>());
     post.request = request;
+    post.onDropped = std::move(onDropped);
     call(post, serviceCall(serviceName(), u"GetCapabilities"_s), &DBusNotificationCenter::onCapabilities);
 }
 
@@ -76,7 +81,7 @@ void DBusNotificationCenter::call(Post& post, const QDBusMessage& message, Handl
 
 void DBusNotificationCenter::onCapabilities(Post& post, const QDBusMessage& reply) {
     if (!isFromService(reply)) {
-        finish(post);
+        drop(post);
         return;
     }
     const QStringList capabilities = reply.arguments().value(0).toStringList();
@@ -102,9 +107,20 @@ void DBusNotificationCenter::onCapabilities(Post& post, const QDBusMessage& repl
 void DBusNotificationCenter::onNotified(Post& post, const QDBusMessage& reply) {
     const QVariant id = reply.arguments().value(0);
     const bool isShown = reply.type() == QDBusMessage::ReplyMessage && id.userType() == QMetaType::UInt;
-    if (isShown && post.isClickable)
+    if (!isShown) {
+        drop(post);
+        return;
+    }
+    if (post.isClickable)
         remember({reply.service(), id.toUInt(), post.request.userInfo});
     finish(post);
+}
+
+void DBusNotificationCenter::drop(Post& post) {
+    const auto onDropped = std::move(post.onDropped);
+    finish(post);
+    if (onDropped)
+        onDropped();
 }
 
 void DBusNotificationCenter::finish(Post& post) {

@@ -25,7 +25,7 @@ public:
 
     /// Nothing to do: the desktop's own settings decide without asking.
     void requestAuthorization() override {}
-    void add(const NotificationRequest& request) override;
+    void add(const NotificationRequest& request, std::function<void()> onDropped = {}) override;
     void setResponseHandler(ResponseHandler handler) override { m_handler = std::move(handler); }
 
 private Q_SLOTS:
@@ -45,7 +45,9 @@ private:
     void call(Post& post, const QDBusMessage& message, Handler handler);
     void onCapabilities(Post& post, const QDBusMessage& reply);
     void onNotified(Post& post, const QDBusMessage& reply);
+    /// It is shown, or cannot be.
     void finish(Post& post);
+    void drop(Post& post);
     void remember(Shown shown);
     /// Does what a signal about one of our notifications says; false when it is about none that we know.
     bool handle(const QDBusMessage& signal);

@@ -16,6 +16,9 @@ public:
     explicit DBusStatusBar(QString applicationName);
 
     [[nodiscard]] std::unique_ptr<StatusItem> createStatusItem(const QString& id) override;
+    /// Known by an icon that was read. A watcher may run without any panel, and what some say of their hosts
+    /// is wrong.
+    [[nodiscard]] bool hasHost() const override { return m_registrations->hasBeenRead(); }
 
 private:
     QString m_applicationName;

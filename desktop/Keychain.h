@@ -2,7 +2,10 @@
 
 #include <QByteArray>
 #include <QString>
+#include <memory>
 #include <optional>
+
+#include "desktop/KeychainWatcher.h"
 
 namespace tidemark {
 
@@ -20,6 +23,12 @@ struct KeychainQuery {
 /// user needs to unlock it: call from a worker thread, one call at a time.
 class Keychain {
 public:
+    /// Whether the user may be asked to unlock the store.
+    enum class Prompting : quint8 {
+        allowed,
+        unlessDeclined,  ///< not once they have declined in this run
+    };
+
     Keychain() = default;
     Keychain(const Keychain&) = delete;
     Keychain& operator=(const Keychain&) = delete;
@@ -28,7 +37,10 @@ public:
     /// Starts a row of calls that belong together, such as the loading of all tokens. Within a row the user
     /// is asked at most once to unlock the store; when they decline, the rest of the row fails without
     /// asking.
-    virtual void beginSession() {}
+    virtual void beginSession(Prompting /*prompting*/) {}
+
+    /// Watches this store; null where it can always be read. Called, and used, on the UI thread.
+    [[nodiscard]] virtual std::unique_ptr<KeychainWatcher> makeWatcher() { return nullptr; }
 
     /// The data of one item that matches; absent when there is none or the store cannot be read.
     [[nodiscard]] virtual std::optional<QByteArray> copyMatching(const KeychainQuery& query) = 0;

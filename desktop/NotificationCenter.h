@@ -22,7 +22,8 @@ public:
 
     /// Asks for the permission to show notifications, where the desktop has such a thing.
     virtual void requestAuthorization() = 0;
-    virtual void add(const NotificationRequest& request) = 0;
+    /// `onDropped` is called, from the event loop, when nothing could show it.
+    virtual void add(const NotificationRequest& request, std::function<void()> onDropped = {}) = 0;
     /// Is called, from the event loop, with the user info of each notification that the user clicks.
     virtual void setResponseHandler(ResponseHandler handler) = 0;
 };

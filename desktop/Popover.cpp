@@ -26,6 +26,12 @@ bool canPlaceWindows() {
     return !QGuiApplication::platformName().startsWith(QLatin1String("wayland"));
 }
 
+/// Tiling compositors stretch a window over the screen unless its least size is set and one extent is fixed.
+void letFloat(QWindow& window) {
+    window.setMinimumSize({window.width(), 1});
+    window.setMaximumWidth(window.width());
+}
+
 ScreenArea areaOf(const QScreen& screen) {
     const QRect available = screen.availableGeometry() & screen.geometry();
     return {screen.geometry(), available.isEmpty() ? screen.geometry() : available};
@@ -84,6 +90,9 @@ void Popover::showAsWindow() {
     QRect geometry(QPoint(), m_window->size());
     geometry.moveCenter(QGuiApplication::primaryScreen()->availableGeometry().center());
     m_window->setGeometry(geometry);
+    if (!canPlaceWindows()) {
+        letFloat(*m_window);
+    }
     show(Form::ordinary);
 }
 

@@ -1,5 +1,7 @@
 #include "desktop/SecretServiceKeychain.h"
 
+#include "desktop/SecretServiceWatcher.h"
+
 #include <libsecret/secret.h>
 
 namespace tidemark {
@@ -108,10 +110,16 @@ private:
 /// A question that the service puts to the user, and the way it ended.
 class Prompt {
 public:
-    /// Whether the user agreed. A prompt is never dismissed: gnome-keyring does not survive that (tried with
+    enum class Outcome : quint8 {
+        accepted,
+        declined,
+        lost,  ///< the service went away, or nobody waits for the answer any more
+    };
+
+    /// How the question ended. A prompt is never dismissed: gnome-keyring does not survive that (tried with
     /// 42), and libsecret would wait for another thread's main loop.
-    static bool perform(GDBusConnection* connection, const char* service, const char* path,
-                        GCancellable* cancellable) {
+    static Outcome perform(GDBusConnection* connection, const char* service, const char* path,
+                           GCancellable* cancellable) {
         ThreadLoop loop;
         Prompt prompt;
         const guint completed = g_dbus_connection_signal_subscribe(
@@ -126,7 +134,7 @@ public:
             loop.run(cancellable, [&prompt] { return prompt.m_isOver; });
         g_bus_unwatch_name(watch);
         g_dbus_connection_signal_unsubscribe(connection, completed);
-        return prompt.m_isAccepted;
+        return prompt.m_outcome;
     }
 
 private:
@@ -137,7 +145,7 @@ private:
         gboolean isDismissed = TRUE;
         g_variant_get(parameters, "(bv)", &isDismissed, nullptr);
         prompt.m_isOver = true;
-        prompt.m_isAccepted = isDismissed == FALSE;
+        prompt.m_outcome = isDismissed == FALSE ? Outcome::accepted : Outcome::declined;
     }
 
     static void onVanished(GDBusConnection* /*connection*/, const char* /*name*/, gpointer data) {
@@ -145,7 +153,7 @@ private:
     }
 
     bool m_isOver = false;
-    bool m_isAccepted = false;
+    Outcome m_outcome = Outcome::lost;
 };
 
 }  // namespace
@@ -154,7 +162,14 @@ private:
 /// no user to be written is.
 class SecretServiceKeychain::Calls {
 public:
-    void beginSession() { m_isRefused = false; }
+    void beginSession(Prompting prompting) {
+        // libsecret keeps one proxy for the process. That the service was started anew it would learn only
+        // from a main loop, which nobody runs here, and go on calling the one that is gone.
+        secret_service_disconnect();
+        m_isRefused = prompting == Prompting::unlessDeclined && m_hasDeclined;
+        // libsecret goes on using its first session, also with a keyring that has restarted since.
+        secret_service_disconnect();
+    }
     void cancel() { g_cancellable_cancel(m_cancellable.get()); }
 
     [[nodiscard]] bool isCancelled() const {
@@ -242,22 +257,32 @@ private:
         const char* prompt = g_variant_get_string(last.get(), nullptr);
         if (g_strcmp0(prompt, "/") == 0)
             return true;
-        m_isRefused =
-            m_isRefused || isCancelled() || !Prompt::perform(connection, name, prompt, m_cancellable.get());
+        if (m_isRefused || isCancelled())
+            return false;
+        const Prompt::Outcome outcome = Prompt::perform(connection, name, prompt, m_cancellable.get());
+        m_isRefused = outcome != Prompt::Outcome::accepted;
+        m_hasDeclined = m_hasDeclined || outcome == Prompt::Outcome::declined;
         return !m_isRefused;
     }
 
     Object<GCancellable> m_cancellable{g_cancellable_new()};
     Error m_error;
+    /// In this row of calls.
     bool m_isRefused = false;
+    /// The user, at any time in this run.
+    bool m_hasDeclined = false;
 };
 
 SecretServiceKeychain::SecretServiceKeychain() : m_calls(std::make_unique<Calls>()) {}
 
 SecretServiceKeychain::~SecretServiceKeychain() = default;
 
-void SecretServiceKeychain::beginSession() {
-    m_calls->beginSession();
+void SecretServiceKeychain::beginSession(Prompting prompting) {
+    m_calls->beginSession(prompting);
+}
+
+std::unique_ptr<KeychainWatcher> SecretServiceKeychain::makeWatcher() {
+    return std::make_unique<SecretServiceWatcher>(QDBusConnection::sessionBus());
 }
 
 std::optional<QByteArray> SecretServiceKeychain::copyMatching(const KeychainQuery& query) {

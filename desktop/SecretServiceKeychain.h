@@ -15,7 +15,8 @@ public:
     SecretServiceKeychain();
     ~SecretServiceKeychain() override;
 
-    void beginSession() override;
+    void beginSession(Prompting prompting) override;
+    [[nodiscard]] std::unique_ptr<KeychainWatcher> makeWatcher() override;
     [[nodiscard]] std::optional<QByteArray> copyMatching(const KeychainQuery& query) override;
     [[nodiscard]] bool add(const KeychainQuery& attributes, const QByteArray& data) override;
     void deleteMatching(const KeychainQuery& query) override;

@@ -69,6 +69,9 @@ public:
     /// A new item. `id` is stable over runs and distinct from every other item's, so that panels remember
     /// the item's place. Empty when there is no status bar to ask (no session bus).
     [[nodiscard]] virtual std::unique_ptr<StatusItem> createStatusItem(const QString& id) = 0;
+
+    /// Whether there has been somebody to show the items since the program started.
+    [[nodiscard]] virtual bool hasHost() const = 0;
 };
 
 }  // namespace tidemark

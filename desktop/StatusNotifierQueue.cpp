@@ -23,6 +23,7 @@ void StatusNotifierQueue::enqueue(QObject& owner, std::function<void()> step) {
 }
 
 void StatusNotifierQueue::noteRead() {
+    m_hasBeenRead = true;
     if (m_pause.isActive()) {
         m_pause.start(quietTime);
     }

@@ -22,6 +22,7 @@ public:
     void enqueue(QObject& owner, std::function<void()> step);
     /// A panel has read an item.
     void noteRead();
+    [[nodiscard]] bool hasBeenRead() const { return m_hasBeenRead; }
     /// The last one found no panel to register with.
     void noteFailure();
 
@@ -31,6 +32,7 @@ private:
     QList<std::pair<QPointer<QObject>, std::function<void()>>> m_steps;
     /// Runs until the next one's turn.
     QTimer m_pause;
+    bool m_hasBeenRead = false;
 };
 
 }  // namespace tidemark

@@ -5,6 +5,7 @@
 
 #include <array>
 #include <csignal>
+#include <cstdlib>
 #include <utility>
 
 namespace tidemark {
@@ -40,6 +41,10 @@ void setHandler(void (*handler)(int)) {
 
 }  // namespace
 
+void TerminationSignals::exitUntilMade() {
+    setHandler([](int /*number*/) { _exit(EXIT_SUCCESS); });
+}
+
 TerminationSignals::TerminationSignals(std::function<void()> onSignal)
     : m_onSignal(std::move(onSignal)), m_notifier(eventDescriptor(), QSocketNotifier::Read) {
     QObject::connect(&m_notifier, &QSocketNotifier::activated, &m_notifier, [this] {
@@ -48,10 +53,6 @@ TerminationSignals::TerminationSignals(std::function<void()> onSignal)
         m_onSignal();
     });
     setHandler(noteSignal);
-}
-
-TerminationSignals::~TerminationSignals() {
-    setHandler(SIG_DFL);
 }
 
 }  // namespace tidemark

@@ -8,9 +8,11 @@
 
 #include <QDir>
 #include <QFile>
+#include <array>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
+#include <string_view>
 
 namespace tidemark {
 
@@ -77,6 +79,13 @@ int UpdateArchive::append(QByteArrayView piece) {
         piece = piece.sliced(size);
     }
     return 0;
+}
+
+bool UpdateArchive::isPackage() const {
+    constexpr std::string_view magic = "!<arch>\n";
+    std::array<char, magic.size()> start{};
+    return ::pread(m_descriptor, start.data(), start.size(), 0) == ssize_t{start.size()} &&
+           std::string_view(start.data(), start.size()) == magic;
 }
 
 bool UpdateArchive::isSigned(const QByteArray& signature, const QByteArray& key) const {

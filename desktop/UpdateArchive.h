@@ -32,6 +32,8 @@ public:
     /// 0, or the error.
     [[nodiscard]] int append(QByteArrayView piece);
     [[nodiscard]] qint64 size() const { return m_size; }
+    /// Whether it begins like a Debian package.
+    [[nodiscard]] bool isPackage() const;
     /// Whether the key's owner signed the file, as it is on the disk.
     [[nodiscard]] bool isSigned(const QByteArray& signature, const QByteArray& key) const;
 

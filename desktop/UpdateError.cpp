@@ -27,9 +27,12 @@ QString description(UpdateError error) {
             return QStringLiteral("The update did not arrive whole. Try again later.");
         case UpdateError::archiveUnsigned:
             return QStringLiteral("The update is not signed, so it was not installed.");
+        case UpdateError::keyUnusable:
+            return QStringLiteral(
+                "This build cannot tell whether an update is genuine: its key is unusable.");
         case UpdateError::signatureWrong:
             return QStringLiteral(
-                "The update was not signed by Tidemark's developer. It was thrown away, and nothing has "
+                "The update was not signed by Tidemark's developer. It was deleted, and nothing has "
                 "changed.");
         case UpdateError::notReplaceable:
             return QStringLiteral("Tidemark cannot replace its own file. Download the new version by hand.");

@@ -17,6 +17,7 @@ enum class UpdateError : quint8 {
     archiveTooLarge,     ///< the feed announces more than 256 MB
     archiveCut,          ///< fewer bytes than the feed announces, or more
     archiveUnsigned,     ///< the feed names no signature
+    keyUnusable,         ///< the bundle's key is none
     signatureWrong,      ///< the archive is not what was signed with the bundle's key
     notReplaceable,      ///< the running program's file cannot be replaced
     notStorable,         ///< the package cannot be written to the cache folder

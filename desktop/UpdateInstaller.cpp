@@ -78,16 +78,19 @@ std::optional<UpdateError> UpdateInstaller::refusal(const AppcastEnclosure& arch
         return UpdateError::feedMalformed;
     if (archive.length > largestArchive)
         return UpdateError::archiveTooLarge;
-    if (archive.signature.isEmpty())
+    if (!ed25519Key(m_publicKey))
+        return UpdateError::keyUnusable;
+    // What is no signature at all is none.
+    if (!ed25519Signature(archive.signature))
         return UpdateError::archiveUnsigned;
-    if (!ed25519Signature(archive.signature) || !ed25519Key(m_publicKey))
-        return UpdateError::signatureWrong;
     return std::nullopt;
 }
 
 tl::expected<QString, UpdateFailure> UpdateInstaller::target(const AppcastItem& release) const {
     if (!m_form.isAppImage()) {
         QDir().mkpath(m_form.cacheFolder);
+        // An installer with more rights reads there what was verified here.
+        QFile::setPermissions(m_form.cacheFolder, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
         return m_form.cacheFolder + u'/' + packageName(release);
     }
     // The file itself, not the link that it may have been started by.
@@ -148,6 +151,9 @@ QCoro::Task<UpdateInstaller::Result> UpdateInstaller::install(AppcastItem releas
         co_return Outcome::cancelled;
     if (!isRight)
         co_return tl::unexpected(UpdateFailure{.error = UpdateError::signatureWrong});
+    // The signature does not tell what it is for, and a package in its place would leave no program.
+    if (m_form.isAppImage() && archive->isPackage())
+        co_return tl::unexpected(UpdateFailure{.error = UpdateError::noFittingArchive});
 
     const mode_t permissions = m_form.isAppImage() ? permissionsOf(*path) : 0644;
     const QFuture<int> placement = QtConcurrent::run(

@@ -139,6 +139,7 @@ void Updater::checkForUpdates() {
 
 void Updater::startCheck(Asker asker) {
     m_asker = asker;
+    m_release.reset();
     setBusy(true);
     m_operation = m_tasks.start([this](std::stop_token stop) { return check(std::move(stop)); });
 }

@@ -11,6 +11,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 const QString inspectorUrlKey = u"inspectorUrl"_s;
+const QString announcementKey = u"announcement"_s;
 
 /// Seconds since 1970 as the shortest decimal that reads back to the same number, always with a point.
 QString secondsText(Clock::TimePoint time) {
@@ -40,10 +41,13 @@ NotificationManager::NotificationManager(NotificationCenter& center, SoundPlayer
       m_hasBundleIdentifier(!bundle.identifier.isEmpty()) {
     if (!m_hasBundleIdentifier)
         return;
-    m_center.setResponseHandler([&workspace](const NotificationCenter::UserInfo& info) {
-        if (const auto url = webAddress(info.value(inspectorUrlKey)))
-            workspace.openURL(*url);
-    });
+    m_center.setResponseHandler(
+        [&workspace, onAnnouncementClick = m_onAnnouncementClick](const NotificationCenter::UserInfo& info) {
+            if (info.contains(announcementKey) && *onAnnouncementClick)
+                (*onAnnouncementClick)();
+            if (const auto url = webAddress(info.value(inspectorUrlKey)))
+                workspace.openURL(*url);
+        });
 }
 
 void NotificationManager::checkAndNotify(const QString& projectId, const QString& projectName,
@@ -62,6 +66,18 @@ void NotificationManager::checkAndNotify(const QString& projectId, const QString
                   .userInfo = userInfo(deployment)});
     if (m_soundEnabled)
         playSound(state);
+}
+
+void NotificationManager::announce(const QString& title, const QString& body,
+                                   std::function<void()> onDropped) {
+    if (!m_hasBundleIdentifier)
+        return;
+    requestPermissionIfNeeded();
+    m_center.add({.identifier = announcementKey + u'-' + secondsText(m_clock.now()),
+                  .title = title,
+                  .body = body,
+                  .userInfo = {{announcementKey, title}}},
+                 std::move(onDropped));
 }
 
 void NotificationManager::requestPermissionIfNeeded() {

@@ -9,6 +9,9 @@
 
 #include <QHash>
 #include <QString>
+#include <functional>
+#include <memory>
+#include <utility>
 
 namespace tidemark {
 
@@ -24,6 +27,13 @@ public:
     /// Takes the newest deployment of a project. The first sighting of a project is remembered only; the
     /// same state again changes nothing.
     void checkAndNotify(const QString& projectId, const QString& projectName, const Deployment& deployment);
+
+    /// Tells the user something about the program itself, without a chime. A click on it runs the handler
+    /// that was set last. When nothing can show it, `onDropped` is called, from the event loop.
+    void announce(const QString& title, const QString& body, std::function<void()> onDropped);
+    void setAnnouncementHandler(std::function<void()> onClick) {
+        *m_onAnnouncementClick = std::move(onClick);
+    }
 
     [[nodiscard]] bool soundEnabled() const { return m_soundEnabled; }
     /// The sound that the desktop plays for every notification is not affected.
@@ -41,6 +51,8 @@ private:
     QHash<QString, DeploymentState> m_previousStates;
     bool m_soundEnabled = true;
     bool m_hasRequestedPermission = false;
+    /// The centre may call it later than we live.
+    std::shared_ptr<std::function<void()>> m_onAnnouncementClick = std::make_shared<std::function<void()>>();
 };
 
 }  // namespace tidemark

@@ -17,14 +17,14 @@ T.CheckBox {
     opacity: enabled ? 1 : 0.5
     Accessible.name: text
 
-    indicator: Rectangle {
+    indicator: Frame {
         y: Math.round((option.height - height) / 2)
         width: 18
         height: 18
         radius: 4
         color: option.checked ? Theme.accentFill : Theme.field
-        border.width: option.checked ? 0 : 1
-        border.color: option.hovered ? Theme.secondary : Theme.fieldOutline
+        thickness: option.checked ? 0 : 1
+        outline: option.hovered ? Theme.secondary : Theme.fieldOutline
 
         Symbol {
             anchors.centerIn: parent
@@ -45,8 +45,10 @@ T.CheckBox {
 
     Shortcut {
         sequence: option.mnemonic === "" ? "" : "Alt+" + option.mnemonic
+        autoRepeat: false
         enabled: option.enabled && option.visible
         onActivated: {
+            option.forceActiveFocus(Qt.ShortcutFocusReason);
             option.toggle();
             option.toggled();
         }

@@ -55,10 +55,8 @@ DesktopWindow::DesktopWindow(QQmlEngine& engine, const QString& title, QSize siz
     setResizeMode(QQuickView::SizeRootObjectToView);
     m_menu.setTransientParent(this);
     setScreen(screenOfUser());
+    setGeometry(QRect(screen()->availableGeometry().center(), QSize(1, 1)));
     setFixedSize(size);
-    QRect place(QPoint(), this->size());
-    place.moveCenter(screen()->availableGeometry().center());
-    setGeometry(place);
     connect(this, &QWindow::visibleChanged, this, [this](bool isVisible) {
         if (!isVisible)
             QMetaObject::invokeMethod(this, &DesktopWindow::closed, Qt::QueuedConnection);
@@ -68,9 +66,13 @@ DesktopWindow::DesktopWindow(QQmlEngine& engine, const QString& title, QSize siz
 void DesktopWindow::setFixedSize(QSize size) {
     const QSize fitting(size.width(),
                         std::min(size.height(), screen()->availableSize().height() - frameHeight));
+    if (fitting == this->size())
+        return;
+    QRect place(QPoint(), fitting);
+    place.moveCenter(geometry().center());
     setMinimumSize(fitting);
     setMaximumSize(fitting);
-    resize(fitting);
+    setGeometry(place);
 }
 
 Theme* DesktopWindow::theme() const {
@@ -99,6 +101,13 @@ void DesktopWindow::dropContent() {
     releaseResources();
 }
 
+void DesktopWindow::showInBackground() {
+    // Qt offers no other way; on X11 it tells the window manager so.
+    setProperty("_q_showWithoutActivating", true);
+    show();
+    setProperty("_q_showWithoutActivating", QVariant());
+}
+
 void DesktopWindow::present() {
     if (windowStates().testFlag(Qt::WindowMinimized))
         setWindowStates(windowStates() & ~Qt::WindowMinimized);
@@ -123,7 +132,7 @@ bool DesktopWindow::openFieldMenu(const QEvent& event) {
         const bool asks = press.key() == Qt::Key_Menu ||
                           (press.key() == Qt::Key_F10 && press.modifiers() == Qt::ShiftModifier);
         field = asks && isTextField(activeFocusItem()) ? activeFocusItem() : nullptr;
-        place = field ? field->mapToScene(field->boundingRect().bottomLeft()) : place;
+        place = field ? field->mapToScene(QPointF(0, field->height())) : place;
     }
     if (!field)
         return false;

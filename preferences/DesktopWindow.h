@@ -30,7 +30,10 @@ public:
     /// Shows it, if need be, and brings it to the front with the focus.
     void present();
 
-    /// Changes the size that it has as long as it is not changed again.
+    /// Shows it and leaves the focus where it is.
+    void showInBackground();
+
+    /// Changes the size that it has as long as it is not changed again, and keeps its middle where it is.
     void setFixedSize(QSize size);
 
 Q_SIGNALS:

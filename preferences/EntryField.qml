@@ -4,8 +4,8 @@ import QtQuick
 import QtQuick.Templates as T
 import Tidemark.Preferences
 
-/// A line of text to edit. A masked one keeps to itself what it holds, and no field lets an input method learn
-/// from it.
+/// A line of text to edit. A masked one keeps to itself what it holds, and from none that holds a token or an
+/// id an input method learns.
 T.TextField {
     id: field
 
@@ -26,7 +26,7 @@ T.TextField {
     rightPadding: 7
     clip: true
     verticalAlignment: TextInput.AlignVCenter
-    maximumLength: 4096
+    maximumLength: 65536
     selectByMouse: true
     echoMode: isMasked ? TextInput.Password : TextInput.Normal
     passwordMaskDelay: 0
@@ -63,11 +63,11 @@ T.TextField {
         visible: field.cursorVisible
         color: Theme.text
     }
-    background: Rectangle {
+    background: Frame {
         radius: 5
         color: Theme.field
-        border.width: field.activeFocus ? 2 : 1
-        border.color: field.activeFocus ? Theme.accentFill : field.hovered ? Theme.placeholder : Theme.fieldOutline
+        thickness: field.activeFocus ? 2 : 1
+        outline: field.activeFocus ? Theme.accentFill : field.hovered ? Theme.placeholder : Theme.fieldOutline
     }
 
     Text {

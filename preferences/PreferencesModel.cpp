@@ -60,14 +60,12 @@ void PreferencesModel::setPollingInterval(qint64 seconds) {
     Q_EMIT pollingIntervalChanged();
 }
 
-void PreferencesModel::lengthenInterval() {
-    if (canLengthen())
-        setPollingInterval(std::max(m_pollingInterval, qint64{0}) + intervalStep);
-}
-
-void PreferencesModel::shortenInterval() {
-    if (canShorten())
-        setPollingInterval(m_pollingInterval - intervalStep);
+void PreferencesModel::stepInterval(int steps) {
+    if (steps > 0 ? !canLengthen() : !canShorten())
+        return;
+    // A file may hold anything, also what cannot be counted on from.
+    const qint64 start = std::clamp(m_pollingInterval, qint64{0}, longestInterval + intervalStep);
+    setPollingInterval(start + (steps * intervalStep));
 }
 
 void PreferencesModel::setLaunchAtLogin(bool launch) {

@@ -22,6 +22,10 @@ class PreferencesModel : public QObject {
     Q_PROPERTY(QString cloudflareToken READ cloudflareToken WRITE setCloudflareToken NOTIFY
                    cloudflareTokenChanged FINAL)
     Q_PROPERTY(bool showCFToken READ showCFToken WRITE setShowCFToken NOTIFY showCFTokenChanged FINAL)
+    Q_PROPERTY(double pollingInterval READ pollingSeconds NOTIFY pollingIntervalChanged FINAL)
+    Q_PROPERTY(double shortestInterval READ shortestSeconds CONSTANT FINAL)
+    Q_PROPERTY(double longestInterval READ longestSeconds CONSTANT FINAL)
+    Q_PROPERTY(double intervalStep READ stepSeconds CONSTANT FINAL)
     Q_PROPERTY(QString pollingIntervalText READ pollingIntervalText NOTIFY pollingIntervalChanged FINAL)
     Q_PROPERTY(bool canLengthen READ canLengthen NOTIFY pollingIntervalChanged FINAL)
     Q_PROPERTY(bool canShorten READ canShorten NOTIFY pollingIntervalChanged FINAL)
@@ -55,6 +59,11 @@ public:
     [[nodiscard]] bool showCFToken() const { return m_showCFToken; }
     void setShowCFToken(bool show);
     [[nodiscard]] qint64 pollingInterval() const { return m_pollingInterval; }
+    /// The same as the views count.
+    [[nodiscard]] double pollingSeconds() const { return static_cast<double>(m_pollingInterval); }
+    [[nodiscard]] static double shortestSeconds() { return shortestInterval; }
+    [[nodiscard]] static double longestSeconds() { return longestInterval; }
+    [[nodiscard]] static double stepSeconds() { return intervalStep; }
     [[nodiscard]] QString pollingIntervalText() const;
     [[nodiscard]] bool canLengthen() const { return m_pollingInterval < longestInterval; }
     [[nodiscard]] bool canShorten() const { return m_pollingInterval > shortestInterval; }
@@ -72,9 +81,8 @@ public:
     Q_INVOKABLE [[nodiscard]] int firstWithoutToken() const;
     Q_INVOKABLE void addAccount();
     Q_INVOKABLE void removeAccount(const QString& id);
-    /// One step, up to the longest interval, or down to the shortest.
-    Q_INVOKABLE void lengthenInterval();
-    Q_INVOKABLE void shortenInterval();
+    /// So many steps, up to the longest interval or, where they are negative, down to the shortest.
+    Q_INVOKABLE void stepInterval(int steps);
     Q_INVOKABLE void openVercelTokens();
     Q_INVOKABLE void openCloudflareTokens();
     /// Hands over the configuration as edited: without the accounts that have no token. Does nothing unless

@@ -1,6 +1,7 @@
 pragma ComponentBehavior: Bound
 
 import QtQuick
+import QtQuick.Templates as T
 import Tidemark.Drawing
 import Tidemark.Preferences
 
@@ -13,24 +14,43 @@ FocusScope {
     readonly property bool canSave: preferences ? preferences.canSave : false
 
     focus: true
-    // Return keeps its meaning of leaving on the button that throws the edits away.
-    Component.onCompleted: accounts.focusFirst()
+    Component.onCompleted: accounts.focusFirst(Qt.OtherFocusReason)
+
+    // On a button that shows the focus, Return presses it.
+    readonly property T.AbstractButton focusedButton: Window.activeFocusItem as T.AbstractButton
+    readonly property bool isOnButton: focusedButton !== null && focusedButton.visualFocus && !focusedButton.checkable
 
     Shortcut {
         sequences: ["Return", "Enter"]
-        enabled: editor.canSave && !cancel.activeFocus
-        onActivated: editor.preferences.save()
-    }
-
-    Shortcut {
-        sequences: ["Return", "Enter"]
-        enabled: cancel.activeFocus
-        onActivated: editor.preferences.cancel()
+        autoRepeat: false
+        enabled: editor.isOnButton || editor.canSave
+        onActivated: {
+            if (editor.isOnButton)
+                editor.focusedButton.clicked();
+            else
+                editor.preferences.save();
+        }
     }
 
     Shortcut {
         sequences: ["Escape", "Ctrl+W"]
+        autoRepeat: false
         onActivated: editor.preferences.cancel()
+    }
+
+    Shortcut {
+        sequence: "Alt+V"
+        onActivated: accounts.focusFirst(Qt.ShortcutFocusReason)
+    }
+
+    Shortcut {
+        sequence: "Alt+T"
+        onActivated: cloudflareToken.field.forceActiveFocus(Qt.ShortcutFocusReason)
+    }
+
+    Shortcut {
+        sequence: "Alt+I"
+        onActivated: interval.forceActiveFocus(Qt.ShortcutFocusReason)
     }
 
     Item {
@@ -88,7 +108,8 @@ FocusScope {
                 spacing: 10
 
                 SectionHeader {
-                    text: "Vercel Accounts"
+                    title: "Vercel Accounts"
+                    mnemonic: "V"
                 }
 
                 Explanation {
@@ -118,13 +139,13 @@ FocusScope {
 
                     /// The first card that waits for a token gets the keyboard at its token, else the first one at
                     /// its name.
-                    function focusFirst(): void {
+                    function focusFirst(reason: int): void {
                         const waiting = editor.preferences.firstWithoutToken();
                         const card = cards.itemAt(Math.max(waiting, 0)) as AccountCard;
                         if (card && waiting >= 0)
-                            card.tokenField.forceActiveFocus(Qt.OtherFocusReason);
+                            card.tokenField.forceActiveFocus(reason);
                         else if (card)
-                            card.nameField.forceActiveFocus(Qt.OtherFocusReason);
+                            card.nameField.forceActiveFocus(reason);
                     }
 
                     function add(): void {
@@ -136,7 +157,7 @@ FocusScope {
 
                     function remove(id: string): void {
                         // Before it goes with what has it.
-                        addAccount.forceActiveFocus(Qt.OtherFocusReason);
+                        addAccount.forceActiveFocus(editor.isOnButton ? Qt.TabFocusReason : Qt.OtherFocusReason);
                         editor.preferences.removeAccount(id);
                     }
                 }
@@ -162,10 +183,13 @@ FocusScope {
                 spacing: 8
 
                 SectionHeader {
-                    text: "Cloudflare API Token"
+                    title: "Cloudflare API Token"
+                    mnemonic: "T"
                 }
 
                 TokenField {
+                    id: cloudflareToken
+
                     width: parent.width
                     label: "Cloudflare API Token"
                     placeholder: "cfut_…"
@@ -195,16 +219,22 @@ FocusScope {
                 spacing: 8
 
                 SectionHeader {
-                    text: "Polling Interval"
+                    title: "Polling Interval"
+                    mnemonic: "I"
                 }
 
                 Stepper {
+                    id: interval
+
                     label: "Polling Interval"
                     valueText: editor.preferences ? editor.preferences.pollingIntervalText : ""
+                    value: editor.preferences ? editor.preferences.pollingInterval : 0
+                    minimumValue: editor.preferences ? editor.preferences.shortestInterval : 0
+                    maximumValue: editor.preferences ? editor.preferences.longestInterval : 0
+                    stepSize: editor.preferences ? editor.preferences.intervalStep : 0
                     canIncrease: editor.preferences ? editor.preferences.canLengthen : false
                     canDecrease: editor.preferences ? editor.preferences.canShorten : false
-                    onIncreased: editor.preferences.lengthenInterval()
-                    onDecreased: editor.preferences.shortenInterval()
+                    onStepped: steps => editor.preferences.stepInterval(steps)
                 }
             }
 
@@ -217,7 +247,7 @@ FocusScope {
                 spacing: 8
 
                 SectionHeader {
-                    text: "Updates"
+                    title: "Updates"
                 }
 
                 UpdatesBlock {
@@ -235,7 +265,7 @@ FocusScope {
                 spacing: 8
 
                 SectionHeader {
-                    text: "General"
+                    title: "General"
                 }
 
                 CheckOption {

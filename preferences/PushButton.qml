@@ -26,15 +26,16 @@ T.Button {
         horizontalAlignment: Text.AlignHCenter
         color: button.ink
     }
-    background: Rectangle {
+    background: Frame {
         radius: 6
         color: button.face
-        border.width: button.isDefault && button.enabled ? 0 : 1
-        border.color: Theme.fieldOutline
+        thickness: button.isDefault && button.enabled ? 0 : 1
+        outline: Theme.fieldOutline
 
-        Rectangle {
+        Frame {
             anchors.fill: parent
             radius: 6
+            thickness: 0
             color: button.ink
             opacity: button.down ? 0.16 : button.hovered && button.enabled ? 0.07 : 0
         }
@@ -48,7 +49,11 @@ T.Button {
 
     Shortcut {
         sequence: button.mnemonic === "" ? "" : "Alt+" + button.mnemonic
+        autoRepeat: false
         enabled: button.enabled && button.visible
-        onActivated: button.clicked()
+        onActivated: {
+            button.forceActiveFocus(Qt.ShortcutFocusReason);
+            button.clicked();
+        }
     }
 }

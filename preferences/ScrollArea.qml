@@ -14,6 +14,10 @@ Flickable {
     interactive: contentHeight > height
     onFocusItemChanged: settling.start()
 
+    function scrollBy(distance: real): void {
+        contentY = Math.max(0, Math.min(contentHeight - height, contentY + distance));
+    }
+
     function reveal(): void {
         const item = focusItem;
         if (!item || !isWithin(item))

@@ -7,11 +7,16 @@ FocusScope {
 
     required property string label
     required property string valueText
+    /// What assistive tools read; they change it by steps.
+    required property real value
+    required property real minimumValue
+    required property real maximumValue
+    required property real stepSize
     required property bool canIncrease
     required property bool canDecrease
 
-    signal increased
-    signal decreased
+    /// Up, or down where they are negative; no further than there are any.
+    signal stepped(steps: int)
 
     implicitWidth: text.implicitWidth + 8 + buttons.width
     implicitHeight: buttons.height
@@ -20,19 +25,28 @@ FocusScope {
     Accessible.name: label
     Accessible.description: valueText
     Accessible.focusable: true
-    Accessible.onIncreaseAction: increase()
-    Accessible.onDecreaseAction: decrease()
-    Keys.onUpPressed: increase()
-    Keys.onDownPressed: decrease()
-
-    function increase(): void {
-        if (canIncrease)
-            increased();
-    }
-
-    function decrease(): void {
-        if (canDecrease)
-            decreased();
+    Accessible.onIncreaseAction: stepped(1)
+    Accessible.onDecreaseAction: stepped(-1)
+    Keys.onUpPressed: stepped(1)
+    Keys.onDownPressed: stepped(-1)
+    Keys.onPressed: event => {
+        event.accepted = true;
+        switch (event.key) {
+        case Qt.Key_PageUp:
+            stepped(5);
+            break;
+        case Qt.Key_PageDown:
+            stepped(-5);
+            break;
+        case Qt.Key_End:
+            stepped(1000);
+            break;
+        case Qt.Key_Home:
+            stepped(-1000);
+            break;
+        default:
+            event.accepted = false;
+        }
     }
 
     BodyText {
@@ -42,7 +56,7 @@ FocusScope {
         text: stepper.valueText
     }
 
-    Rectangle {
+    Frame {
         id: buttons
 
         anchors.left: text.right
@@ -51,15 +65,14 @@ FocusScope {
         height: 28
         radius: 5
         color: Theme.button
-        border.width: 1
-        border.color: Theme.fieldOutline
+        outline: Theme.fieldOutline
 
         StepButton {
             width: parent.width
             height: parent.height / 2
             symbol: "chevron.up"
             enabled: stepper.canIncrease
-            onStepped: stepper.increase()
+            onStepped: stepper.stepped(1)
             onTouched: stepper.forceActiveFocus(Qt.MouseFocusReason)
         }
 
@@ -69,7 +82,7 @@ FocusScope {
             height: parent.height / 2
             symbol: "chevron.down"
             enabled: stepper.canDecrease
-            onStepped: stepper.decrease()
+            onStepped: stepper.stepped(-1)
             onTouched: stepper.forceActiveFocus(Qt.MouseFocusReason)
         }
 

@@ -53,7 +53,11 @@ T.AbstractButton {
 
     Shortcut {
         sequence: button.mnemonic === "" ? "" : "Alt+" + button.mnemonic
+        autoRepeat: false
         enabled: button.enabled && button.visible
-        onActivated: button.clicked()
+        onActivated: {
+            button.forceActiveFocus(Qt.ShortcutFocusReason);
+            button.clicked();
+        }
     }
 }

@@ -22,8 +22,9 @@ Item {
         id: entry
 
         anchors.left: parent.left
-        anchors.right: button.left
-        anchors.rightMargin: 8
+        anchors.right: parent.right
+        // For either word, so that the field keeps its width.
+        anchors.rightMargin: Math.max(shown.width, hidden.width) + 8
         label: token.label
         isCode: true
         isMasked: !token.isShown
@@ -37,18 +38,23 @@ Item {
 
         anchors.right: parent.right
         anchors.verticalCenter: parent.verticalCenter
-        // As wide for either word, so that the field keeps its width.
-        width: Math.max(implicitWidth, other.width)
         text: token.isShown ? "Hide" : "Show"
         spokenName: text + " " + token.label
         fontSize: token.buttonSize
         onClicked: token.toggled()
+    }
 
-        TextMetrics {
-            id: other
+    TextMetrics {
+        id: shown
 
-            text: "Show"
-            font.pixelSize: token.buttonSize
-        }
+        text: "Hide"
+        font.pixelSize: token.buttonSize
+    }
+
+    TextMetrics {
+        id: hidden
+
+        text: "Show"
+        font.pixelSize: token.buttonSize
     }
 }

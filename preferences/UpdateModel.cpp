@@ -12,8 +12,15 @@ using Stage = Updater::Stage;
 
 namespace {
 
-QString sizeText(qint64 bytes) {
-    return QLocale().formattedDataSize(bytes, 1, QLocale::DataSizeSIFormat);
+/// How much of a size has come, in one unit.
+QString progressText(qint64 received, qint64 total) {
+    constexpr qint64 kilo = 1000;
+    const bool isLarge = total >= kilo * kilo;
+    const double unit = isLarge ? kilo * kilo : kilo;
+    const QLocale locale;
+    return u"%1 of %2 %3"_s.arg(locale.toString(static_cast<double>(received) / unit, 'f', 1),
+                                locale.toString(static_cast<double>(total) / unit, 'f', 1),
+                                isLarge ? u"MB"_s : u"kB"_s);
 }
 
 }  // namespace
@@ -47,9 +54,23 @@ QString UpdateModel::title() const {
         case Stage::handedOver:
             return releaseName() + u" is ready to be installed"_s;
         case Stage::failed:
-            return m_updater.release() ? u"The update was not installed"_s : u"Looking for updates failed"_s;
+            return failureTitle();
     }
     Q_UNREACHABLE();
+}
+
+QString UpdateModel::failureTitle() const {
+    if (m_updater.release())
+        return u"The update was not installed"_s;
+    switch (m_updater.error()) {
+        case UpdateError::feedUnreachable:
+        case UpdateError::feedInsecure:
+        case UpdateError::feedTooLarge:
+        case UpdateError::feedMalformed:
+            return u"Could not check for updates"_s;
+        default:
+            return u"The update cannot be installed"_s;
+    }
 }
 
 QString UpdateModel::detail() const {
@@ -59,14 +80,14 @@ QString UpdateModel::detail() const {
         case Stage::available:
             return u"You have %1."_s.arg(m_version);
         case Stage::downloading:
-            return u"%1 of %2"_s.arg(sizeText(m_updater.bytesReceived()), sizeText(m_updater.bytesTotal()));
+            return progressText(m_updater.bytesReceived(), m_updater.bytesTotal());
         case Stage::verifying:
-            return u"Its signature is checked first."_s;
+            return u"Checking its signature first…"_s;
         case Stage::installed:
-            return u"It runs from the next start of Tidemark on."_s;
+            return u"Restart Tidemark to use it."_s;
         case Stage::handedOver:
             return u"It was downloaded, and its signature is right. Install it with the program that has "
-                   u"just been opened for it, then start Tidemark anew."_s;
+                   u"just been opened for it, then restart Tidemark."_s;
         case Stage::failed:
             return m_updater.errorDescription();
         case Stage::idle:
@@ -132,6 +153,11 @@ QString UpdateModel::goOnLabel() const {
             return {};
     }
     Q_UNREACHABLE();
+}
+
+void UpdateModel::setUnasked(bool isUnasked) {
+    m_isUnasked = isUnasked;
+    Q_EMIT changed();
 }
 
 void UpdateModel::goOn() {

@@ -20,6 +20,7 @@ class UpdateModel : public QObject {
     Q_PROPERTY(bool hasProgress READ hasProgress NOTIFY changed FINAL)
     Q_PROPERTY(double progress READ progress NOTIFY changed FINAL)
     Q_PROPERTY(bool canSkip READ canSkip NOTIFY changed FINAL)
+    Q_PROPERTY(bool isUnasked READ isUnasked NOTIFY changed FINAL)
     Q_PROPERTY(QString closeLabel READ closeLabel NOTIFY changed FINAL)
     Q_PROPERTY(QString goOnLabel READ goOnLabel NOTIFY changed FINAL)
 
@@ -37,6 +38,9 @@ public:
     /// From 0 to 1.
     [[nodiscard]] double progress() const;
     [[nodiscard]] bool canSkip() const;
+    /// The window came by itself: a key that was meant for another one must do nothing here.
+    [[nodiscard]] bool isUnasked() const { return m_isUnasked; }
+    void setUnasked(bool isUnasked);
     /// Of the button that closes the window, and of the one that goes on; empty where there is nothing to go
     /// on with.
     [[nodiscard]] QString closeLabel() const;
@@ -51,11 +55,13 @@ Q_SIGNALS:
     void closeRequested();
 
 private:
+    [[nodiscard]] QString failureTitle() const;
     /// The name of the program with the version of the release.
     [[nodiscard]] QString releaseName() const;
 
     Updater& m_updater;
     QString m_version;
+    bool m_isUnasked = false;
 };
 
 }  // namespace tidemark

@@ -8,24 +8,48 @@ FocusScope {
 
     required property UpdateModel update
 
+    /// Something that Return, pressed once too often, should not cancel.
+    readonly property bool isUnderWay: update ? update.isBusy || update.hasProgress : false
     readonly property bool hasNotes: update ? update.notes !== "" : false
 
+    /// Whether a key that is pressed here is meant for this window.
+    property bool isArmed: update ? !update.isUnasked : false
+
     focus: true
-    Component.onCompleted: close.forceActiveFocus(Qt.OtherFocusReason)
+    Component.onCompleted: takeFocus()
+
+    /// The keyboard is with what Return does.
+    function takeFocus(): void {
+        if (goOn.visible)
+            goOn.forceActiveFocus(Qt.OtherFocusReason);
+        else
+            close.forceActiveFocus(Qt.OtherFocusReason);
+    }
+    Keys.onTabPressed: event => {
+        isArmed = true;
+        event.accepted = false;
+    }
+
+    TapHandler {
+        onPressedChanged: view.isArmed = true
+    }
 
     Shortcut {
         sequences: ["Escape", "Ctrl+W"]
+        autoRepeat: false
         onActivated: view.update.close()
     }
 
     Shortcut {
         sequences: ["Return", "Enter"]
+        autoRepeat: false
+        enabled: view.isArmed
         onActivated: {
-            if (goOn.visible && !close.visualFocus && !skip.visualFocus)
-                view.update.goOn();
-            else if (skip.visualFocus)
+            if (skip.visualFocus)
                 view.update.skip();
-            else
+            else if (goOn.visible && !close.visualFocus)
+                view.update.goOn();
+            else if (!view.isUnderWay || close.visualFocus)
                 view.update.close();
         }
     }
@@ -56,7 +80,7 @@ FocusScope {
                 width: parent.width - (view.update && view.update.isBusy ? 26 : 0)
                 maximumLineCount: 2
                 elide: Text.ElideRight
-                text: view.update ? view.update.title : ""
+                title: view.update ? view.update.title : ""
             }
         }
 
@@ -95,9 +119,34 @@ FocusScope {
             anchors.fill: parent
             anchors.margins: 1
             contentHeight: notes.implicitHeight + 20
-            activeFocusOnTab: view.hasNotes
-            Keys.onUpPressed: contentY = Math.max(0, contentY - 24)
-            Keys.onDownPressed: contentY = Math.max(0, Math.min(contentHeight - height, contentY + 24))
+            activeFocusOnTab: view.hasNotes && contentHeight > height
+            Accessible.role: Accessible.Document
+            Accessible.name: "What is new"
+            Keys.onPressed: event => {
+                event.accepted = true;
+                switch (event.key) {
+                case Qt.Key_Up:
+                    scrollBy(-24);
+                    break;
+                case Qt.Key_Down:
+                    scrollBy(24);
+                    break;
+                case Qt.Key_PageUp:
+                    scrollBy(-height);
+                    break;
+                case Qt.Key_PageDown:
+                    scrollBy(height);
+                    break;
+                case Qt.Key_Home:
+                    scrollBy(-contentHeight);
+                    break;
+                case Qt.Key_End:
+                    scrollBy(contentHeight);
+                    break;
+                default:
+                    event.accepted = false;
+                }
+            }
 
             BodyText {
                 id: notes
@@ -107,6 +156,11 @@ FocusScope {
                 width: area.width - 24
                 text: view.update ? view.update.notes : ""
             }
+        }
+
+        FocusOutline {
+            radius: 8
+            visible: area.activeFocus
         }
     }
 
@@ -135,7 +189,7 @@ FocusScope {
             anchors.rightMargin: goOn.visible ? 8 : 0
             text: view.update ? view.update.closeLabel : ""
             mnemonic: text.charAt(0)
-            isDefault: !goOn.visible
+            isDefault: !goOn.visible && !view.isUnderWay
             onClicked: view.update.close()
         }
 
@@ -144,6 +198,7 @@ FocusScope {
 
             anchors.right: parent.right
             visible: text !== ""
+            onVisibleChanged: view.takeFocus()
             text: view.update ? view.update.goOnLabel : ""
             mnemonic: text.charAt(0)
             isDefault: true

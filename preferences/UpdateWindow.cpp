@@ -29,9 +29,9 @@ void UpdateWindow::present() {
     const bool isUnasked = !m_window.isVisible() && m_updater.stage() == Updater::Stage::available;
     if (!m_window.isVisible())
         m_window.setContent(u"UpdateView"_s, {{u"update"_s, QVariant::fromValue(&m_model)}});
-    follow();
+    m_model.setUnasked(isUnasked);
     if (isUnasked)
-        m_window.show();
+        m_window.showInBackground();
     else
         m_window.present();
 }

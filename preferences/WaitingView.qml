@@ -4,6 +4,13 @@ import Tidemark.Preferences
 
 /// Stands in the window while the keyring waits for its user.
 Item {
+    id: view
+
+    Shortcut {
+        sequences: ["Escape", "Ctrl+W"]
+        onActivated: view.Window.window.close()
+    }
+
     Row {
         anchors.centerIn: parent
         spacing: 10

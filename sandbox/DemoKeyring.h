@@ -7,7 +7,8 @@ namespace tidemark::sandbox {
 /// The desktop's keyring, with items of its own: never those of the program that the user runs for real.
 class DemoKeyring final : public Keychain {
 public:
-    void beginSession() override { m_keyring.beginSession(); }
+    void beginSession(Prompting prompting) override { m_keyring.beginSession(prompting); }
+    [[nodiscard]] std::unique_ptr<KeychainWatcher> makeWatcher() override { return m_keyring.makeWatcher(); }
     [[nodiscard]] std::optional<QByteArray> copyMatching(const KeychainQuery& query) override {
         return m_keyring.copyMatching(own(query));
     }

@@ -7,6 +7,7 @@
 
 #include "app/Tidemark.h"
 #include "config/ConfigStore.h"
+#include "desktop/TerminationSignals.h"
 #include "sandbox/DemoKeyring.h"
 #include "sandbox/MemoryKeychain.h"
 #include "sandbox/Sandbox.h"
@@ -123,6 +124,7 @@ bool storeSettings(Sandbox& sandbox, const DemoOptions& options, const QTemporar
 }  // namespace
 
 int main(int argc, char** argv) {
+    tidemark::TerminationSignals::exitUntilMade();
     if (!tidemark::Tidemark::hasDesktop()) {
         std::fputs("There is no desktop here to show the demo on; ./run demo brings one along.\n", stderr);
         return 1;

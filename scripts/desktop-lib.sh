@@ -62,6 +62,10 @@ desktop_open_session() {
     unset DISPLAY WAYLAND_DISPLAY XAUTHORITY DBUS_SESSION_BUS_ADDRESS SESSION_MANAGER XDG_CURRENT_DESKTOP \
         XDG_SESSION_TYPE XDG_ACTIVATION_TOKEN DESKTOP_STARTUP_ID QT_QPA_PLATFORM QT_QPA_PLATFORMTHEME \
         GTK_MODULES GNOME_KEYRING_CONTROL
+    # Whatever is installed, the bus shows no notifications by itself.
+    mkdir -p "$XDG_DATA_HOME/dbus-1/services"
+    printf '[D-BUS Service]\nName=org.freedesktop.Notifications\nExec=/bin/false\n' \
+        >"$XDG_DATA_HOME/dbus-1/services/org.freedesktop.Notifications.service"
 }
 
 desktop_close_session() {

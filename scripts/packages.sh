@@ -1,6 +1,6 @@
 # Installs what is missing of the Debian packages that building, testing and showing Tidemark take.
 #
-#   ensure_packages build [test] [demo]
+#   ensure_packages build [test] [demo] [package]
 #
 # Asks for rights only when something is missing.
 
@@ -23,6 +23,7 @@ test_packages=(
     desktop-file-utils appstream lintian man-db dpkg-dev file
 )
 demo_packages=(curl jq)
+package_packages=(dpkg-dev file)
 
 ensure_packages() {
     local wanted=() missing=() package kind
@@ -31,6 +32,7 @@ ensure_packages() {
             build) wanted+=("${build_packages[@]}") ;;
             test) wanted+=("${desktop_packages[@]}" "${test_packages[@]}") ;;
             demo) wanted+=("${desktop_packages[@]}" "${demo_packages[@]}") ;;
+            package) wanted+=("${package_packages[@]}") ;;
         esac
     done
     for package in "${wanted[@]}"; do

@@ -17,6 +17,8 @@ private Q_SLOTS:
         QVERIFY(m_sandbox->start());
         m_windowManager.start(u"openbox"_s, QStringList());
         QVERIFY(m_windowManager.waitForStarted());
+        // Or the bus starts one for the first notification, of which we would know nothing.
+        startDaemon();
     }
 
     void init() { setStates({u"READY"_s, u"READY"_s, u"READY"_s}); }
@@ -28,7 +30,10 @@ private Q_SLOTS:
         kill(m_panel, watcherName);
     }
 
-    void cleanupTestCase() { quit(m_windowManager); }
+    void cleanupTestCase() {
+        quit(m_daemon);
+        quit(m_windowManager);
+    }
 
     void itemsComeBackWithThePanel_data() {
         QTest::addColumn<QString>("panel");
@@ -60,7 +65,7 @@ private Q_SLOTS:
 
     void notificationsArriveAfterTheDaemonsRestart() {
         startPanel(QStringLiteral(TESTS_FOLDER "/start-panel"));
-        startDaemon();
+        restartDaemon();
         startDemo();
         const auto isAnnounced = [this](int index) {
             const auto project = m_sandbox->world()->projectAt(index);
@@ -72,10 +77,8 @@ private Q_SLOTS:
         isAnnounced(0);
         if (QTest::currentTestFailed())
             return;
-        kill(m_daemon, daemonName);
-        startDaemon();
+        restartDaemon();
         isAnnounced(1);
-        kill(m_daemon, daemonName);
     }
 
     void withoutATrayThePopoverIsAWindowUntilOneAppears() {
@@ -119,6 +122,11 @@ private:
         m_daemon.start(u"dunst"_s, QStringList());
         QVERIFY(m_daemon.waitForStarted());
         QTRY_VERIFY_WITH_TIMEOUT(isOnTheBus(daemonName), 20000);
+    }
+
+    void restartDaemon() {
+        kill(m_daemon, daemonName);
+        startDaemon();
     }
 
     /// Gives it no chance to say good-bye.

@@ -141,6 +141,39 @@ private Q_SLOTS:
         QVERIFY(!store().save(configuration));
     }
 
+    void aFormerFileOfWhichNothingLivesOnIsKept_data() {
+        QTest::addColumn<QByteArray>("former");
+        QTest::addColumn<bool>("isKept");
+        const QByteArray a1 = R"({"id":"A1","name":"n","teamId":""})";
+        const QByteArray a2 = R"({"id":"A2","name":"n","teamId":""})";
+        QTest::newRow("other accounts") << "{\"accounts\":[" + a2 + "]}" << true;
+        QTest::newRow("an account removed") << "{\"accounts\":[" + a2 + ',' + a1 + "]}" << false;
+        QTest::newRow("the single-account layout") << QByteArray(R"({"teamId":"team_9"})") << true;
+        QTest::newRow("broken by hand") << "{\"accounts\":[" + a1 + ",]}" << true;
+        QTest::newRow("too large to be read") << QByteArray(1024 * 1024 + 1, ' ') << true;
+        QTest::newRow("nothing in it") << QByteArray() << false;
+    }
+
+    void aFormerFileOfWhichNothingLivesOnIsKept() {
+        QFETCH(const QByteArray, former);
+        QFETCH(const bool, isKept);
+        write(former);
+        const AppConfiguration configuration{.accounts = {{u"A1"_s, u"n"_s, {}, u"tok"_s}}};
+        QVERIFY(store().save(configuration));
+        QCOMPARE(store().load(), configuration);
+        QCOMPARE(read(u".bak"_s), isKept ? former : QByteArray());
+        QVERIFY(store().save(configuration));
+        QVERIFY(!QFile::exists(m_path + u".bak2"_s));
+    }
+
+    void whatWasKeptIsNotReplaced() {
+        for (const QByteArray content : {"one", "two", "three"}) {
+            write(content);
+            QVERIFY(store().save({}));
+        }
+        QCOMPARE(read(u".bak"_s) + read(u".bak2"_s) + read(u".bak3"_s), "onetwothree");
+    }
+
     void aMissingKeychainLosesNothingOfTheFile() {
         m_keychain->setMood(FakeKeychain::Mood::unavailable);
         const AppConfiguration configuration{.accounts = {{u"A1"_s, u"n"_s, {}, u"tok"_s}}};
@@ -159,8 +192,8 @@ private:
         file.write(content);
     }
 
-    QByteArray read() {
-        QFile file(m_path);
+    QByteArray read(const QString& suffix = {}) {
+        QFile file(m_path + suffix);
         return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
     }
 

@@ -157,6 +157,26 @@ private Q_SLOTS:
         QTRY_VERIFY(isShown());
     }
 
+    void tellsWhatNobodyShowed() {
+        int dropped = 0;
+        const auto add = [this, &dropped] { m_center->add(titled(u"one"_s), [&dropped] { ++dropped; }); };
+        add();
+        QTRY_COMPARE(m_service->notifications.size(), 1);
+        // It dies before it has answered.
+        m_service->isSilent = true;
+        const int before = m_service->callCount;
+        add();
+        QTRY_COMPARE(m_service->callCount, before + 1);
+        QCOMPARE(dropped, 0);
+        m_service.reset();
+        QTRY_COMPARE(dropped, 1);
+        const QDBusConnection noBus(u"none"_s);
+        m_center = std::make_unique<DBusNotificationCenter>(u"Tidemark"_s, u"com.example.App"_s, noBus);
+        add();
+        QCOMPARE(dropped, 1);
+        QTRY_COMPARE(dropped, 2);
+    }
+
     void forgetsTheOldestOfMany() {
         for (int shown = 1; shown <= 600; ++shown) {
             m_center->add(titled(QString::number(shown)));

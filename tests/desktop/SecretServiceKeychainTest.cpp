@@ -1,22 +1,17 @@
 #include "desktop/SecretServiceKeychain.h"
 
 #include <QCoreApplication>
-#include <QDBusConnection>
-#include <QDBusConnectionInterface>
-#include <QDBusMessage>
-#include <QDBusObjectPath>
-#include <QDBusVirtualObject>
 #include <QElapsedTimer>
 #include <QFile>
 #include <QProcess>
+#include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QThread>
-#include <atomic>
 #include <cstdio>
-#include <functional>
 
 #include "config/KeychainHelper.h"
+#include "tests/desktop/RealKeyring.h"
 
 using namespace tidemark;
 using namespace Qt::StringLiterals;
@@ -27,22 +22,6 @@ const QString account = u"apiToken-1"_s;
 
 KeychainQuery query(std::optional<bool> synchronizable) {
     return {.service = u"com.tidemark"_s, .account = account, .synchronizable = synchronizable};
-}
-
-QVariant callService(const QString& method, const QVariant& argument) {
-    auto message = QDBusMessage::createMethodCall(u"org.freedesktop.secrets"_s, u"/org/freedesktop/secrets"_s,
-                                                  u"org.freedesktop.Secret.Service"_s, method);
-    message.setArguments({argument});
-    return QDBusConnection::sessionBus().call(message).arguments().value(0);
-}
-
-QDBusObjectPath defaultCollection() {
-    return callService(u"ReadAlias"_s, u"default"_s).value<QDBusObjectPath>();
-}
-
-void lockKeyring() {
-    const QVariant locked = callService(u"Lock"_s, QVariant::fromValue(QList{defaultCollection()}));
-    QCOMPARE(qdbus_cast<QList<QDBusObjectPath>>(locked).size(), 1);
 }
 
 /// Runs `body` on a worker thread, and this thread's event loop meanwhile.
@@ -56,26 +35,6 @@ auto onWorker(Body body) {
     return result;
 }
 
-/// Stands in for the program that asks the user for the keyring's password. The user declines.
-class Prompter final : public QDBusVirtualObject {
-public:
-    std::atomic<int> count = 0;
-    /// What happens in place of an answer.
-    std::function<void()> onPrompt;
-
-    [[nodiscard]] QString introspect(const QString& /*path*/) const override { return {}; }
-    bool handleMessage(const QDBusMessage& message, const QDBusConnection& connection) override {
-        const bool isPrompt = message.member() == "BeginPrompting"_L1;
-        if (isPrompt)
-            ++count;
-        if (!onPrompt)
-            connection.send(message.createErrorReply(QDBusError::Failed, u"No"_s));
-        else if (isPrompt)
-            onPrompt();
-        return true;
-    }
-};
-
 }  // namespace
 
 class SecretServiceKeychainTest final : public QObject {
@@ -83,17 +42,12 @@ class SecretServiceKeychainTest final : public QObject {
 
 private Q_SLOTS:
     void initTestCase() {
-        m_daemon.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-        m_daemon.start(u"gnome-keyring-daemon"_s,
-                       {u"--unlock"_s, u"--components=secrets"_s, u"--foreground"_s});
-        QVERIFY(m_daemon.waitForStarted());
-        m_daemon.write("\n");
-        m_daemon.closeWriteChannel();
-        auto bus = QDBusConnection::sessionBus();
-        QTRY_VERIFY(bus.interface()->isServiceRegistered(u"org.freedesktop.secrets"_s));
-        QTRY_VERIFY(defaultCollection().path().size() > 1);
-        QVERIFY(bus.registerVirtualObject(u"/org/gnome/keyring/Prompter"_s, &m_prompter));
-        QVERIFY(bus.registerService(u"org.gnome.keyring.SystemPrompter"_s));
+        SecretServiceKeychain keychain;
+        const auto watcher = keychain.makeWatcher();
+        const QSignalSpy seen(watcher.get(), &KeychainWatcher::mayBeReadable);
+        realkeyring::start(m_daemon);
+        QTRY_VERIFY(!seen.isEmpty());
+        m_prompter.appear();
     }
 
     void cleanupTestCase() {
@@ -149,6 +103,18 @@ private Q_SLOTS:
         QCOMPARE(keychain.copyMatching(query(true)), "old");
     }
 
+    void aRestartedKeyringIsAskedAnew() {
+        SecretServiceKeychain keychain;
+        QVERIFY(keychain.add(query(true), "abc"));
+        m_daemon.kill();
+        QVERIFY(m_daemon.waitForFinished());
+        realkeyring::start(m_daemon);
+        keychain.beginSession(Keychain::Prompting::allowed);
+        QCOMPARE(keychain.copyMatching(query(true)), "abc");
+        QVERIFY(keychain.add(query(true), "def"));
+        QCOMPARE(m_prompter.count, 0);
+    }
+
     /// In another process, since this one has its connection to the bus already.
     void withoutAKeyringNothingIsFound() {
         QTemporaryDir folder;
@@ -178,28 +144,51 @@ private Q_SLOTS:
         QVERIFY(emptyBus.waitForFinished());
     }
 
-    /// Nobody can open what was locked, so this comes last.
+    void unlockingIsSeen() {
+        QVERIFY(SecretServiceKeychain().add(query(true), "abc"));
+        SecretServiceKeychain keychain;
+        const auto watcher = keychain.makeWatcher();
+        const QSignalSpy seen(watcher.get(), &KeychainWatcher::mayBeReadable);
+        realkeyring::lock();
+        // What is locked brings up no question: long enough for the watcher to have asked.
+        QTest::qWait(200);
+        QCOMPARE(seen.size(), 0);
+        realkeyring::unlock();
+        QTRY_VERIFY(!seen.isEmpty());
+        QCOMPARE(keychain.copyMatching(query(true)), "abc");
+        QCOMPARE(m_prompter.count, 0);
+    }
+
     void lockedKeyringAsksOncePerRowUntilCancelled() {
         QVERIFY(SecretServiceKeychain().add(query(true), "abc"));
-        lockKeyring();
+        realkeyring::lock();
         SecretServiceKeychain keychain;
         const auto lookUp = [&keychain] { return keychain.copyMatching(query(true)); };
         const auto add = [&keychain] { return keychain.add(query(true), "def"); };
         for (const int session : {1, 2}) {
-            keychain.beginSession();
+            keychain.beginSession(Keychain::Prompting::allowed);
             QCOMPARE(onWorker(lookUp), std::nullopt);
             QVERIFY(!onWorker(add));
             QCOMPARE(m_prompter.count, session);
         }
+        keychain.beginSession(Keychain::Prompting::unlessDeclined);
+        QCOMPARE(onWorker(lookUp), std::nullopt);
+        QCOMPARE(m_prompter.count, 2);
+
+        // Asked on behalf of nobody in particular, as long as nobody has declined.
+        SecretServiceKeychain other;
+        other.beginSession(Keychain::Prompting::unlessDeclined);
+        QCOMPARE(onWorker([&other] { return other.copyMatching(query(true)); }), std::nullopt);
+        QCOMPARE(m_prompter.count, 3);
 
         QElapsedTimer watch;
         m_prompter.onPrompt = [&] {
             watch.start();
             keychain.cancel();
         };
-        keychain.beginSession();
+        keychain.beginSession(Keychain::Prompting::allowed);
         QCOMPARE(onWorker(lookUp), std::nullopt);
-        QCOMPARE(m_prompter.count, 3);
+        QCOMPARE(m_prompter.count, 4);
         QVERIFY(watch.elapsed() < 1000);
         m_prompter.onPrompt = {};
         QCOMPARE(lookUp(), std::nullopt);
@@ -208,7 +197,7 @@ private Q_SLOTS:
 
 private:
     QProcess m_daemon;
-    Prompter m_prompter;
+    realkeyring::Prompter m_prompter;
 };
 
 int main(int argc, char** argv) {

@@ -45,6 +45,7 @@ private Q_SLOTS:
     void everyClickRunsTheAction_data();
     void everyClickRunsTheAction();
     void actionMayDropTheItem();
+    void aPanelIsKnownByWhatItReads();
     void droppedItemLeavesTheBus();
     void survivesTheEndOfTheBus();
 
@@ -273,6 +274,20 @@ void StatusNotifierTest::actionMayDropTheItem() {
     QCOMPARE(host.callItem(QStringLiteral("Activate"), {1, 1}).type(), QDBusMessage::ReplyMessage);
     QTRY_COMPARE(*marker, 1);
     QVERIFY(!m_item);
+}
+
+void StatusNotifierTest::aPanelIsKnownByWhatItReads() {
+    // A watcher alone shows nothing.
+    m_watcher->lapses = 1;
+    m_watcher->appear();
+    createItem();
+    QTRY_COMPARE(m_watcher->registrations, 1);
+    QVERIFY(!m_bar->hasHost());
+    m_watcher = std::make_unique<FakeStatusNotifierWatcher>();
+    m_watcher->appear();
+    QTRY_VERIFY(m_bar->hasHost());
+    m_watcher.reset();
+    QVERIFY(m_bar->hasHost());
 }
 
 void StatusNotifierTest::droppedItemLeavesTheBus() {

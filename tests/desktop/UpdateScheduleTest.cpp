@@ -237,7 +237,7 @@ private Q_SLOTS:
         row("no length", "<enclosure url='/t.deb'" + signedBy, feedMalformed);
         row("no signature", "<enclosure url='/t.deb' length='10'/>", archiveUnsigned);
         row("rubbish for one", "<enclosure url='/t.deb' length='10' sparkle:edSignature='AAAA'/>",
-            signatureWrong);
+            archiveUnsigned);
         row("newer system",
             "<sparkle:minimumSystemVersion>2.999</sparkle:minimumSystemVersion><enclosure url='/t.deb' "
             "length='10'" +

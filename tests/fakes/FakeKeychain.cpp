@@ -21,6 +21,28 @@ QList<FakeKeychain::Item> FakeKeychain::items() const {
     return m_store.items();
 }
 
+QList<Keychain::Prompting> FakeKeychain::sessions() const {
+    const QMutexLocker lock(&m_mutex);
+    return m_sessions;
+}
+
+bool FakeKeychain::announce() {
+    if (m_watcher)
+        Q_EMIT m_watcher->mayBeReadable();
+    return !m_watcher.isNull();
+}
+
+void FakeKeychain::beginSession(Prompting prompting) {
+    const QMutexLocker lock(&m_mutex);
+    m_sessions.append(prompting);
+}
+
+std::unique_ptr<KeychainWatcher> FakeKeychain::makeWatcher() {
+    auto watcher = std::make_unique<KeychainWatcher>();
+    m_watcher = watcher.get();
+    return watcher;
+}
+
 std::optional<QByteArray> FakeKeychain::copyMatching(const KeychainQuery& query) {
     const QMutexLocker lock(&m_mutex);
     if (awaitMood() == Mood::unavailable || m_isCancelled)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QMutex>
+#include <QPointer>
 #include <QWaitCondition>
 
 #include "sandbox/MemoryKeychain.h"
@@ -25,7 +26,13 @@ public:
     /// Puts an item there, whatever the mood and whatever else there is.
     void insert(const KeychainQuery& attributes, const QByteArray& data);
     [[nodiscard]] QList<Item> items() const;
+    /// The rows of calls that were begun.
+    [[nodiscard]] QList<Prompting> sessions() const;
+    /// Tells whoever watches. Whether there is anybody.
+    bool announce();
 
+    void beginSession(Prompting prompting) override;
+    [[nodiscard]] std::unique_ptr<KeychainWatcher> makeWatcher() override;
     [[nodiscard]] std::optional<QByteArray> copyMatching(const KeychainQuery& query) override;
     [[nodiscard]] bool add(const KeychainQuery& attributes, const QByteArray& data) override;
     void deleteMatching(const KeychainQuery& query) override;
@@ -40,6 +47,8 @@ private:
     Mood m_mood = Mood::willing;
     bool m_isCancelled = false;
     sandbox::MemoryKeychain m_store;
+    QList<Prompting> m_sessions;
+    QPointer<KeychainWatcher> m_watcher;
 };
 
 }  // namespace tidemark

@@ -3,6 +3,7 @@
 #include "desktop/NotificationCenter.h"
 
 #include <QList>
+#include <QTimer>
 #include <utility>
 
 namespace tidemark {
@@ -11,11 +12,18 @@ namespace tidemark {
 class FakeNotificationCenter final : public NotificationCenter {
 public:
     QList<NotificationRequest> requests;
+    /// Whether there is a service to show anything.
+    bool isAvailable = true;
     int authorizations = 0;
     ResponseHandler handler;
 
     void requestAuthorization() override { ++authorizations; }
-    void add(const NotificationRequest& request) override { requests.append(request); }
+    void add(const NotificationRequest& request, std::function<void()> onDropped = {}) override {
+        if (isAvailable)
+            requests.append(request);
+        else if (onDropped)
+            QTimer::singleShot(0, std::move(onDropped));
+    }
     void setResponseHandler(ResponseHandler newHandler) override { handler = std::move(newHandler); }
 
     /// The user clicks the request at `index`.

@@ -21,6 +21,8 @@ public:
 
     /// Whether there is a panel to ask; without one no item can be made.
     bool isAvailable = true;
+    /// Whether a panel has shown the items.
+    bool isShown = true;
     /// The items that exist, by their ids.
     QHash<QString, Shown> items;
 
@@ -29,6 +31,7 @@ public:
             return nullptr;
         return std::make_unique<Item>(*this, id);
     }
+    [[nodiscard]] bool hasHost() const override { return isShown; }
 
 private:
     class Item final : public StatusItem {

@@ -129,6 +129,22 @@ private Q_SLOTS:
             QVERIFY2(opened(refused).isEmpty(), qPrintable(refused));
     }
 
+    void announcementsHaveAClickOfTheirOwn() {
+        Scene scene;
+        int clicks = 0;
+        scene.manager.announce(u"Title"_s, u"Text"_s, {});
+        scene.center.click(0);  // nobody to tell
+        scene.manager.setAnnouncementHandler([&clicks] { ++clicks; });
+        scene.center.click(0);
+        QCOMPARE(clicks, 1);
+        scene.see(u"a"_s, u"BUILDING"_s);
+        scene.see(u"a"_s, u"READY"_s, u"https://vercel.com/a"_s);
+        scene.center.click(1);
+        QCOMPARE(clicks, 1);
+        QCOMPARE(scene.workspace.urls.size(), 1);
+        QVERIFY(scene.sounds.names.size() == 1);
+    }
+
     void withoutBundleIdentifierNothingIsAnnounced() {
         Scene scene{QString()};
         scene.see(u"a"_s, u"BUILDING"_s);

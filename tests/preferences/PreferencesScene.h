@@ -25,7 +25,7 @@ public:
               .identifier = u"com.tidemark.Test"_s,
               .version = u"1.4.2"_s,
               .feedUrl = build == Build::withUpdates ? u"https://updates.example/appcast.xml"_s : QString(),
-              .publicKey = u"11qYAYKxCrfVS/7TyWQHOg7hcvPapiMlrwIaaPcHURo="_s} {
+              .publicKey = u"PUAXw+hDiVqStwqnTRt+vJyYLM8uxJaMwM1V8Sr0Zgw="_s} {
         controller.onSave = [this](const AppConfiguration& configuration) { saved.append(configuration); };
     }
 

@@ -6,16 +6,22 @@
 
 namespace tidemark {
 
-/// An appcast with one release. Its archive was signed by nobody.
+/// Of RFC 8032, test 2: one byte, signed with the key of the scene.
+inline const QByteArray signedArchive = "r";
+inline const QByteArray archiveSignature = QByteArray::fromHex(
+    "92a009a9f0d4cab8720e820b5f642540a2b27b5416503f8fb3762223ebdb69da"
+    "085ac1e43e15996e458f3613d0f11d8c387b2eaeb4302aeeb00d291612bb0c00");
+
+/// An appcast with one release, whose archive is `signedArchive`.
 inline QByteArray feedWith(const QByteArray& version) {
     return "<rss version=\"2.0\" "
            "xmlns:sparkle=\"http://www.andymatuschak.org/xml-namespaces/sparkle\"><channel>"
            "<item><sparkle:version>" +
            version +
            "</sparkle:version><description>Faster.\nSmaller.</description>"
-           "<enclosure url=\"https://updates.example/Tidemark.AppImage\" length=\"3\" "
+           "<enclosure url=\"https://updates.example/Tidemark.AppImage\" length=\"1\" "
            "type=\"application/vnd.appimage\" sparkle:edSignature=\"" +
-           QByteArray(64, 's').toBase64() + "\"/></item></channel></rss>";
+           archiveSignature.toBase64() + "\"/></item></channel></rss>";
 }
 
 /// The update window of a program that runs as an AppImage.

@@ -1,4 +1,5 @@
 #include <QFile>
+#include <QSignalSpy>
 
 #include "tests/preferences/UpdateScene.h"
 
@@ -32,7 +33,7 @@ private Q_SLOTS:
     void aFailureIsTold() {
         m_scene->http.answer(HttpMethod::get, UpdateScene::feed, httpAnswer(500));
         m_scene->updates.checkForUpdates();
-        QTRY_VERIFY(m_scene->see(u"Looking for updates failed"_s));
+        QTRY_VERIFY(m_scene->see(u"Could not check for updates"_s));
         QVERIFY(m_scene->see(m_scene->updates.controller()->errorDescription()));
     }
 
@@ -44,11 +45,14 @@ private Q_SLOTS:
 
     void aDownloadIsCancelledByTheButtonAndByClosing() {
         QFETCH(const bool, byButton);
-        m_scene->http.answer(HttpMethod::get, UpdateScene::archive, httpAnswer(200, "new"));
+        m_scene->http.answer(HttpMethod::get, UpdateScene::archive, httpAnswer(200, "x"));
         m_scene->http.hold(HttpMethod::get, UpdateScene::archive);
         m_scene->check("1.5");
         m_scene->press(Qt::Key_I, Qt::AltModifier);
         QTRY_VERIFY(m_scene->see(u"Downloading Tidemark 1.5"_s));
+        // Once too often.
+        m_scene->press(Qt::Key_Return);
+        QVERIFY(m_scene->see(u"Downloading Tidemark 1.5"_s));
         if (byButton)
             m_scene->click(u"Cancel"_s);
         else
@@ -59,13 +63,40 @@ private Q_SLOTS:
     }
 
     void aWrongSignatureIsToldAndNothingIsReplaced() {
-        m_scene->http.answer(HttpMethod::get, UpdateScene::archive, httpAnswer(200, "new"));
+        m_scene->http.answer(HttpMethod::get, UpdateScene::archive, httpAnswer(200, "x"));
         m_scene->check("1.5");
         m_scene->click(u"Install"_s);
         QTRY_VERIFY(m_scene->see(u"The update was not installed"_s));
         QFile program(m_scene->folder.filePath(u"Tidemark"_s));
         QVERIFY(program.open(QIODevice::ReadOnly));
         QCOMPARE(program.readAll(), "old");
+    }
+
+    void aGoodUpdateIsInstalledAndStarted() {
+        QSignalSpy restarts(m_scene->updates.controller(), &Updater::restartRequested);
+        m_scene->http.answer(HttpMethod::get, UpdateScene::archive, httpAnswer(200, signedArchive));
+        m_scene->check("1.5");
+        m_scene->press(Qt::Key_Return);
+        QTRY_VERIFY(m_scene->see(u"Tidemark 1.5 is installed"_s));
+        m_scene->click(u"Restart Now"_s);
+        QCOMPARE(restarts.count(), 1);
+    }
+
+    void whatCameUnaskedLeavesKeysAlone() {
+        m_scene->http.answer(HttpMethod::get, UpdateScene::feed, httpAnswer(200, feedWith("1.5")));
+        m_scene->clock.advance(std::chrono::minutes(1));
+        QTRY_VERIFY(m_scene->screen().isVisible());
+        m_scene->press(Qt::Key_Return);
+        QVERIFY(m_scene->see(u"Tidemark 1.5 is available"_s));
+        m_scene->press(Qt::Key_Escape);
+        QVERIFY(!m_scene->screen().isVisible());
+    }
+
+    void aFailedCheckIsNotTakenForAFailedInstallation() {
+        m_scene->check("1.5");
+        m_scene->http.answer(HttpMethod::get, UpdateScene::feed, httpAnswer(500));
+        m_scene->updates.checkForUpdates();
+        QTRY_VERIFY(m_scene->see(u"Could not check for updates"_s));
     }
 
     void skippingClosesAndAsksForNothingMore() {

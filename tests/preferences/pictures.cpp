@@ -63,6 +63,18 @@ void takePictures() {
     save(scene, u"7-keyboard-and-mnemonics"_s);
 }
 
+void takeWaitingPicture() {
+    PreferencesScene scene;
+    scene.pending = std::make_shared<QPromise<std::optional<AppConfiguration>>>();
+    scene.pending->start();
+    scene.controller.showWindow();
+    QTest::qWait(500);
+    save(scene, u"0-waiting"_s);
+    scene.pending->addResult(std::nullopt);
+    scene.pending->finish();
+    QTest::qWait(100);
+}
+
 void takeUpdatePictures() {
     UpdateScene scene;
     scene.http.answer(HttpMethod::get, UpdateScene::feed, httpAnswer(500));
@@ -75,12 +87,17 @@ void takeUpdatePictures() {
     save(scene, u"10-update-none"_s);
     scene.check("1.5");
     save(scene, u"11-update-available"_s);
-    scene.http.answer(HttpMethod::get, UpdateScene::archive, httpAnswer(200, "new"));
+    scene.http.answer(HttpMethod::get, UpdateScene::archive, httpAnswer(200, "x"));
     scene.http.hold(HttpMethod::get, UpdateScene::archive);
     scene.click(u"Install"_s);
     save(scene, u"12-update-downloading"_s);
     scene.http.release(HttpMethod::get, UpdateScene::archive);
     save(scene, u"13-update-refused"_s);
+    scene.check("1.5");
+    scene.http.answer(HttpMethod::get, UpdateScene::archive, httpAnswer(200, signedArchive));
+    scene.click(u"Install"_s);
+    QTest::qWait(500);
+    save(scene, u"14-update-installed"_s);
 }
 
 }  // namespace
@@ -95,6 +112,7 @@ int main(int argc, char** argv) {
     QAccessible::setActive(true);
     if (argc > 2)
         QGuiApplication::setPalette(darkPalette());
+    takeWaitingPicture();
     takePictures();
     takeUpdatePictures();
     return 0;

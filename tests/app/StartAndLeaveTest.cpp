@@ -1,0 +1,221 @@
+#include <QElapsedTimer>
+#include <QFile>
+#include <QTcpServer>
+#include <QTemporaryDir>
+#include <QTest>
+#include <csignal>
+
+#include "config/ConfigStore.h"
+#include "desktop/SecretServiceKeychain.h"
+#include "tests/app/DesktopSession.h"
+#include "tests/desktop/FakeNotificationService.h"
+#include "tests/desktop/RealKeyring.h"
+
+using namespace tidemark;
+using namespace tidemark::desktopsession;
+using tidemark::sandbox::Sandbox;
+
+/// The program starts before what it needs is there, and may be told to leave at any moment.
+class StartAndLeaveTest final : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase() {
+        m_sandbox = std::make_unique<Sandbox>(
+            tidemark::sandbox::SandboxOptions{.seed = 3, .projects = 3, .speed = 0});
+        QVERIFY(m_sandbox->start());
+        m_windowManager.start(u"openbox"_s, QStringList());
+        QVERIFY(m_windowManager.waitForStarted());
+        m_notifications.appear();
+        m_prompter.appear();
+        realkeyring::start(m_keyring);
+    }
+
+    void cleanupTestCase() {
+        quit(m_keyring);
+        quit(m_windowManager);
+    }
+
+    void init() {
+        m_folder = std::make_unique<QTemporaryDir>();
+        m_prompter.onPrompt = {};
+        m_prompter.count = 0;
+        m_sandbox->faults().clear();
+        m_sandbox->log().clear();
+    }
+
+    void cleanup() {
+        quit(m_program);
+        QCOMPARE(m_program.exitStatus(), QProcess::NormalExit);
+        QCOMPARE(m_program.exitCode(), 0);
+        if (m_prompter.onPrompt) {
+            // It still waits for the answer, and would ask nothing else meanwhile.
+            m_keyring.kill();
+            m_keyring.waitForFinished();
+            realkeyring::start(m_keyring);
+        } else if (realkeyring::isLocked()) {
+            realkeyring::unlock();
+        }
+        QVERIFY(!realkeyring::isLocked());
+    }
+
+    void tokensAreReadAfterALateUnlock() {
+        store();
+        realkeyring::lock();
+        start();
+        QTRY_VERIFY_WITH_TIMEOUT(isPreferencesShown(), 20000);
+        QCOMPARE(m_prompter.count, 1);
+        QCOMPARE(projectRequests(), 0);
+        realkeyring::unlock();
+        QTRY_VERIFY_WITH_TIMEOUT(projectRequests() > 0, 5000);
+        QCOMPARE(m_prompter.count, 1);
+    }
+
+    void aKeyringMayComeLast() {
+        store();
+        // Nobody else may start it for the program.
+        quit(m_keyring);
+        const QString name = u"org.freedesktop.secrets"_s;
+        QTRY_VERIFY(!isOnTheBus(name));
+        auto bus = QDBusConnection::sessionBus();
+        QVERIFY(bus.registerService(name));
+        start();
+        QTRY_VERIFY_WITH_TIMEOUT(isPreferencesShown(), 20000);
+        QCOMPARE(projectRequests(), 0);
+        bus.unregisterService(name);
+        realkeyring::start(m_keyring);
+        QTRY_VERIFY_WITH_TIMEOUT(projectRequests() > 0, 5000);
+    }
+
+    void withoutATrayItSaysWhatToDo() {
+        QTemporaryDir otherFolder;
+        QProcess bus;
+        QProcess onEmptyBus;
+        const QString address = startEmptyBus(bus, otherFolder);
+        start({u"XDG_CURRENT_DESKTOP=XFCE"_s});
+        onEmptyBus.setEnvironment(
+            QProcess::systemEnvironment() +
+            QStringList{u"XDG_CURRENT_DESKTOP=sway"_s, u"DBUS_SESSION_BUS_ADDRESS="_s + address});
+        onEmptyBus.start(QStringLiteral(KEYRING_PROGRAM),
+                         {m_sandbox->baseUrl().toString(), otherFolder.path()});
+        QTRY_COMPARE_WITH_TIMEOUT(m_notifications.notifications.size(), 1, 30000);
+        const QVariantList shown = m_notifications.notifications.constFirst();
+        QVERIFY(shown.at(4).toString().contains("Status Tray Plugin"_L1));
+        m_notifications.emitSignal(u"ActionInvoked"_s, {m_notifications.nextId - 1, u"default"_s});
+        QTRY_VERIFY_WITH_TIMEOUT(!popover().isEmpty(), 20000);
+
+        QByteArray printed;
+        QTRY_VERIFY_WITH_TIMEOUT((printed += onEmptyBus.readAllStandardError()).contains("waybar"), 30000);
+        // The bus is the session.
+        quit(bus);
+        QVERIFY(onEmptyBus.waitForFinished(5000));
+        QCOMPARE(onEmptyBus.exitStatus(), QProcess::NormalExit);
+        QCOMPARE(onEmptyBus.exitCode(), 0);
+    }
+
+    void itLeavesWhileItWaitsForTheDisplay() {
+        QTcpServer display;
+        int number = 100;
+        while (!display.listen(QHostAddress::LocalHost, static_cast<quint16>(6000 + number)))
+            ++number;
+        start({u"DISPLAY=127.0.0.1:%1"_s.arg(number)});
+        QVERIFY(display.waitForNewConnection(20000));
+        m_program.terminate();
+        QVERIFY(m_program.waitForFinished(10000));
+    }
+
+    void itLeavesInTheMiddleOfAnything_data() {
+        QTest::addColumn<QString>("occasion");
+        for (const char* occasion : {"start", "project list", "question at the start", "question at a save"})
+            QTest::newRow(occasion) << QString::fromLatin1(occasion);
+    }
+
+    void itLeavesInTheMiddleOfAnything() {
+        QFETCH(const QString, occasion);
+        if (occasion.startsWith("question"_L1))
+            m_prompter.onPrompt = [] {};
+        if (occasion == "question at a save"_L1) {
+            start();
+            QTRY_VERIFY_WITH_TIMEOUT(hasPreferencesFocus(), 20000);
+            realkeyring::lock();
+            output(u"xdotool"_s, {u"type"_s, m_sandbox->accounts().first().token});
+            output(u"xdotool"_s, {u"key"_s, u"Return"_s});
+        } else {
+            store();
+            m_sandbox->faults().add({.kind = tidemark::sandbox::FaultKind::stall, .pathPrefix = u"/v9"_s});
+            if (occasion == "question at the start"_L1)
+                realkeyring::lock();
+            start();
+        }
+        if (occasion == "project list"_L1)
+            QTRY_VERIFY_WITH_TIMEOUT(projectRequests() > 0, 20000);
+        else if (occasion == "start"_L1)
+            QTRY_VERIFY_WITH_TIMEOUT(isOnTheBus(u"com.tidemark.KeyringProgram"_s), 20000);
+        else
+            QTRY_COMPARE_WITH_TIMEOUT(m_prompter.count, 1, 20000);
+        // Terminals that are closed send it twice.
+        ::kill(static_cast<pid_t>(m_program.processId()), SIGHUP);
+        ::kill(static_cast<pid_t>(m_program.processId()), SIGTERM);
+        QElapsedTimer timer;
+        timer.start();
+        QVERIFY(m_program.waitForFinished(10000));
+        QVERIFY2(timer.elapsed() < 5000, qPrintable(QString::number(timer.elapsed())));
+    }
+
+private:
+    /// Runs the program on `m_folder`.
+    void start(const QStringList& environment = {}) {
+        m_program.setEnvironment(QProcess::systemEnvironment() + environment);
+        m_program.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        m_program.start(QStringLiteral(KEYRING_PROGRAM), {m_sandbox->baseUrl().toString(), m_folder->path()});
+        QVERIFY(m_program.waitForStarted());
+    }
+
+    /// Stores a usable configuration, the token in the keyring.
+    void store() {
+        const auto account = m_sandbox->accounts().first();
+        SecretServiceKeychain keychain;
+        QVERIFY(ConfigStore(m_folder->filePath(u"config.json"_s), keychain)
+                    .save({.accounts = {{.id = u"A"_s,
+                                         .name = account.name,
+                                         .teamId = account.teamId,
+                                         .apiToken = account.token}}}));
+    }
+
+    [[nodiscard]] qsizetype projectRequests() const { return m_sandbox->log().entries(u"/v9"_s).size(); }
+
+    static bool isPreferencesShown() {
+        return !output(u"xdotool"_s,
+                       {u"search"_s, u"--onlyvisible"_s, u"--name"_s, u"^Tidemark Preferences$"_s})
+                    .isEmpty();
+    }
+
+    static bool hasPreferencesFocus() {
+        return output(u"xdotool"_s, {u"getactivewindow"_s, u"getwindowname"_s}) == u"Tidemark Preferences"_s;
+    }
+
+    /// A bus that starts nothing. Its address.
+    static QString startEmptyBus(QProcess& bus, const QTemporaryDir& folder) {
+        QFile settings(folder.filePath(u"bus.conf"_s));
+        if (!settings.open(QIODevice::WriteOnly))
+            return {};
+        settings.write("<busconfig><type>session</type><listen>unix:dir=" + folder.path().toUtf8() +
+                       "</listen><policy context=\"default\"><allow send_destination=\"*\"/>"
+                       "<allow own=\"*\"/><allow eavesdrop=\"true\"/></policy></busconfig>");
+        settings.close();
+        bus.start(u"dbus-daemon"_s,
+                  {u"--nofork"_s, u"--print-address"_s, u"--config-file="_s + settings.fileName()});
+        return bus.waitForReadyRead(20000) ? QString::fromUtf8(bus.readLine().trimmed()) : QString();
+    }
+
+    std::unique_ptr<Sandbox> m_sandbox;
+    QProcess m_windowManager;
+    QProcess m_keyring;
+    QProcess m_program;
+    realkeyring::Prompter m_prompter;
+    FakeNotificationService m_notifications;
+    std::unique_ptr<QTemporaryDir> m_folder;
+};
+
+QTEST_GUILESS_MAIN(StartAndLeaveTest)
+#include "StartAndLeaveTest.moc"

@@ -1,0 +1,113 @@
+#include <QTemporaryDir>
+#include <QTest>
+
+#include "app/TrayAdvisor.h"
+#include "tests/fakes/FakeNotificationCenter.h"
+#include "tests/fakes/FakeSoundPlayer.h"
+#include "tests/fakes/FakeStatusBar.h"
+#include "tests/fakes/FakeWorkspace.h"
+#include "tests/fakes/ManualClock.h"
+
+using namespace tidemark;
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+class TrayAdvisorTest final : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init() {
+        m_folder = std::make_unique<QTemporaryDir>();
+        m_center = std::make_unique<FakeNotificationCenter>();
+        m_printed.clear();
+    }
+
+    void aPanelMayTakeItsTime() {
+        QCOMPARE(run(u"XFCE"_s, 9s), QString());
+        QVERIFY(m_printed.isEmpty());
+    }
+
+    void itIsSaidOnceOnEachDesktop() {
+        QVERIFY(run(u"XFCE"_s).contains(u"Status Tray Plugin"_s));
+        QVERIFY(m_printed.isEmpty());
+        QVERIFY(run(u"GNOME"_s).contains(u"AppIndicator"_s));
+        QCOMPARE(run(u"XFCE"_s), QString());
+        QVERIFY(m_printed.takeFirst().contains(u"Status Tray Plugin"_s));
+        // A tray was there and has gone.
+        QCOMPARE(run(u"XFCE"_s, 1s), QString());
+        QVERIFY(run(u"XFCE"_s).contains(u"Status Tray Plugin"_s));
+        QCOMPARE(run(u"GNOME"_s), QString());
+    }
+
+    void whatNothingCanShowIsPrintedAndSaidAgain() {
+        m_center->isAvailable = false;
+        for (int i = 1; i <= 2; ++i) {
+            QCOMPARE(run(u"sway"_s), QString());
+            QCOMPARE(m_printed.size(), i);
+        }
+        m_center->isAvailable = true;
+        QVERIFY(run(u"sway"_s).contains(u"waybar"_s));
+    }
+
+    void aRunThatEndsEarlySaysNothing() {
+        m_isShort = true;
+        QCOMPARE(run(u"XFCE"_s), QString());
+        QVERIFY(m_printed.isEmpty());
+        m_isShort = false;
+    }
+
+    void everyDesktopHasItsAdvice_data() {
+        QTest::addColumn<QString>("word");
+        const auto row = [](const char* desktop, const QString& word) { QTest::newRow(desktop) << word; };
+        row("ubuntu:GNOME", u"AppIndicator"_s);
+        row("KDE", u"widget"_s);
+        row("X-Cinnamon", u"XApp"_s);
+        row("LXQt", u"Status Notifier"_s);
+        row("MATE", u"Notification Area"_s);
+        row("sway:wlroots", u"waybar"_s);
+        row("i3", u"xfce4-panel"_s);
+        row("", u"xfce4-panel"_s);
+    }
+
+    void everyDesktopHasItsAdvice() {
+        QFETCH(const QString, word);
+        const QString advice = TrayAdvisor::advice(QString::fromLatin1(QTest::currentDataTag()));
+        QVERIFY2(advice.contains(word), qPrintable(advice));
+    }
+
+private:
+    /// Later than anybody looks.
+    static constexpr auto never = 1h;
+
+    /// A run of the program. What it showed.
+    QString run(const QString& desktop, std::chrono::seconds panelComesAfter = never) {
+        m_center->requests.clear();
+        ManualClock clock;
+        FakeStatusBar bar;
+        UserDefaults defaults(m_folder->filePath(u"defaults.ini"_s));
+        FakeSoundPlayer sounds;
+        FakeWorkspace workspace;
+        NotificationManager notifications(*m_center, sounds, workspace, clock, {.identifier = u"test"_s});
+        TrayAdvisor advisor({.clock = clock,
+                             .statusBar = bar,
+                             .notifications = notifications,
+                             .defaults = defaults,
+                             .desktop = desktop,
+                             .print = [this](const QString& line) { m_printed.append(line); }});
+        advisor.start();
+        bar.isShown = false;
+        for (auto second = 0s; second < (m_isShort ? 5s : 60s); second += 1s) {
+            bar.isShown = bar.isShown || second >= panelComesAfter;
+            clock.advance(1s);
+        }
+        return m_center->requests.isEmpty() ? QString() : m_center->requests.constFirst().body;
+    }
+
+    std::unique_ptr<QTemporaryDir> m_folder;
+    std::unique_ptr<FakeNotificationCenter> m_center;
+    QStringList m_printed;
+    bool m_isShort = false;
+};
+
+QTEST_GUILESS_MAIN(TrayAdvisorTest)
+#include "TrayAdvisorTest.moc"

@@ -1,0 +1,120 @@
+#pragma once
+
+#include <QDBusArgument>
+#include <QDBusConnection>
+#include <QDBusConnectionInterface>
+#include <QDBusMessage>
+#include <QDBusMetaType>
+#include <QDBusObjectPath>
+#include <QDBusVariant>
+#include <QDBusVirtualObject>
+#include <QProcess>
+#include <QTest>
+#include <atomic>
+#include <functional>
+
+namespace tidemark::realkeyring {
+
+using namespace Qt::StringLiterals;
+
+/// Stands in for the program that asks the user for the keyring's password. The user declines.
+class Prompter final : public QDBusVirtualObject {
+public:
+    std::atomic<int> count = 0;
+    /// What happens in place of an answer.
+    std::function<void()> onPrompt;
+
+    void appear() {
+        auto bus = QDBusConnection::sessionBus();
+        QVERIFY(bus.registerVirtualObject(u"/org/gnome/keyring/Prompter"_s, this));
+        QVERIFY(bus.registerService(u"org.gnome.keyring.SystemPrompter"_s));
+    }
+
+    [[nodiscard]] QString introspect(const QString& /*path*/) const override { return {}; }
+    bool handleMessage(const QDBusMessage& message, const QDBusConnection& connection) override {
+        const bool isPrompt = message.member() == "BeginPrompting"_L1;
+        if (isPrompt)
+            ++count;
+        if (!onPrompt)
+            connection.send(message.createErrorReply(QDBusError::Failed, u"No"_s));
+        else if (isPrompt)
+            onPrompt();
+        return true;
+    }
+};
+
+/// A password on its way to the service, in a session without encryption.
+struct Secret {
+    QDBusObjectPath session;
+    QByteArray parameters;
+    QByteArray value;
+    QString contentType;
+
+    friend QDBusArgument& operator<<(QDBusArgument& argument, const Secret& secret) {
+        argument.beginStructure();
+        argument << secret.session << secret.parameters << secret.value << secret.contentType;
+        argument.endStructure();
+        return argument;
+    }
+    friend const QDBusArgument& operator>>(const QDBusArgument& argument, Secret& secret) {
+        argument.beginStructure();
+        argument >> secret.session >> secret.parameters >> secret.value >> secret.contentType;
+        argument.endStructure();
+        return argument;
+    }
+};
+
+/// What the service answers to a method of its main object.
+inline QVariantList callService(const QString& method, const QVariantList& arguments,
+                                const QString& interface = u"org.freedesktop.Secret.Service"_s) {
+    auto message = QDBusMessage::createMethodCall(u"org.freedesktop.secrets"_s, u"/org/freedesktop/secrets"_s,
+                                                  interface, method);
+    message.setArguments(arguments);
+    return QDBusConnection::sessionBus().call(message).arguments();
+}
+
+inline QDBusObjectPath defaultCollection() {
+    return callService(u"ReadAlias"_s, {u"default"_s}).value(0).value<QDBusObjectPath>();
+}
+
+inline void lock() {
+    const QVariant locked =
+        callService(u"Lock"_s, {QVariant::fromValue(QList{defaultCollection()})}).value(0);
+    QCOMPARE(qdbus_cast<QList<QDBusObjectPath>>(locked).size(), 1);
+}
+
+inline bool isLocked() {
+    auto get = QDBusMessage::createMethodCall(u"org.freedesktop.secrets"_s, defaultCollection().path(),
+                                              u"org.freedesktop.DBus.Properties"_s, u"Get"_s);
+    get << u"org.freedesktop.Secret.Collection"_s << u"Locked"_s;
+    const QVariantList answer = QDBusConnection::sessionBus().call(get).arguments();
+    return answer.value(0).value<QDBusVariant>().variant().toBool();
+}
+
+/// As if the user had, somewhere else.
+inline void unlock() {
+    qDBusRegisterMetaType<Secret>();
+    const QVariant plain = QVariant::fromValue(QDBusVariant(QString()));
+    const auto session = callService(u"OpenSession"_s, {u"plain"_s, plain}).value(1).value<QDBusObjectPath>();
+    const Secret password{
+        .session = session, .parameters = {}, .value = "password", .contentType = u"text/plain"_s};
+    callService(u"UnlockWithMasterPassword"_s,
+                {QVariant::fromValue(defaultCollection()), QVariant::fromValue(password)},
+                u"org.gnome.keyring.InternalUnsupportedGuiltRiddenInterface"_s);
+}
+
+/// Starts the keyring of the session, unlocked. The first start makes it.
+inline void start(QProcess& daemon) {
+    daemon.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    daemon.start(u"gnome-keyring-daemon"_s, {u"--unlock"_s, u"--components=secrets"_s, u"--foreground"_s});
+    QVERIFY(daemon.waitForStarted());
+    daemon.write("password");
+    daemon.closeWriteChannel();
+    QTRY_VERIFY_WITH_TIMEOUT(
+        QDBusConnection::sessionBus().interface()->isServiceRegistered(u"org.freedesktop.secrets"_s), 20000);
+    QTRY_VERIFY_WITH_TIMEOUT(defaultCollection().path().size() > 1, 20000);
+}
+
+}  // namespace tidemark::realkeyring
+
+Q_DECLARE_METATYPE(tidemark::realkeyring::Secret)
