@@ -39,7 +39,7 @@ QFuture<std::optional<AppConfiguration>> AppDelegate::loadConfiguration(Keychain
 }
 
 QFuture<std::optional<AppConfiguration>> AppDelegate::loadForEditing() {
-    const QFuture<std::optional<AppConfiguration>> loading = loadConfiguration();
+    QFuture<std::optional<AppConfiguration>> loading = loadConfiguration();
     m_tasks.start([this, loading](std::stop_token) -> QCoro::Task<> {
         const std::optional<AppConfiguration> stored = co_await loading;
         takeOver(stored);

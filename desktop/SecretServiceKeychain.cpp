@@ -167,8 +167,6 @@ public:
         // from a main loop, which nobody runs here, and go on calling the one that is gone.
         secret_service_disconnect();
         m_isRefused = prompting == Prompting::unlessDeclined && m_hasDeclined;
-        // libsecret goes on using its first session, also with a keyring that has restarted since.
-        secret_service_disconnect();
     }
     void cancel() { g_cancellable_cancel(m_cancellable.get()); }
 

@@ -35,7 +35,7 @@ public:
 
     /// Padded to whole words.
     QByteArray padded(quint32 size) {
-        const QByteArray bytes = take(size);
+        QByteArray bytes = take(size);
         take((4 - (qint64{size} % 4)) % 4);
         return bytes;
     }
@@ -45,7 +45,7 @@ public:
             m_position = m_bytes.size();
             return {};
         }
-        const QByteArray bytes = m_bytes.mid(m_position, size);
+        QByteArray bytes = m_bytes.mid(m_position, size);
         m_position += size;
         return bytes;
     }

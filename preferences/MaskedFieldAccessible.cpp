@@ -61,7 +61,7 @@ public:
     [[nodiscard]] int characterCount() const override { return number("length"); }
     [[nodiscard]] QString text(int start, int end) const override {
         const int last = std::clamp(end < 0 ? characterCount() : end, 0, characterCount());
-        return QString(std::max(0, last - std::max(0, start)), QChar(0x2022));
+        return QString().fill(QChar(0x2022), std::max(0, last - std::max(0, start)));
     }
     [[nodiscard]] int cursorPosition() const override { return number("cursorPosition"); }
     void setCursorPosition(int position) override { field()->setProperty("cursorPosition", position); }

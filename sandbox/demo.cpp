@@ -88,7 +88,7 @@ void pinProjects(Sandbox& sandbox, int count, const QString& defaultsPath) {
 
 /// The demo's stand-in for the file of an AppImage: something to replace, and to start after that.
 QString makeProgramFile(const QTemporaryDir& folder) {
-    const QString path = folder.filePath(u"Tidemark.AppImage"_s);
+    QString path = folder.filePath(u"Tidemark.AppImage"_s);
     QFile file(path);
     if (file.open(QIODevice::WriteOnly))
         file.write("#!/bin/sh\n");

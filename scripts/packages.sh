@@ -7,7 +7,7 @@
 build_packages=(
     git
     g++ cmake ninja-build ccache pkg-config qt6-base-dev qt6-base-dev-tools qcoro-qt6-dev libexpected-dev
-    qt6-declarative-dev qt6-declarative-dev-tools qt6-svg-dev qml6-module-qtquick qml6-module-qtquick-window
+    qt6-declarative-dev qt6-declarative-dev-tools qt6-svg-dev qml6-module-qtquick qml6-module-qtquick-window qml6-module-qtquick-templates
     qml6-module-qtqml qml6-module-qtqml-models qml6-module-qtqml-workerscript
     libicu-dev libsecret-1-dev libcanberra-dev libxcb1-dev libxcb-xinput-dev zlib1g-dev libssl-dev
     libcpp-httplib-dev

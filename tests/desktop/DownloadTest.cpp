@@ -8,13 +8,13 @@ using namespace tidemark;
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 using Script = MisbehavingServer::Script;
-using Status = tl::expected<int, TransportError>;
+using DownloadResult = tl::expected<int, TransportError>;
 
 namespace {
 
 struct Download {
     QByteArray body;
-    Status status;
+    DownloadResult status;
 
     [[nodiscard]] QString summary() const {
         if (status)
@@ -104,7 +104,7 @@ private Q_SLOTS:
     void sinkAndStopEndIt() {
         MisbehavingServer server(drips("HTTP/1.1 200 OK\r\nContent-Length: 100\r\n\r\n", "x", 100));
         HttpSink full = [](QByteArrayView) { return false; };
-        const Status refused =
+        const DownloadResult refused =
             QCoro::waitFor(m_client->download({.url = server.url(), .limit = 100}, std::move(full), {}));
         QVERIFY(refused == tl::unexpected(TransportError::cancelled));
         QTRY_COMPARE(server.openConnectionCount(), 0);
@@ -114,7 +114,7 @@ private Q_SLOTS:
             stop.request_stop();
             return true;
         };
-        const Status stopped = QCoro::waitFor(
+        const DownloadResult stopped = QCoro::waitFor(
             m_client->download({.url = server.url(), .limit = 100}, std::move(sink), stop.get_token()));
         QVERIFY(stopped == tl::unexpected(TransportError::cancelled));
         QTRY_COMPARE(server.openConnectionCount(), 0);
