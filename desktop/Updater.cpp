@@ -131,6 +131,7 @@ void Updater::checkForUpdates() {
         m_asker = Asker::user;
         enter(Stage::checking);
     } else if (!m_isBusy && m_stage != Stage::installed) {
+        m_release.reset();
         enter(Stage::checking);
         startCheck(Asker::user);
     }
@@ -139,7 +140,6 @@ void Updater::checkForUpdates() {
 
 void Updater::startCheck(Asker asker) {
     m_asker = asker;
-    m_release.reset();
     setBusy(true);
     m_operation = m_tasks.start([this](std::stop_token stop) { return check(std::move(stop)); });
 }

@@ -43,14 +43,9 @@ T.CheckBox {
         mnemonic: option.mnemonic
     }
 
-    Shortcut {
-        sequence: option.mnemonic === "" ? "" : "Alt+" + option.mnemonic
-        autoRepeat: false
+    Accelerator {
         enabled: option.enabled && option.visible
-        onActivated: {
-            option.forceActiveFocus(Qt.ShortcutFocusReason);
-            option.toggle();
-            option.toggled();
-        }
+        control: option
+        mnemonic: option.mnemonic
     }
 }

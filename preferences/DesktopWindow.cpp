@@ -116,7 +116,7 @@ void DesktopWindow::present() {
 }
 
 bool DesktopWindow::event(QEvent* event) {
-    watchAlt(*event);
+    watchInput(*event);
     return openFieldMenu(*event) || QQuickView::event(event);
 }
 
@@ -141,7 +141,7 @@ bool DesktopWindow::openFieldMenu(const QEvent& event) {
     return true;
 }
 
-void DesktopWindow::watchAlt(const QEvent& event) {
+void DesktopWindow::watchInput(const QEvent& event) {
     Theme* looks = theme();
     if (!looks)
         return;

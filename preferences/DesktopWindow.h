@@ -46,7 +46,7 @@ protected:
 private:
     [[nodiscard]] Theme* theme() const;
     void takeColor();
-    void watchAlt(const QEvent& event);
+    void watchInput(const QEvent& event);
     /// Opens the menu of a text field when the event asks for it; false when it does not.
     bool openFieldMenu(const QEvent& event);
 

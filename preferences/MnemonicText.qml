@@ -1,13 +1,17 @@
 import QtQuick
 import Tidemark.Preferences
 
-/// A label of a control. The letter that goes with Alt is underlined while Alt is held.
+/// A label. The letter that goes with Alt is underlined while Alt is held.
 Text {
     required property string label
-    required property string mnemonic
+    /// Empty for none.
+    property string mnemonic
 
-    textFormat: Theme.showsMnemonics ? Text.StyledText : Text.PlainText
-    text: Theme.showsMnemonics ? Theme.withMnemonic(label, mnemonic) : label
+    readonly property bool isUnderlined: mnemonic !== "" && Theme.showsMnemonics
+
+    textFormat: isUnderlined ? Text.StyledText : Text.PlainText
+    text: isUnderlined ? Theme.withMnemonic(label, mnemonic) : label
+    horizontalAlignment: Text.AlignLeft
     verticalAlignment: Text.AlignVCenter
     color: Theme.text
     font.pixelSize: Theme.bodySize

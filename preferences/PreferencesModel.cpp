@@ -27,18 +27,14 @@ PreferencesModel::PreferencesModel(const AppConfiguration& configuration,
       m_updates(std::move(updates)),
       m_actions(std::move(actions)) {
     connect(&m_accountDrafts, &AccountListModel::edited, this, [this] {
-        noteEdit();
+        m_isEdited = true;
         Q_EMIT canSaveChanged();
     });
 }
 
-void PreferencesModel::noteEdit() {
-    m_isEdited = true;
-}
-
 void PreferencesModel::setCloudflareToken(const QString& token) {
     m_cloudflareToken = joinedLines(token, {});
-    noteEdit();
+    m_isEdited = true;
     // Also when it is what it was: the field may show what was pasted.
     Q_EMIT cloudflareTokenChanged();
 }
@@ -56,7 +52,7 @@ QString PreferencesModel::pollingIntervalText() const {
 
 void PreferencesModel::setPollingInterval(qint64 seconds) {
     m_pollingInterval = std::clamp(seconds, shortestInterval, longestInterval);
-    noteEdit();
+    m_isEdited = true;
     Q_EMIT pollingIntervalChanged();
 }
 
@@ -72,7 +68,7 @@ void PreferencesModel::setLaunchAtLogin(bool launch) {
     if (launch == m_launchAtLogin)
         return;
     m_launchAtLogin = launch;
-    noteEdit();
+    m_isEdited = true;
     Q_EMIT launchAtLoginChanged();
 }
 
@@ -80,7 +76,7 @@ void PreferencesModel::setSoundEnabled(bool enabled) {
     if (enabled == m_soundEnabled)
         return;
     m_soundEnabled = enabled;
-    noteEdit();
+    m_isEdited = true;
     Q_EMIT soundEnabledChanged();
 }
 

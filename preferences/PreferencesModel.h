@@ -100,7 +100,6 @@ Q_SIGNALS:
 
 private:
     void setPollingInterval(qint64 seconds);
-    void noteEdit();
 
     AccountListModel m_accountDrafts;
     QString m_cloudflareToken;

@@ -108,7 +108,7 @@ FocusScope {
                 spacing: 10
 
                 SectionHeader {
-                    title: "Vercel Accounts"
+                    label: "Vercel Accounts"
                     mnemonic: "V"
                 }
 
@@ -183,7 +183,7 @@ FocusScope {
                 spacing: 8
 
                 SectionHeader {
-                    title: "Cloudflare API Token"
+                    label: "Cloudflare API Token"
                     mnemonic: "T"
                 }
 
@@ -219,7 +219,7 @@ FocusScope {
                 spacing: 8
 
                 SectionHeader {
-                    title: "Polling Interval"
+                    label: "Polling Interval"
                     mnemonic: "I"
                 }
 
@@ -247,7 +247,7 @@ FocusScope {
                 spacing: 8
 
                 SectionHeader {
-                    title: "Updates"
+                    label: "Updates"
                 }
 
                 UpdatesBlock {
@@ -265,7 +265,7 @@ FocusScope {
                 spacing: 8
 
                 SectionHeader {
-                    title: "General"
+                    label: "General"
                 }
 
                 CheckOption {

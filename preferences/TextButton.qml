@@ -51,13 +51,9 @@ T.AbstractButton {
         }
     }
 
-    Shortcut {
-        sequence: button.mnemonic === "" ? "" : "Alt+" + button.mnemonic
-        autoRepeat: false
+    Accelerator {
         enabled: button.enabled && button.visible
-        onActivated: {
-            button.forceActiveFocus(Qt.ShortcutFocusReason);
-            button.clicked();
-        }
+        control: button
+        mnemonic: button.mnemonic
     }
 }

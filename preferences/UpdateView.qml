@@ -80,7 +80,7 @@ FocusScope {
                 width: parent.width - (view.update && view.update.isBusy ? 26 : 0)
                 maximumLineCount: 2
                 elide: Text.ElideRight
-                title: view.update ? view.update.title : ""
+                label: view.update ? view.update.title : ""
             }
         }
 

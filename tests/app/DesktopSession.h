@@ -9,7 +9,9 @@
 #include <QRect>
 #include <QRegularExpression>
 #include <QStringList>
+#include <QTest>
 #include <QVariant>
+#include <memory>
 
 #include "sandbox/Sandbox.h"
 
@@ -75,6 +77,28 @@ inline void quit(QProcess& process) {
     if (!process.waitForFinished(10000))
         process.kill();
     process.waitForFinished();
+}
+
+/// A frozen world of three projects to watch, and a window manager to show windows.
+inline void startSurroundings(std::unique_ptr<sandbox::Sandbox>& world, QProcess& windowManager) {
+    world = std::make_unique<sandbox::Sandbox>(sandbox::SandboxOptions{.seed = 3, .projects = 3, .speed = 0});
+    QVERIFY(world->start());
+    windowManager.start(u"openbox"_s, QStringList());
+    QVERIFY(windowManager.waitForStarted());
+}
+
+/// Starts a panel, and waits for its tray.
+inline void launchPanel(QProcess& process, const QString& program, const QStringList& arguments = {}) {
+    process.start(program, arguments);
+    QVERIFY(process.waitForStarted());
+    QTRY_VERIFY_WITH_TIMEOUT(isOnTheBus(watcherName), 20000);
+}
+
+/// Gives it no chance to say good-bye, and waits until its name is gone from the bus.
+inline void killAndWait(QProcess& process, const QString& name) {
+    process.kill();
+    process.waitForFinished();
+    QTRY_VERIFY_WITH_TIMEOUT(!isOnTheBus(name), 20000);
 }
 
 /// Starts the demo on the frozen world of a test, polling every second, and has it forward what it says.

@@ -32,13 +32,7 @@ class ProgramTest final : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase() {
-        m_sandbox = std::make_unique<Sandbox>(
-            tidemark::sandbox::SandboxOptions{.seed = 3, .projects = 3, .speed = 0});
-        QVERIFY(m_sandbox->start());
-        m_windowManager.start(u"openbox"_s, QStringList());
-        QVERIFY(m_windowManager.waitForStarted());
-    }
+    void initTestCase() { startSurroundings(m_sandbox, m_windowManager); }
 
     void cleanupTestCase() { quit(m_windowManager); }
 
@@ -267,16 +261,10 @@ private:
 
     void startPanel() {
         m_panel.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-        m_panel.start(QStringLiteral(START_PANEL), {QString::number(panelSize)});
-        QVERIFY(m_panel.waitForStarted());
-        QTRY_VERIFY_WITH_TIMEOUT(isOnTheBus(watcherName), 20000);
+        launchPanel(m_panel, QStringLiteral(START_PANEL), {QString::number(panelSize)});
     }
 
-    void stopPanel() {
-        m_panel.kill();
-        m_panel.waitForFinished();
-        QTRY_VERIFY_WITH_TIMEOUT(!isOnTheBus(watcherName), 20000);
-    }
+    void stopPanel() { killAndWait(m_panel, watcherName); }
 
     std::unique_ptr<Sandbox> m_sandbox;
     QProcess m_windowManager;

@@ -12,11 +12,7 @@ class RestartTest final : public QObject {
 
 private Q_SLOTS:
     void initTestCase() {
-        m_sandbox = std::make_unique<Sandbox>(
-            tidemark::sandbox::SandboxOptions{.seed = 3, .projects = 3, .speed = 0});
-        QVERIFY(m_sandbox->start());
-        m_windowManager.start(u"openbox"_s, QStringList());
-        QVERIFY(m_windowManager.waitForStarted());
+        startSurroundings(m_sandbox, m_windowManager);
         // Or the bus starts one for the first notification, of which we would know nothing.
         startDaemon();
     }
@@ -27,7 +23,7 @@ private Q_SLOTS:
         quit(m_demo);
         QCOMPARE(m_demo.exitStatus(), QProcess::NormalExit);
         QCOMPARE(m_demo.exitCode(), 0);
-        kill(m_panel, watcherName);
+        killAndWait(m_panel, watcherName);
     }
 
     void cleanupTestCase() {
@@ -43,13 +39,13 @@ private Q_SLOTS:
 
     void itemsComeBackWithThePanel() {
         QFETCH(const QString, panel);
-        startPanel(panel);
+        launchPanel(m_panel, panel);
         startDemo();
         QTRY_COMPARE_WITH_TIMEOUT(itemProperty(u"Title"_s), QVariant(u"Tidemark — 3 live"_s), 20000);
-        kill(m_panel, watcherName);
+        killAndWait(m_panel, watcherName);
         // Nobody sees this change at the time.
         setStates({u"ERROR"_s, u"READY"_s, u"BUILDING"_s});
-        startPanel(panel);
+        launchPanel(m_panel, panel);
         QElapsedTimer sinceThePanel;
         sinceThePanel.start();
         QTRY_VERIFY_WITH_TIMEOUT(itemProperty(u"Title"_s).isValid(), 20000);
@@ -64,7 +60,7 @@ private Q_SLOTS:
     }
 
     void notificationsArriveAfterTheDaemonsRestart() {
-        startPanel(QStringLiteral(TESTS_FOLDER "/start-panel"));
+        launchPanel(m_panel, QStringLiteral(TESTS_FOLDER "/start-panel"));
         restartDaemon();
         startDemo();
         const auto isAnnounced = [this](int index) {
@@ -91,7 +87,7 @@ private Q_SLOTS:
         QVERIFY(QRect(0, 0, 1280, 800).contains(popover()));
         output(u"xdotool"_s, {u"key"_s, u"Escape"_s});
         QTRY_VERIFY_WITH_TIMEOUT(popover().isEmpty(), 20000);
-        startPanel(QStringLiteral(TESTS_FOLDER "/start-panel"));
+        launchPanel(m_panel, QStringLiteral(TESTS_FOLDER "/start-panel"));
         QTRY_COMPARE_WITH_TIMEOUT(itemProperty(u"Title"_s), QVariant(u"Tidemark — 3 live"_s), 20000);
     }
 
@@ -111,13 +107,6 @@ private:
         QVERIFY(m_demo.waitForStarted());
     }
 
-    void startPanel(const QString& program) {
-        m_panel.setProcessChannelMode(QProcess::SeparateChannels);
-        m_panel.start(program, {});
-        QVERIFY(m_panel.waitForStarted());
-        QTRY_VERIFY_WITH_TIMEOUT(isOnTheBus(watcherName), 20000);
-    }
-
     void startDaemon() {
         m_daemon.start(u"dunst"_s, QStringList());
         QVERIFY(m_daemon.waitForStarted());
@@ -125,15 +114,8 @@ private:
     }
 
     void restartDaemon() {
-        kill(m_daemon, daemonName);
+        killAndWait(m_daemon, daemonName);
         startDaemon();
-    }
-
-    /// Gives it no chance to say good-bye.
-    static void kill(QProcess& process, const QString& name) {
-        process.kill();
-        process.waitForFinished();
-        QTRY_VERIFY_WITH_TIMEOUT(!isOnTheBus(name), 20000);
     }
 
     std::unique_ptr<Sandbox> m_sandbox;

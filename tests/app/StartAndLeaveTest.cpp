@@ -21,11 +21,7 @@ class StartAndLeaveTest final : public QObject {
 
 private Q_SLOTS:
     void initTestCase() {
-        m_sandbox = std::make_unique<Sandbox>(
-            tidemark::sandbox::SandboxOptions{.seed = 3, .projects = 3, .speed = 0});
-        QVERIFY(m_sandbox->start());
-        m_windowManager.start(u"openbox"_s, QStringList());
-        QVERIFY(m_windowManager.waitForStarted());
+        startSurroundings(m_sandbox, m_windowManager);
         m_notifications.appear();
         m_prompter.appear();
         realkeyring::start(m_keyring);

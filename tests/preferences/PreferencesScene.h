@@ -15,17 +15,20 @@ namespace tidemark {
 
 using namespace Qt::StringLiterals;
 
-enum class Build : quint8 { withoutUpdates, withUpdates };
+/// With updates: as an AppImage, or from a package.
+enum class Build : quint8 { withoutUpdates, appImage, package };
 
 /// The preferences of a user whose configuration is in `stored`.
 class PreferencesScene : public ViewUser {
 public:
     explicit PreferencesScene(Build build = Build::withoutUpdates)
-        : bundle{
-              .identifier = u"com.tidemark.Test"_s,
-              .version = u"1.4.2"_s,
-              .feedUrl = build == Build::withUpdates ? u"https://updates.example/appcast.xml"_s : QString(),
-              .publicKey = u"PUAXw+hDiVqStwqnTRt+vJyYLM8uxJaMwM1V8Sr0Zgw="_s} {
+        : form{.appImagePath = build == Build::package ? QString() : folder.filePath(u"Tidemark"_s),
+               .cacheFolder = folder.filePath(u"cache"_s)},
+          bundle{.identifier = u"com.tidemark.Test"_s,
+                 .version = u"1.4.2"_s,
+                 .feedUrl =
+                     build != Build::withoutUpdates ? u"https://updates.example/appcast.xml"_s : QString(),
+                 .publicKey = u"PUAXw+hDiVqStwqnTRt+vJyYLM8uxJaMwM1V8Sr0Zgw="_s} {
         controller.onSave = [this](const AppConfiguration& configuration) { saved.append(configuration); };
     }
 
@@ -47,16 +50,16 @@ public:
     FakeHttpClient http;
     ManualClock clock;
     FakeWorkspace workspace;
+    InstalledForm form;
     Bundle bundle;
     UpdateController updates{bundle, [this] {
-                                 return std::make_unique<Updater>(Updater::Services{
-                                     .http = http,
-                                     .clock = clock,
-                                     .workspace = workspace,
-                                     .bundle = bundle,
-                                     .installedForm = {.appImagePath = folder.filePath(u"Tidemark"_s),
-                                                       .cacheFolder = folder.filePath(u"cache"_s)},
-                                     .settingsPath = folder.filePath(u"updates.ini"_s)});
+                                 return std::make_unique<Updater>(
+                                     Updater::Services{.http = http,
+                                                       .clock = clock,
+                                                       .workspace = workspace,
+                                                       .bundle = bundle,
+                                                       .installedForm = form,
+                                                       .settingsPath = folder.filePath(u"updates.ini"_s)});
                              }};
     QQmlEngine engine;
     std::optional<AppConfiguration> stored;

@@ -82,6 +82,16 @@ private Q_SLOTS:
         QCOMPARE(restarts.count(), 1);
     }
 
+    void aPackageIsHandedToTheSystemsInstaller() {
+        m_scene = std::make_unique<UpdateScene>(Build::package);
+        m_scene->http.answer(HttpMethod::get, UpdateScene::package, httpAnswer(200, signedArchive));
+        m_scene->check("1.5");
+        m_scene->press(Qt::Key_Return);
+        QTRY_VERIFY(m_scene->see(u"Tidemark 1.5 is ready to be installed"_s));
+        QCOMPARE(m_scene->workspace.files.size(), 1);
+        QVERIFY(!m_scene->see(u"Restart Now"_s));
+    }
+
     void whatCameUnaskedLeavesKeysAlone() {
         m_scene->http.answer(HttpMethod::get, UpdateScene::feed, httpAnswer(200, feedWith("1.5")));
         m_scene->clock.advance(std::chrono::minutes(1));

@@ -47,7 +47,7 @@ void takePictures() {
         scrollTo(scene, 10000);
         save(scene, u"2-first-start-below"_s);
     }
-    PreferencesScene scene(Build::withUpdates);
+    PreferencesScene scene(Build::appImage);
     scene.stored = twoAccounts();
     scene.open();
     save(scene, u"3-two-accounts"_s);
@@ -98,6 +98,13 @@ void takeUpdatePictures() {
     scene.click(u"Install"_s);
     QTest::qWait(500);
     save(scene, u"14-update-installed"_s);
+
+    UpdateScene packaged(Build::package);
+    packaged.http.answer(HttpMethod::get, UpdateScene::package, httpAnswer(200, signedArchive));
+    packaged.check("1.5");
+    packaged.click(u"Install"_s);
+    QTest::qWait(500);
+    save(packaged, u"15-update-handed-over"_s);
 }
 
 }  // namespace
