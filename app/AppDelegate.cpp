@@ -104,17 +104,36 @@ void AppDelegate::apply(const AppConfiguration& configuration) {
 }
 
 void AppDelegate::saveConfiguration(const AppConfiguration& configuration) {
+    const bool isTypedAnew = m_awaitsStored;
     stopAwaitingStored();
-    m_tasks.start([this, configuration](std::stop_token) { return store(configuration); });
+    m_tasks.start(
+        [this, configuration, isTypedAnew](std::stop_token) { return store(configuration, isTypedAnew); });
     // Whatever becomes of it, and however long the keyring waits for its user.
     apply(configuration);
 }
 
-QCoro::Task<> AppDelegate::store(AppConfiguration configuration) {
-    const QFuture<tl::expected<void, QString>> saving =
-        QtConcurrent::run(&m_services.keychainWorker,
-                          [store = m_configStore, configuration] { return store.save(configuration); });
+QCoro::Task<> AppDelegate::store(AppConfiguration configuration, bool isTypedAnew) {
+    using EmptyToken = ConfigStore::EmptyCloudflareToken;
+    const auto emptyToken = isTypedAnew ? EmptyToken::leavesStored : EmptyToken::replaces;
+    const QFuture<tl::expected<void, QString>> saving = QtConcurrent::run(
+        &m_services.keychainWorker,
+        [store = m_configStore, configuration, emptyToken] { return store.save(configuration, emptyToken); });
     co_await saving;
+    if (isTypedAnew && configuration.cloudflareToken.isEmpty() && !isQuitting())
+        co_await takeOverCloudflareToken();
+}
+
+QCoro::Task<> AppDelegate::takeOverCloudflareToken() {
+    const QFuture<QString> loading =
+        QtConcurrent::run(&m_services.keychainWorker, [store = m_configStore] {
+            return store.loadCloudflareToken(Keychain::Prompting::unlessDeclined);
+        });
+    const QString token = co_await loading;
+    auto configuration = m_appState.config();
+    if (isQuitting() || token.isEmpty() || !configuration || !configuration->cloudflareToken.isEmpty())
+        co_return;
+    configuration->cloudflareToken = token;
+    m_appState.setConfig(*configuration);
 }
 
 void AppDelegate::applyLaunchAtLogin(bool enabled) {

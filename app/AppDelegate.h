@@ -172,7 +172,10 @@ private:
     [[nodiscard]] QCoro::Task<> loadWhileDue();
     /// Works with the configuration from now on.
     void apply(const AppConfiguration& configuration);
-    [[nodiscard]] QCoro::Task<> store(AppConfiguration configuration);
+    /// With `isTypedAnew` the user has not seen what is stored: a Cloudflare token that was left out stays, and
+    /// is used.
+    [[nodiscard]] QCoro::Task<> store(AppConfiguration configuration, bool isTypedAnew);
+    [[nodiscard]] QCoro::Task<> takeOverCloudflareToken();
     [[nodiscard]] QCoro::Task<> runPollingLoop(std::stop_token stop);
     [[nodiscard]] QCoro::Task<> runStatusLoop(std::stop_token stop);
     void recordDeployments(const QString& projectId, const QList<Deployment>& deployments);

@@ -47,7 +47,7 @@ std::optional<QByteArray> ConfigStore::readFile() const {
 }
 
 std::optional<AppConfiguration> ConfigStore::load(Keychain::Prompting prompting) const {
-    m_keychain->beginSession(prompting);
+    const KeychainSession session(*m_keychain, prompting);
     const auto content = readFile();
     if (!content)
         return std::nullopt;
@@ -59,15 +59,21 @@ std::optional<AppConfiguration> ConfigStore::load(Keychain::Prompting prompting)
     auto configuration = AppConfiguration::decode(*content, migrateToken);
     if (!configuration)
         return std::nullopt;
-    const auto tokenOf = [this](const QString& account) {
-        return KeychainHelper::loadToken(*m_keychain, account).value_or(QString());
-    };
     for (auto& account : configuration->accounts)
         account.apiToken = tokenOf(tokenAccount(account));
     configuration->cloudflareToken = tokenOf(cloudflareTokenAccount);
-    if (!configuration->hasToken())
+    if (!configuration->hasToken() || m_keychain->wasLost())
         return std::nullopt;
     return *std::move(configuration);
+}
+
+QString ConfigStore::loadCloudflareToken(Keychain::Prompting prompting) const {
+    const KeychainSession session(*m_keychain, prompting);
+    return tokenOf(cloudflareTokenAccount);
+}
+
+QString ConfigStore::tokenOf(const QString& account) const {
+    return KeychainHelper::loadToken(*m_keychain, account).value_or(QString());
 }
 
 tl::expected<void, QString> ConfigStore::keepWhatIsReplaced(const AppConfiguration& configuration) const {
@@ -92,11 +98,13 @@ tl::expected<void, QString> ConfigStore::keepWhatIsReplaced(const AppConfigurati
     return {};
 }
 
-tl::expected<void, QString> ConfigStore::save(const AppConfiguration& configuration) const {
-    m_keychain->beginSession(Keychain::Prompting::allowed);
+tl::expected<void, QString> ConfigStore::save(const AppConfiguration& configuration,
+                                                  EmptyCloudflareToken emptyToken) const {
+    const KeychainSession session(*m_keychain, Keychain::Prompting::allowed);
     for (const auto& account : configuration.accounts)
         KeychainHelper::save(*m_keychain, account.apiToken, tokenAccount(account));
-    KeychainHelper::save(*m_keychain, configuration.cloudflareToken, cloudflareTokenAccount);
+    if (!configuration.cloudflareToken.isEmpty() || emptyToken == EmptyCloudflareToken::replaces)
+        KeychainHelper::save(*m_keychain, configuration.cloudflareToken, cloudflareTokenAccount);
 
     std::error_code error;
     std::filesystem::create_directories(QFileInfo(m_configPath).absoluteDir().filesystemAbsolutePath(),

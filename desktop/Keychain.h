@@ -38,6 +38,11 @@ public:
     /// is asked at most once to unlock the store; when they decline, the rest of the row fails without
     /// asking.
     virtual void beginSession(Prompting /*prompting*/) {}
+    /// Ends the row: what it held is given back.
+    virtual void endSession() {}
+
+    /// Whether the store went away during this row, so that what was not found may be there all the same.
+    [[nodiscard]] virtual bool wasLost() const { return false; }
 
     /// Watches this store; null where it can always be read. Called, and used, on the UI thread.
     [[nodiscard]] virtual std::unique_ptr<KeychainWatcher> makeWatcher() { return nullptr; }
@@ -54,6 +59,20 @@ public:
     /// Ends reads and waits for the user, and fails all later ones at once. Writes that need no user still go
     /// through: half a replacement would lose what it replaces. Callable from any thread.
     virtual void cancel() = 0;
+};
+
+/// A row of calls to a keychain, for as long as this lives.
+class KeychainSession {
+public:
+    KeychainSession(Keychain& keychain, Keychain::Prompting prompting) : m_keychain(keychain) {
+        m_keychain.beginSession(prompting);
+    }
+    KeychainSession(const KeychainSession&) = delete;
+    KeychainSession& operator=(const KeychainSession&) = delete;
+    ~KeychainSession() { m_keychain.endSession(); }
+
+private:
+    Keychain& m_keychain;
 };
 
 }  // namespace tidemark

@@ -77,34 +77,37 @@ Attributes attributes(const KeychainQuery& query) {
     return result;
 }
 
-/// The main loop that GLib uses for what is started on this thread meanwhile.
+/// The main loop that GLib uses for what is started on this thread meanwhile. It is the same every time: the
+/// one proxy that libsecret keeps for the process is cleaned up in the loop that it was made in, or never.
 class ThreadLoop {
 public:
-    ThreadLoop() : m_context(g_main_context_new()) { g_main_context_push_thread_default(m_context); }
+    ThreadLoop() { g_main_context_push_thread_default(context()); }
     ThreadLoop(const ThreadLoop&) = delete;
     ThreadLoop& operator=(const ThreadLoop&) = delete;
     ~ThreadLoop() {
         // Objects that went leave something to clean up here.
-        while (g_main_context_iteration(m_context, FALSE) != FALSE) {
+        while (g_main_context_iteration(context(), FALSE) != FALSE) {
         }
-        g_main_context_pop_thread_default(m_context);
-        g_main_context_unref(m_context);
+        g_main_context_pop_thread_default(context());
     }
 
     /// Runs until `isOver` says so, looked at after each event, or until it is cancelled.
     template <typename Condition>
-    void run(GCancellable* cancellable, Condition isOver) {
+    static void run(GCancellable* cancellable, Condition isOver) {
         GSource* wake = g_cancellable_source_new(cancellable);
         g_source_set_dummy_callback(wake);
-        g_source_attach(wake, m_context);
+        g_source_attach(wake, context());
         while (!isOver() && g_cancellable_is_cancelled(cancellable) == FALSE)
-            g_main_context_iteration(m_context, TRUE);
+            g_main_context_iteration(context(), TRUE);
         g_source_destroy(wake);
         g_source_unref(wake);
     }
 
 private:
-    GMainContext* m_context;
+    static GMainContext* context() {
+        static GMainContext* const context = g_main_context_new();
+        return context;
+    }
 };
 
 /// A question that the service puts to the user, and the way it ended.
@@ -120,7 +123,7 @@ public:
     /// 42), and libsecret would wait for another thread's main loop.
     static Outcome perform(GDBusConnection* connection, const char* service, const char* path,
                            GCancellable* cancellable) {
-        ThreadLoop loop;
+        const ThreadLoop loop;
         Prompt prompt;
         const guint completed = g_dbus_connection_signal_subscribe(
             connection, service, "org.freedesktop.Secret.Prompt", "Completed", path, nullptr,
@@ -131,7 +134,7 @@ public:
             connection, service, path, "org.freedesktop.Secret.Prompt", "Prompt", g_variant_new("(s)", ""),
             nullptr, G_DBUS_CALL_FLAGS_NONE, -1, cancellable, nullptr));
         if (shown)
-            loop.run(cancellable, [&prompt] { return prompt.m_isOver; });
+            ThreadLoop::run(cancellable, [&prompt] { return prompt.m_isOver; });
         g_bus_unwatch_name(watch);
         g_dbus_connection_signal_unsubscribe(connection, completed);
         return prompt.m_outcome;
@@ -163,10 +166,15 @@ private:
 class SecretServiceKeychain::Calls {
 public:
     void beginSession(Prompting prompting) {
-        // libsecret keeps one proxy for the process. That the service was started anew it would learn only
-        // from a main loop, which nobody runs here, and go on calling the one that is gone.
-        secret_service_disconnect();
+        endSession();
         m_isRefused = prompting == Prompting::unlessDeclined && m_hasDeclined;
+        m_owner.clear();
+    }
+    /// libsecret keeps one proxy for the process. Nobody runs its main loop between the rows: it would not learn
+    /// that the service was started anew, and pile up what others do with their passwords.
+    void endSession() {
+        const ThreadLoop loop;
+        secret_service_disconnect();
     }
     void cancel() { g_cancellable_cancel(m_cancellable.get()); }
 
@@ -176,7 +184,18 @@ public:
 
     /// Null when there is no service.
     [[nodiscard]] Object<SecretService> service() {
-        return Object<SecretService>(secret_service_get_sync(SECRET_SERVICE_OPEN_SESSION, nullptr, &m_error));
+        Object<SecretService> service(secret_service_get_sync(SECRET_SERVICE_OPEN_SESSION, nullptr, &m_error));
+        if (service && m_owner.isEmpty())
+            m_owner = ownerOf(service.get());
+        return service;
+    }
+
+    /// Whether it is another one by now than this row began with, or none.
+    [[nodiscard]] bool wasLost() {
+        if (m_owner.isEmpty())
+            return false;
+        const auto service = this->service();
+        return !service || ownerOf(service.get()) != m_owner;
     }
 
     [[nodiscard]] Items search(SecretService* service, const KeychainQuery& query) {
@@ -227,6 +246,19 @@ public:
     }
 
 private:
+    /// The unique name of who answers for the service at this moment; empty for nobody.
+    QByteArray ownerOf(SecretService* service) {
+        auto* proxy = G_DBUS_PROXY(service);
+        const Variant answer(g_dbus_connection_call_sync(
+            g_dbus_proxy_get_connection(proxy), "org.freedesktop.DBus", "/org/freedesktop/DBus",
+            "org.freedesktop.DBus", "GetNameOwner", g_variant_new("(s)", g_dbus_proxy_get_name(proxy)),
+            G_VARIANT_TYPE("(s)"), G_DBUS_CALL_FLAGS_NONE, -1, nullptr, &m_error));
+        const char* owner = nullptr;
+        if (answer)
+            g_variant_get(answer.get(), "(&s)", &owner);
+        return owner;
+    }
+
     static const char* pathOf(gpointer object) { return g_dbus_proxy_get_object_path(G_DBUS_PROXY(object)); }
 
     bool unlock(SecretService* service, const char* path) {
@@ -265,6 +297,8 @@ private:
 
     Object<GCancellable> m_cancellable{g_cancellable_new()};
     Error m_error;
+    /// Of the service when this row of calls began; empty until it is asked.
+    QByteArray m_owner;
     /// In this row of calls.
     bool m_isRefused = false;
     /// The user, at any time in this run.
@@ -277,6 +311,10 @@ SecretServiceKeychain::~SecretServiceKeychain() = default;
 
 void SecretServiceKeychain::beginSession(Prompting prompting) {
     m_calls->beginSession(prompting);
+}
+
+void SecretServiceKeychain::endSession() {
+    m_calls->endSession();
 }
 
 std::unique_ptr<KeychainWatcher> SecretServiceKeychain::makeWatcher() {
@@ -311,6 +349,11 @@ void SecretServiceKeychain::deleteMatching(const KeychainQuery& query) {
     const Items items = m_calls->search(service.get(), query);
     for (const GList* entry = items.get(); entry; entry = entry->next)
         m_calls->remove(service.get(), static_cast<SecretItem*>(entry->data));
+}
+
+bool SecretServiceKeychain::wasLost() const {
+    const ThreadLoop loop;
+    return m_calls->wasLost();
 }
 
 void SecretServiceKeychain::cancel() {

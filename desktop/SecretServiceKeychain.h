@@ -16,6 +16,8 @@ public:
     ~SecretServiceKeychain() override;
 
     void beginSession(Prompting prompting) override;
+    void endSession() override;
+    [[nodiscard]] bool wasLost() const override;
     [[nodiscard]] std::unique_ptr<KeychainWatcher> makeWatcher() override;
     [[nodiscard]] std::optional<QByteArray> copyMatching(const KeychainQuery& query) override;
     [[nodiscard]] bool add(const KeychainQuery& attributes, const QByteArray& data) override;

@@ -67,7 +67,7 @@ private Q_SLOTS:
     }
 
     void whatTheUserSavedIsNotReplacedByWhatIsReadLater() {
-        m_rig->store({.accounts = {Rig::account(u"A"_s)}});
+        m_rig->store({.accounts = {Rig::account(u"A"_s)}, .cloudflareToken = u"cf"_s});
         m_rig->listProjects(u"B"_s, {u"q1"_s});
         m_rig->keychain->setMood(FakeKeychain::Mood::unavailable);
         m_rig->launch();
@@ -75,13 +75,17 @@ private Q_SLOTS:
         m_rig->keychain->setMood(FakeKeychain::Mood::prompting);
         for (int i = 0; i < 100; ++i)
             QVERIFY(m_rig->keychain->announce());
-        const AppConfiguration saved{.accounts = {Rig::account(u"B"_s)}};
+        AppConfiguration saved{.accounts = {Rig::account(u"B"_s)}};
         m_rig->delegate->saveConfiguration(saved);
         QVERIFY(!m_rig->keychain->announce());
+        QCOMPARE(m_rig->state().config(), saved);
         m_rig->keychain->setMood(FakeKeychain::Mood::willing);
         m_rig->settle();
+        // A field that was empty only because nothing could be read deletes nothing.
+        saved.cloudflareToken = u"cf"_s;
         QCOMPARE(m_rig->state().config(), saved);
-        QCOMPARE(m_rig->keychain->sessions().size(), 4);  // a hundred announcements are one load
+        QCOMPARE(ConfigStore(m_rig->configPath(), *m_rig->keychain).load(), saved);
+        QCOMPARE(m_rig->keychain->sessions().size(), 6);  // a hundred announcements are one load
         QVERIFY(QFile::exists(m_rig->configPath() + u".bak"_s));
     }
 

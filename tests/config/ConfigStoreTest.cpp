@@ -182,6 +182,17 @@ private Q_SLOTS:
         QVERIFY(read().contains("\"A1\""));
     }
 
+    void whatAKeychainDidNotGiveAnyMoreIsNotTakenForEmpty() {
+        const AppConfiguration configuration{
+            .accounts = {{u"A1"_s, u"n"_s, {}, u"tok"_s}, {u"A2"_s, u"n"_s, {}, u"tok2"_s}},
+            .cloudflareToken = u"cf"_s};
+        QVERIFY(store().save(configuration));
+        m_keychain->setMood(FakeKeychain::Mood::dying);
+        QVERIFY(!store().load());
+        m_keychain->setMood(FakeKeychain::Mood::willing);
+        QCOMPARE(store().load(), configuration);
+    }
+
 private:
     ConfigStore store() { return {m_path, *m_keychain}; }
 

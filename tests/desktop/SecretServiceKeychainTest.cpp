@@ -1,6 +1,7 @@
 #include "desktop/SecretServiceKeychain.h"
 
 #include <QCoreApplication>
+#include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
 #include <QProcess>
@@ -33,6 +34,10 @@ auto onWorker(Body body) {
     while (!thread->wait(QDeadlineTimer(0)))
         QCoreApplication::processEvents(QEventLoop::AllEvents, 5);
     return result;
+}
+
+qsizetype openDescriptors() {
+    return QDir(u"/proc/self/fd"_s).entryList(QDir::AllEntries | QDir::System).size();
 }
 
 }  // namespace
@@ -113,6 +118,37 @@ private Q_SLOTS:
         QCOMPARE(keychain.copyMatching(query(true)), "abc");
         QVERIFY(keychain.add(query(true), "def"));
         QCOMPARE(m_prompter.count, 0);
+    }
+
+    void aKeyringThatGoesMeanwhileIsNoticed() {
+        SecretServiceKeychain keychain;
+        keychain.beginSession(Keychain::Prompting::allowed);
+        QCOMPARE(keychain.copyMatching(query(true)), std::nullopt);
+        QVERIFY(!keychain.wasLost());
+        m_daemon.kill();
+        QVERIFY(m_daemon.waitForFinished());
+        QVERIFY(keychain.wasLost());
+        realkeyring::start(m_daemon);
+        QVERIFY(keychain.wasLost());
+        keychain.beginSession(Keychain::Prompting::allowed);
+        QVERIFY(!keychain.wasLost());
+    }
+
+    void restartedKeyringsLeaveNothingOpen() {
+        SecretServiceKeychain keychain;
+        qsizetype before = 0;
+        for (int round = 0; round < 5; ++round) {
+            if (round == 1)
+                before = openDescriptors();
+            QVERIFY(onWorker([&keychain] {
+                const KeychainSession session(keychain, Keychain::Prompting::allowed);
+                return keychain.add(query(true), "abc");
+            }));
+            m_daemon.kill();
+            QVERIFY(m_daemon.waitForFinished());
+            realkeyring::start(m_daemon);
+        }
+        QCOMPARE(openDescriptors(), before);
     }
 
     /// In another process, since this one has its connection to the bus already.

@@ -35,6 +35,12 @@ bool FakeKeychain::announce() {
 void FakeKeychain::beginSession(Prompting prompting) {
     const QMutexLocker lock(&m_mutex);
     m_sessions.append(prompting);
+    m_wasLost = false;
+}
+
+bool FakeKeychain::wasLost() const {
+    const QMutexLocker lock(&m_mutex);
+    return m_wasLost;
 }
 
 std::unique_ptr<KeychainWatcher> FakeKeychain::makeWatcher() {
@@ -47,7 +53,12 @@ std::optional<QByteArray> FakeKeychain::copyMatching(const KeychainQuery& query)
     const QMutexLocker lock(&m_mutex);
     if (awaitMood() == Mood::unavailable || m_isCancelled)
         return std::nullopt;
-    return m_store.copyMatching(query);
+    auto data = m_store.copyMatching(query);
+    if (data && m_mood == Mood::dying) {
+        m_mood = Mood::unavailable;
+        m_wasLost = true;
+    }
+    return data;
 }
 
 bool FakeKeychain::add(const KeychainQuery& attributes, const QByteArray& data) {

@@ -19,6 +19,7 @@ public:
         refusesSynchronizable,  ///< takes only items that are not synchronizable
         refusesAdds,            ///< takes no items
         unavailable,            ///< finds nothing, takes nothing, deletes nothing
+        dying,                  ///< finds one item, then is unavailable
         prompting,              ///< keeps every call waiting until the mood changes or `cancel`
     };
 
@@ -32,6 +33,7 @@ public:
     bool announce();
 
     void beginSession(Prompting prompting) override;
+    [[nodiscard]] bool wasLost() const override;
     [[nodiscard]] std::unique_ptr<KeychainWatcher> makeWatcher() override;
     [[nodiscard]] std::optional<QByteArray> copyMatching(const KeychainQuery& query) override;
     [[nodiscard]] bool add(const KeychainQuery& attributes, const QByteArray& data) override;
@@ -46,6 +48,7 @@ private:
     QWaitCondition m_changed;
     Mood m_mood = Mood::willing;
     bool m_isCancelled = false;
+    bool m_wasLost = false;
     sandbox::MemoryKeychain m_store;
     QList<Prompting> m_sessions;
     QPointer<KeychainWatcher> m_watcher;
