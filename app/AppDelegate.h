@@ -103,7 +103,8 @@ public:
     void applyLaunchAtLogin(bool enabled);
 
     /// Fetches the project lists of all accounts, one after the other, then starts polling anew. An account
-    /// that fails keeps the projects that are known of it.
+    /// that fails keeps the projects that are known of it. One that the network did not let through, as at a
+    /// login, is asked again from time to time until it answers.
     [[nodiscard]] QCoro::Task<> loadProjects();
 
     /// Starts the polling loop in place of the running one, which ends at its next check.
@@ -176,6 +177,11 @@ private:
     /// is used.
     [[nodiscard]] QCoro::Task<> store(AppConfiguration configuration, bool isTypedAnew);
     [[nodiscard]] QCoro::Task<> takeOverCloudflareToken();
+    /// Fetches the lists of these accounts. Those that the network did not let through.
+    [[nodiscard]] QCoro::Task<QList<VercelAccount>> fetchProjects(QList<VercelAccount> accounts);
+    [[nodiscard]] QCoro::Task<> fetchLateProjects(QList<VercelAccount> missing, std::stop_token stop);
+    /// Works with the project lists as they are now.
+    void useProjects();
     [[nodiscard]] QCoro::Task<> runPollingLoop(std::stop_token stop);
     [[nodiscard]] QCoro::Task<> runStatusLoop(std::stop_token stop);
     void recordDeployments(const QString& projectId, const QList<Deployment>& deployments);
@@ -204,6 +210,7 @@ private:
     std::unique_ptr<KeychainWatcher> m_keychainWatcher;
     bool m_isLateLoadDue = false;
     bool m_isLoadingLate = false;
+    TaskHandle m_lateProjectsTask;
     TaskHandle m_pollingTask;
     TaskHandle m_statusTask;
     /// Ends requests under way; replacing a loop does not, it lets the loop finish the project it is at.

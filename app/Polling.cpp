@@ -11,6 +11,7 @@ namespace {
 
 constexpr auto firstCycleSpacing = 2s;
 constexpr auto rateLimitRest = 60s;
+constexpr auto lateProjectsInterval = 60s;
 constexpr auto statusInterval = 300s;
 constexpr int deploymentLimit = 5;
 
@@ -20,21 +21,59 @@ QCoro::Task<> AppDelegate::loadProjects() {
     const auto config = m_appState.config();
     if (!config || config->accounts.isEmpty())
         co_return;
+    m_lateProjectsTask.requestStop();
     m_appState.setIsLoadingProjects(true);
-    for (const auto& account : config->accounts) {
+    QCoro::Task<QList<VercelAccount>> fetching = fetchProjects(config->accounts);
+    const QList<VercelAccount> missing = co_await fetching;
+    if (isQuitting())
+        co_return;
+    m_appState.setIsLoadingProjects(false);
+    useProjects();
+    // They may have been replaced meanwhile.
+    if (!missing.isEmpty() && m_appState.config()->accounts == config->accounts) {
+        m_lateProjectsTask.requestStop();
+        m_lateProjectsTask = m_tasks.start(
+            [this, missing](std::stop_token stop) { return fetchLateProjects(missing, std::move(stop)); });
+    }
+}
+
+QCoro::Task<QList<VercelAccount>> AppDelegate::fetchProjects(QList<VercelAccount> accounts) {
+    QList<VercelAccount> missing;
+    for (const auto& account : accounts) {
         if (account.apiToken.isEmpty())
             continue;
         const VercelAPIClient client = clientFor(account);
         auto projects = co_await client.fetchAllProjects(m_quit.get_token());
         if (isQuitting())
-            co_return;
-        if (!projects)
+            break;
+        if (!projects) {
+            if (std::holds_alternative<TransportError>(projects.error()))
+                missing.append(account);
             continue;
+        }
         for (auto& project : *projects)
             project.accountId = account.id;
         m_appState.integrateProjects(*projects, account.id);
     }
-    m_appState.setIsLoadingProjects(false);
+    co_return missing;
+}
+
+QCoro::Task<> AppDelegate::fetchLateProjects(QList<VercelAccount> missing, std::stop_token stop) {
+    while (!missing.isEmpty()) {
+        co_await m_services.clock.sleep(lateProjectsInterval, stop);
+        if (stop.stop_requested())
+            co_return;
+        QCoro::Task<QList<VercelAccount>> fetching = fetchProjects(missing);
+        const QList<VercelAccount> stillMissing = co_await fetching;
+        if (stop.stop_requested())
+            co_return;
+        if (stillMissing.size() < missing.size())
+            useProjects();
+        missing = stillMissing;
+    }
+}
+
+void AppDelegate::useProjects() {
     syncIndividualItems();
     startPolling();
     updateMainButton();

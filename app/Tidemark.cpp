@@ -2,6 +2,7 @@
 
 #include <QGuiApplication>
 #include <QProcess>
+#include <QSessionManager>
 #include <QStandardPaths>
 #include <algorithm>
 #include <array>
@@ -81,6 +82,9 @@ int Tidemark::run() {
     QDBusConnection::sessionBus().connect({}, u"/org/freedesktop/DBus/Local"_s,
                                           u"org.freedesktop.DBus.Local"_s, u"Disconnected"_s,
                                           QCoreApplication::instance(), SLOT(quit()));
+    // Whether it is there at the next login the user says in the preferences.
+    QObject::connect(qGuiApp, &QGuiApplication::saveStateRequest, qGuiApp,
+                     [](QSessionManager& session) { session.setRestartHint(QSessionManager::RestartNever); });
     const TerminationSignals signals([] { QCoreApplication::quit(); });
     bool startsAgain = false;
     if (const Updater* updater = m_updates.controller())

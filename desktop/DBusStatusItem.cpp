@@ -1,5 +1,7 @@
 #include "desktop/DBusStatusItem.h"
 
+#include "desktop/XServer.h"
+
 #include <QCursor>
 #include <QDBusMessage>
 #include <chrono>
@@ -42,7 +44,8 @@ DBusStatusItem::DBusStatusItem(QDBusConnection connection, const QString& servic
     m_connection.registerObject(itemPath(), &m_item, exported);
     requestName(m_connection, service);
     m_item.setReadHandler([queue] { queue->noteRead(); });
-    m_registration = std::make_unique<StatusNotifierRegistration>(m_connection, service, std::move(queue));
+    m_registration = std::make_unique<StatusNotifierRegistration>(
+        m_connection, service, std::move(queue), [this](TrayHost host) { adaptTo(host); });
     m_patience.setSingleShot(true);
     QObject::connect(&m_patience, &QTimer::timeout, &m_item, [this] { popUpMenu(); });
 }
@@ -52,6 +55,20 @@ DBusStatusItem::~DBusStatusItem() {
     m_connection.unregisterObject(itemPath());
     m_connection.unregisterObject(menuPath());
     QDBusConnection::disconnectFromBus(m_connection.name());
+}
+
+void DBusStatusItem::adaptTo(TrayHost host) {
+    m_item.setHost(host);
+    if (m_item.itemIsMenu()) {
+        return;
+    }
+    Menu menu;
+    if (host == TrayHost::indicators) {
+        menu.append({.identifier = QStringLiteral("open"),
+                     .title = QStringLiteral("Open ") + m_item.applicationName(),
+                     .action = [this] { m_item.runAction({}); }});
+    }
+    m_menu.setMenu(menu);
 }
 
 void DBusStatusItem::setMenu(const Menu& menu) {
@@ -82,7 +99,9 @@ void DBusStatusItem::popUpMenu() {
         m_window = std::make_unique<MenuWindow>();
     }
     // Not the place that the panel handed over: not all of them mean the same by it.
-    m_window->popup(m_menu.menu(), QCursor::pos());
+    const QPoint place = QCursor::pos();
+    const auto server = XServer::connect();
+    m_window->popup(m_menu.menu(), place, server ? server->panelAt(place) : QRect());
 }
 
 }  // namespace tidemark

@@ -30,6 +30,7 @@ public:
     void setMenu(const Menu& menu) override;
 
 private:
+    void adaptTo(TrayHost host);
     /// For panels that neither open the menu on a click nor when the item refuses to be activated.
     void showMenuUnlessPanelDoes();
     void leaveMenuToPanel();

@@ -2,6 +2,7 @@
 
 #include "desktop/Characters.h"
 #include "desktop/MenuWindowLook.h"
+#include "desktop/PopoverPlacement.h"
 
 #include <QFontMetrics>
 #include <QGuiApplication>
@@ -49,7 +50,7 @@ MenuWindow::MenuWindow() {
     setFlags(Qt::Popup | Qt::FramelessWindowHint);
 }
 
-void MenuWindow::popup(const Menu& menu, QPoint place) {
+void MenuWindow::popup(const Menu& menu, QPoint place, const QRect& panel) {
     m_isOpen = false;
     hide();
     m_rows = rowsOf(menu);
@@ -61,6 +62,9 @@ void MenuWindow::popup(const Menu& menu, QPoint place) {
     m_current = -1;
     m_offset = 0;
     m_corner = place;
+    m_room = roomBesidePanel({.place = place, .panel = panel},
+                             {.geometry = this->screen()->geometry(),
+                              .available = this->screen()->availableGeometry()});
     m_click = Click::opening;
     m_pointer = place;
     m_isShifted = false;
@@ -148,7 +152,7 @@ QRect MenuWindow::stripBelow() const {
 
 void MenuWindow::layOut() {
     int y = menuPadding;
-    const int limit = static_cast<int>(screen()->availableGeometry().width() * widestRow);
+    const int limit = static_cast<int>(m_room.width() * widestRow);
     int widest = 0;
     for (Row& row : m_rows) {
         row.top = y;
@@ -166,18 +170,17 @@ void MenuWindow::layOut() {
 
 /// An open menu keeps its direction: it may be pushed by the screen's edge, but does not jump.
 void MenuWindow::place(QSize size) {
-    const QRect available = screen()->availableGeometry();
-    size = size.boundedTo(available.size());
-    const int below = available.y() + available.height() - m_corner.y();
-    const int above = m_corner.y() - available.y();
+    size = size.boundedTo(m_room.size());
+    const int below = m_room.y() + m_room.height() - m_corner.y();
+    const int above = m_corner.y() - m_room.y();
     if (!m_isOpen) {
         m_opensUpward = size.height() > below && above > below;
     }
     const QPoint wanted(m_corner.x(), m_opensUpward ? m_corner.y() - size.height() : m_corner.y());
-    const QPoint last(available.x() + available.width() - size.width(),
-                      available.y() + available.height() - size.height());
-    setGeometry(QRect(QPoint(std::clamp(wanted.x(), available.x(), last.x()),
-                             std::clamp(wanted.y(), available.y(), last.y())),
+    const QPoint last(m_room.x() + m_room.width() - size.width(),
+                      m_room.y() + m_room.height() - size.height());
+    setGeometry(QRect(QPoint(std::clamp(wanted.x(), m_room.x(), last.x()),
+                             std::clamp(wanted.y(), m_room.y(), last.y())),
                       size));
 }
 

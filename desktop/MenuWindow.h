@@ -29,13 +29,14 @@ public:
     MenuWindow();
 
     /// Opens the menu with a corner at `place`, in Qt's global coordinates: downwards, or upwards where there
-    /// is no room below, always within the screen and beside its panels. Titles are those of this moment
+    /// is no room below, always within the screen and beside its panels, also beside `panel` if there is one
+    /// at that place: Qt does not know of panels when there are several screens. Titles are those of this moment
     /// (MenuItem::titleNow). A menu that is open already closes first, without closed(). A menu without
     /// entries is not shown.
     ///
     /// May be called while the button of the click is still down: its release chooses an entry only after the
     /// pointer was dragged there.
-    void popup(const Menu& menu, QPoint place);
+    void popup(const Menu& menu, QPoint place, const QRect& panel = {});
     /// Changes the menu in place while it is open, and is ignored while it is not. The window keeps its
     /// corner and never gets narrower, and the entry under the pointer stays the highlighted one wherever it
     /// is now. A click that was begun before an entry moved chooses nothing. A menu that has lost all entries
@@ -107,6 +108,8 @@ private:
     int m_offset = 0;
     int m_contentHeight = 0;
     QPoint m_corner;
+    /// Where the menu may be.
+    QRect m_room;
     bool m_opensUpward = false;
     bool m_isOpen = false;
     Click m_click = Click::opening;

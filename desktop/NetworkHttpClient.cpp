@@ -157,6 +157,9 @@ public:
     }
 
     void start() {
+        m_client.dropDeadConnections();
+        ++m_client.m_underWay;
+        m_isUnderWay = true;
         restartDeadline();
         sendRequest();
     }
@@ -291,6 +294,8 @@ private:
         if (m_isOver)
             return;
         m_isOver = true;
+        if (m_isUnderWay)
+            --m_client.m_underWay;
         m_result = std::move(result);
         m_deadline.stop();
         dropReply();
@@ -317,6 +322,7 @@ private:
     qint64 m_received = 0;
     HttpResult m_result;
     int m_redirects = 0;
+    bool m_isUnderWay = false;
     bool m_isOver = false;
 };
 
@@ -361,6 +367,16 @@ bool NetworkHttpClient::isAllowed(const QUrl& url) const {
         return true;
     return url.scheme() == QLatin1String("http") && isLoopback(url.host()) &&
            m_options.insecureLoopback == InsecureLoopback::allowed;
+}
+
+void NetworkHttpClient::dropDeadConnections() {
+    // Those of the others would go with them.
+    if (m_underWay > 0)
+        return;
+    NetworkPath path = m_options.networkPath();
+    if (m_networkPath && !m_networkPath->isContinuedBy(path))
+        network().clearConnectionCache();
+    m_networkPath = std::move(path);
 }
 
 QNetworkAccessManager& NetworkHttpClient::network() {

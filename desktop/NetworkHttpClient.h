@@ -1,9 +1,12 @@
 #pragma once
 
 #include <QObject>
+#include <functional>
 #include <memory>
+#include <optional>
 
 #include "desktop/HttpClient.h"
+#include "desktop/NetworkPath.h"
 
 class QNetworkAccessManager;
 
@@ -11,7 +14,7 @@ namespace tidemark {
 
 /// HTTP/1.1 over the network and the system's proxies. Nothing is remembered between requests but open
 /// connections: no cookies, no cache, no credentials. A GET that dies with a kept-alive connection is sent
-/// again; a POST is never sent twice. Requests still under way when the client goes end with `cancelled`.
+/// again, and none waits for one that died in a suspend or with its network; a POST is never sent twice. Requests still under way when the client goes end with `cancelled`.
 class NetworkHttpClient final : public HttpClient {
 public:
     /// Whether plain http is allowed to this machine itself. It never is to any other.
@@ -24,6 +27,8 @@ public:
         qint64 bodyLimit = qint64{8} * 1024 * 1024;
         /// How many bytes may wait in memory to be read.
         qint64 readBuffer = qint64{256} * 1024;
+        /// What the connections depend on at the moment.
+        std::function<NetworkPath()> networkPath = &NetworkPath::current;
     };
 
     explicit NetworkHttpClient(Options options);
@@ -41,9 +46,14 @@ private:
     [[nodiscard]] bool isAllowed(const QUrl& url) const;
     /// Made at the first request, so that starting the program does not wait for it.
     QNetworkAccessManager& network();
+    /// Drops the connections that a suspend or a change of networks has killed. They would be noticed only by
+    /// the time-out of the next request.
+    void dropDeadConnections();
 
     Options m_options;
     std::unique_ptr<QNetworkAccessManager> m_network;
+    std::optional<NetworkPath> m_networkPath;
+    int m_underWay = 0;
     /// Goes first, and tells the requests under way.
     QObject m_lifetime;
 };

@@ -126,6 +126,16 @@ PopoverAnchor choosePopoverAnchor(const QList<QPoint>& places, const QList<Scree
     return {.place = screens.constFirst().geometry.topRight()};
 }
 
+QRect roomBesidePanel(const PopoverAnchor& anchor, const ScreenArea& screen) {
+    const QRect panel = panelOn(screen, anchor.panel);
+    if (panel.isEmpty()) {
+        return screen.available;
+    }
+    const PopoverAnchor within{.place = anchor.place, .panel = panel};
+    const Edge edge = edgeOf(within, screen);
+    return roomBeside(edge, thicknessAt(edge, within, screen), screen);
+}
+
 QRect placePopover(QSize size, const PopoverAnchor& anchor, const ScreenArea& screen) {
     const Edge edge = edgeOf(anchor, screen);
     const QRect room = roomBeside(edge, thicknessAt(edge, anchor, screen), screen);

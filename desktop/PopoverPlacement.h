@@ -30,6 +30,10 @@ struct PopoverAnchor {
 [[nodiscard]] PopoverAnchor choosePopoverAnchor(const QList<QPoint>& places, const QList<ScreenArea>& screens,
                                                 const std::function<QRect(QPoint)>& panelAt);
 
+/// What of the screen is left beside the panel that the anchor is in; all of the available area when no panel
+/// is known.
+[[nodiscard]] QRect roomBesidePanel(const PopoverAnchor& anchor, const ScreenArea& screen);
+
 /// Where to show a popover of that size: beside the panel that the anchor is in, as near to the anchor as the
 /// screen allows. It is made smaller when there is not enough room.
 [[nodiscard]] QRect placePopover(QSize size, const PopoverAnchor& anchor, const ScreenArea& screen);

@@ -90,11 +90,29 @@ StatusToolTip StatusNotifierItem::toolTip() {
     return {title(), {}};
 }
 
-IconPixmaps StatusNotifierItem::iconPixmap() {
-    m_wasRead = true;
-    if (m_readHandler) {
-        m_readHandler();
+void StatusNotifierItem::setHost(TrayHost host) {
+    if (host != TrayHost::indicators) {
+        m_file.reset();
+    } else if (!m_file) {
+        m_file = std::make_unique<StatusIconFile>();
+        m_file->write(m_image, m_dot);
     }
+}
+
+QString StatusNotifierItem::iconName() {
+    if (!m_file) {
+        return {};
+    }
+    noteRead();
+    return m_file->name();
+}
+
+QString StatusNotifierItem::iconThemePath() const {
+    return m_file ? m_file->themePath() : QString();
+}
+
+IconPixmaps StatusNotifierItem::iconPixmap() {
+    noteRead();
     if (m_pixmaps.isEmpty()) {
         m_pixmaps = statusIconPixmaps(m_image, m_dot);
         m_isIconStale = false;
@@ -117,6 +135,10 @@ void StatusNotifierItem::SecondaryActivate(int x, int y) {
 
 void StatusNotifierItem::ContextMenu(int x, int y) {
     runAction({x, y});
+}
+
+void StatusNotifierItem::XAyatanaSecondaryActivate(uint /*timestamp*/) {
+    SecondaryActivate(0, 0);
 }
 
 void StatusNotifierItem::Scroll(int /*delta*/, const QString& /*orientation*/) {}
@@ -157,11 +179,21 @@ void StatusNotifierItem::publish() {
     if (m_published.label != old.label) {
         Q_EMIT XAyatanaNewLabel(m_published.label, m_published.label);
     }
-    if (std::exchange(m_isIconStale, false) && !m_pixmaps.isEmpty()) {
+    if (std::exchange(m_isIconStale, false) && (m_file || !m_pixmaps.isEmpty())) {
         const IconPixmaps oldPixmaps = std::exchange(m_pixmaps, statusIconPixmaps(m_image, m_dot));
         if (m_pixmaps != oldPixmaps) {
+            if (m_file) {
+                m_file->write(m_image, m_dot);
+            }
             Q_EMIT NewIcon();
         }
+    }
+}
+
+void StatusNotifierItem::noteRead() {
+    m_wasRead = true;
+    if (m_readHandler) {
+        m_readHandler();
     }
 }
 

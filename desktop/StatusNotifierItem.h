@@ -1,7 +1,9 @@
 #pragma once
 
 #include "desktop/StatusIcon.h"
+#include "desktop/StatusIconFile.h"
 #include "desktop/StatusItem.h"
+#include "desktop/TrayHost.h"
 
 #include <QColor>
 #include <QDBusArgument>
@@ -10,6 +12,7 @@
 #include <QObject>
 #include <QString>
 #include <functional>
+#include <memory>
 
 namespace tidemark {
 
@@ -35,8 +38,8 @@ class StatusNotifierItem final : public QObject, protected QDBusContext {
     Q_PROPERTY(QString Title READ title)
     Q_PROPERTY(QString Status READ status CONSTANT)
     Q_PROPERTY(int WindowId READ windowId CONSTANT)
-    Q_PROPERTY(QString IconThemePath READ none CONSTANT)
-    Q_PROPERTY(QString IconName READ none CONSTANT)
+    Q_PROPERTY(QString IconThemePath READ iconThemePath)
+    Q_PROPERTY(QString IconName READ iconName)
     Q_PROPERTY(tidemark::IconPixmaps IconPixmap READ iconPixmap)
     Q_PROPERTY(QString OverlayIconName READ none CONSTANT)
     Q_PROPERTY(QString AttentionIconName READ none CONSTANT)
@@ -59,11 +62,17 @@ public:
     /// menu; `action` has to do it for those that do not.
     void setItemIsMenu(bool isMenu) { m_itemIsMenu = isMenu; }
 
+    /// The tray that will show the item, to be set before it hears of the item.
+    void setHost(TrayHost host);
+    /// Runs the action as if the item had been clicked on.
+    void runAction(QPoint place);
+
     /// Is called whenever a panel reads the icon.
     void setReadHandler(std::function<void()> handler) { m_readHandler = std::move(handler); }
 
     [[nodiscard]] QString category() const { return QStringLiteral("ApplicationStatus"); }
     [[nodiscard]] QString id() const { return m_id; }
+    [[nodiscard]] QString applicationName() const { return m_applicationName; }
     [[nodiscard]] QString status() const { return QStringLiteral("Active"); }
     [[nodiscard]] int windowId() const { return 0; }
     [[nodiscard]] QString none() const { return {}; }
@@ -74,11 +83,16 @@ public:
     [[nodiscard]] QString label();
     [[nodiscard]] StatusToolTip toolTip();
     [[nodiscard]] IconPixmaps iconPixmap();
+    /// Empty where pixmaps do.
+    [[nodiscard]] QString iconName();
+    [[nodiscard]] QString iconThemePath() const;
 
 public Q_SLOTS:
     void Activate(int x, int y);
     void SecondaryActivate(int x, int y);
     void ContextMenu(int x, int y);
+    /// What the Ayatana indicators call for a middle click.
+    void XAyatanaSecondaryActivate(uint timestamp);
     void Scroll(int delta, const QString& orientation);
     void ProvideXdgActivationToken(const QString& token);
 
@@ -100,7 +114,7 @@ private:
     [[nodiscard]] Texts texts() const;
     void scheduleUpdate();
     void publish();
-    void runAction(QPoint place);
+    void noteRead();
     void refuseToActivate();
 
     QString m_applicationName;
@@ -115,6 +129,8 @@ private:
     bool m_itemIsMenu = false;
     Texts m_published;
     IconPixmaps m_pixmaps;
+    /// Where pixmaps do not do.
+    std::unique_ptr<StatusIconFile> m_file;
     bool m_isIconStale = true;
     bool m_isUpdateScheduled = false;
     bool m_wasRead = false;

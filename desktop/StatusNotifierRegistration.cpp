@@ -27,10 +27,12 @@ QDBusMessage watcherCall(const QString& interface, const QString& method) {
 
 StatusNotifierRegistration::StatusNotifierRegistration(QDBusConnection connection, QString service,
                                                        std::shared_ptr<StatusNotifierQueue> queue,
+                                                       std::function<void(TrayHost)> onHost,
                                                        std::chrono::milliseconds patience)
     : m_connection(std::move(connection)),
       m_service(std::move(service)),
       m_queue(std::move(queue)),
+      m_onHost(std::move(onHost)),
       m_patience(patience),
       m_owner(watcherName(), m_connection, QDBusServiceWatcher::WatchForOwnerChange) {
     m_timer.setSingleShot(true);
@@ -51,9 +53,23 @@ void StatusNotifierRegistration::start() {
     if (!std::exchange(m_isQueued, true)) {
         m_queue->enqueue(*this, [this] {
             m_isQueued = false;
-            registerItem();
+            identifyHost();
         });
     }
+}
+
+void StatusNotifierRegistration::identifyHost() {
+    const QString bus = QStringLiteral("org.freedesktop.DBus");
+    QDBusMessage message = QDBusMessage::createMethodCall(bus, QStringLiteral("/org/freedesktop/DBus"), bus,
+                                                          QStringLiteral("GetConnectionUnixProcessID"));
+    message << watcherName();
+    call(message, &StatusNotifierRegistration::onProcess);
+}
+
+void StatusNotifierRegistration::onProcess(const QDBusMessage& reply) {
+    // An error, too, is for the registration to find out about.
+    m_onHost(trayHostOf(processName(reply.arguments().value(0).toUInt())));
+    registerItem();
 }
 
 void StatusNotifierRegistration::registerItem() {

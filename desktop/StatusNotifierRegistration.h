@@ -1,6 +1,7 @@
 #pragma once
 
 #include "desktop/StatusNotifierQueue.h"
+#include "desktop/TrayHost.h"
 
 #include <QDBusConnection>
 #include <QDBusMessage>
@@ -26,14 +27,19 @@ public:
     /// after which a registration is looked up in the watcher's list (GNOME's now and then drops an item
     /// while it loads), and after which a failed one is tried again; it doubles with each of the few
     /// attempts.
+    ///
+    /// `onHost` is told of the tray that a watcher belongs to before the item is registered with it.
     StatusNotifierRegistration(QDBusConnection connection, QString service,
                                std::shared_ptr<StatusNotifierQueue> queue,
+                               std::function<void(TrayHost)> onHost,
                                std::chrono::milliseconds patience = std::chrono::seconds(2));
 
 private:
     using Handler = void (StatusNotifierRegistration::*)(const QDBusMessage& reply);
 
     void start();
+    void identifyHost();
+    void onProcess(const QDBusMessage& reply);
     void registerItem();
     void onRegistered(const QDBusMessage& reply);
     void checkList();
@@ -45,6 +51,7 @@ private:
     QDBusConnection m_connection;
     QString m_service;
     std::shared_ptr<StatusNotifierQueue> m_queue;
+    std::function<void(TrayHost)> m_onHost;
     bool m_isQueued = false;
     std::chrono::milliseconds m_patience;
     QDBusServiceWatcher m_owner;

@@ -49,14 +49,17 @@ public:
         ProjectsResponse response;
         for (const auto& name : names)
             response.projects.append({.id = name, .name = name});
-        answer(u"/v9/projects?limit=100&teamId=team-"_s + accountId, u"list "_s + accountId,
-               httpAnswer(200, QJsonDocument(response.encode()).toJson()));
+        answerList(accountId, httpAnswer(200, QJsonDocument(response.encode()).toJson()));
         for (const auto& name : names) {
             accountOf[name] = accountId;
             answerDeployments(name, {u"READY"_s});
             answerDomains(name,
                           httpAnswer(200, R"({"domains":[{"name":"custom.example","verified":true}]})"));
         }
+    }
+
+    void answerList(const QString& accountId, const HttpResult& result) {
+        answer(u"/v9/projects?limit=100&teamId=team-"_s + accountId, u"list "_s + accountId, result);
     }
 
     /// The states of a project's deployments, newest first.

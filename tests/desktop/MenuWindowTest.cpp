@@ -94,6 +94,19 @@ private Q_SLOTS:
         }
     }
 
+    void leavesThePanelUncovered() {
+        const QRect screen = QGuiApplication::primaryScreen()->geometry();
+        MenuWindow window;
+        for (const QRect& panel :
+             {QRect(0, 0, screen.width(), 40), QRect(0, screen.bottom() - 39, screen.width(), 40),
+              QRect(0, 0, 50, screen.height()), QRect(screen.right() - 49, 0, 50, screen.height())}) {
+            window.popup(menuOf(QStringLiteral("ab")), panel.center(), panel);
+            QVERIFY(!window.geometry().intersects(panel));
+            QVERIFY(window.geometry().adjusted(-1, -1, 1, 1).intersects(panel));
+            QVERIFY(screen.contains(window.geometry()));
+        }
+    }
+
     void keepsItsCornerOnTheScreen() {
         const QRect screen = QGuiApplication::primaryScreen()->availableGeometry();
         const QPoint end = screen.bottomRight() + QPoint(1, 1);

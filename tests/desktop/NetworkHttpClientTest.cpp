@@ -140,6 +140,33 @@ private Q_SLOTS:
         QCOMPARE(server.connectionCount(), 2);
     }
 
+    void aConnectionThatDiedWithItsNetworkIsNotUsed() {
+        MisbehavingServer server(MisbehavingServer::writes(MisbehavingServer::answer("200 OK", "x")));
+        NetworkPath path{.suspended = 5h, .addresses = {QHostAddress(u"192.0.2.1"_s)}};
+        NetworkHttpClient::Options options = loopbackOptions();
+        options.networkPath = [&path] { return path; };
+        NetworkHttpClient client(options);
+        const auto connections = [&] {
+            return send(client, get(server.url())) == answered(200, "x") ? server.connectionCount() : -1;
+        };
+        QCOMPARE(connections(), 1);
+        path.suspended += 1ms;  // the clocks were not read at the same time
+        QCOMPARE(connections(), 1);
+        path.suspended += 1min;
+        QCOMPARE(connections(), 2);
+        path.addresses.append(QHostAddress(u"2001:db8::1"_s));
+        QCOMPARE(connections(), 3);
+        QCOMPARE(connections(), 3);
+
+        // Not while somebody else waits for an answer.
+        MisbehavingServer silent(MisbehavingServer::writes(""));
+        QCoro::Task<HttpResult> waiting = client.send(get(silent.url()), {});
+        QTRY_COMPARE(silent.requests().size(), 1);
+        path.suspended += 1min;
+        QCOMPARE(connections(), 3);
+        QCOMPARE(silent.openConnectionCount(), 1);
+    }
+
     void deadlineBoundsTheWholeExchange() {
         for (const auto& script :
              {MisbehavingServer::writes(""), drips("HTTP/1.1 200 OK\r\n", "X-Drip: 1\r\n"),

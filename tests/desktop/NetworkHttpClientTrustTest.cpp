@@ -172,6 +172,38 @@ private Q_SLOTS:
         for (const QByteArray& seen : proxy.requests())
             QVERIFY(!seen.contains("secret"));
     }
+
+    /// With the name and password of the proxy's address, from the first request on.
+    void proxyIsTheUsersOwn_data() {
+        QTest::addColumn<bool>("staysOpen");  // after it has asked who it is
+        QTest::newRow("on one connection") << true;
+        QTest::newRow("on another connection") << false;
+    }
+    void proxyIsTheUsersOwn() {
+        QFETCH(const bool, staysOpen);
+        const QByteArray wanted = "\r\nProxy-Authorization: Basic " + QByteArray("me:pass").toBase64();
+        MisbehavingServer proxy([&](QTcpSocket& socket, const QByteArray& request) {
+            const bool isKnown = request.contains(wanted);
+            socket.write(isKnown ? "HTTP/1.1 502 Far away\r\nContent-Length: 0\r\n\r\n"
+                                 : "HTTP/1.1 407 Who\r\nContent-Length: 0\r\nProxy-Authenticate: Basic "
+                                   "realm=\"x\"\r\n" +
+                                       QByteArray(staysOpen ? "\r\n" : "Connection: close\r\n\r\n"));
+            if (!staysOpen)
+                socket.disconnectFromHost();
+        });
+        const auto restore = qScopeGuard([] { qunsetenv("https_proxy"); });
+        QUrl url = proxy.url();
+        url.setUserName(u"me"_s);
+        url.setPassword(u"pass"_s);
+        qputenv("https_proxy", url.toEncoded());
+        NetworkHttpClient client(loopbackOptions());
+        const HttpRequest request = authorised(QUrl(u"https://example.invalid/v1"_s));
+        QVERIFY(!send(client, request));
+        QVERIFY(!proxy.requests().isEmpty());
+        QVERIFY(proxy.requests().constLast().contains(wanted));
+        for (const QByteArray& seen : proxy.requests())
+            QVERIFY(!seen.contains("secret"));
+    }
 };
 
 QTEST_GUILESS_MAIN(NetworkHttpClientTrustTest)

@@ -8,10 +8,13 @@
 #include <QDBusConnectionInterface>
 #include <QDBusMessage>
 #include <QDBusVariant>
+#include <QFileInfo>
 #include <QProcess>
+#include <QScopeGuard>
 #include <QSignalSpy>
 #include <QTest>
 #include <optional>
+#include <sys/prctl.h>
 
 namespace tidemark {
 namespace {
@@ -44,6 +47,7 @@ private Q_SLOTS:
     void signalsOnlyWhatAPanelWouldSee();
     void everyClickRunsTheAction_data();
     void everyClickRunsTheAction();
+    void indicatorsGetAnEntryAndAFile();
     void actionMayDropTheItem();
     void aPanelIsKnownByWhatItReads();
     void droppedItemLeavesTheBus();
@@ -137,7 +141,7 @@ void StatusNotifierTest::asksAgainAWatcherThatDidNotTakeIt() {
     {
         using namespace std::chrono_literals;
         StatusNotifierRegistration registration(bus, bus.baseService(),
-                                                std::make_shared<StatusNotifierQueue>(), 2ms);
+                                                std::make_shared<StatusNotifierQueue>(), [](TrayHost) {}, 2ms);
         QTRY_COMPARE(m_watcher->registrations, registrations);
         QTRY_COMPARE(m_watcher->listReads, listReads);
         // Longer than the longest of the waits between attempts.
@@ -261,6 +265,51 @@ void StatusNotifierTest::everyClickRunsTheAction() {
              QDBusMessage::ReplyMessage);
     QCOMPARE(host.callItem(method, {place.x(), place.y()}).type(), QDBusMessage::ReplyMessage);
     QTRY_COMPARE(places, QList<QPoint>{place});
+}
+
+void StatusNotifierTest::indicatorsGetAnEntryAndAFile() {
+    char formerName[16] = {};
+    prctl(PR_GET_NAME, formerName);
+    prctl(PR_SET_NAME, "ayatana-indicator-application-service");
+    const auto rename = qScopeGuard([&formerName] { prctl(PR_SET_NAME, formerName); });
+    m_watcher->appear();
+    createItem();
+    int clicks = 0;
+    m_item->setAction([&clicks](QPoint) { ++clicks; });
+    m_item->setImage(square(Qt::blue));
+    QTRY_COMPARE(m_watcher->registrations, 1);
+    StatusNotifierHost host(m_service);
+    const auto shown = [&host] {
+        const QString folder = host.property(QStringLiteral("IconThemePath")).toString();
+        const QString name = host.property(QStringLiteral("IconName")).toString();
+        return QImage(folder + u'/' + name + QStringLiteral(".png")).pixelColor(16, 16);
+    };
+    QCOMPARE(shown(), QColor(Qt::blue));
+    QVERIFY(m_bar->hasHost());
+    m_item->setImage(square(Qt::red));
+    QTRY_COMPARE(shown(), QColor(Qt::red));
+    QCOMPARE(host.takeSignals(), QStringList{QStringLiteral("NewIcon")});
+
+    const QDBusMessage reply = host.callMenu(QStringLiteral("GetLayout"), {0, -1, QStringList()});
+    const auto menu = qdbus_cast<DBusMenuLayout>(reply.arguments().value(1));
+    QCOMPARE(menu.children.size(), 1);
+    const auto entry = qdbus_cast<DBusMenuLayout>(menu.children.constFirst().variant());
+    QCOMPARE(entry.properties.value(QStringLiteral("label")), QVariant(QStringLiteral("Open Tidemark")));
+    const QVariantList click{entry.id, QStringLiteral("clicked"), QVariant::fromValue(QDBusVariant(0)), 0U};
+    QCOMPARE(host.callMenu(QStringLiteral("Event"), click).type(), QDBusMessage::ReplyMessage);
+    QCOMPARE(host.callItem(QStringLiteral("XAyatanaSecondaryActivate"), {0U}).type(),
+             QDBusMessage::ReplyMessage);
+    QTRY_COMPARE(clicks, 2);
+
+    // Another tray takes over.
+    prctl(PR_SET_NAME, formerName);
+    const QString folder = host.property(QStringLiteral("IconThemePath")).toString();
+    auto successor = std::make_unique<FakeStatusNotifierWatcher>();
+    successor->appear();
+    m_watcher = std::move(successor);
+    QTRY_COMPARE(m_watcher->registrations, 1);
+    QCOMPARE(host.property(QStringLiteral("IconName")), QVariant(QString()));
+    QVERIFY(!QFileInfo::exists(folder));
 }
 
 void StatusNotifierTest::actionMayDropTheItem() {

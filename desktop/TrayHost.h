@@ -1,0 +1,24 @@
+#pragma once
+
+#include <QByteArray>
+#include <QtGlobal>
+
+namespace tidemark {
+
+/// What a tray makes of items, as far as an item has to be different for it.
+enum class TrayHost : quint8 {
+    /// Tells the item of clicks. Some of these show no item that has no menu.
+    usual,
+    /// The service behind the Ayatana indicators' applets, such as MATE's: it opens the item's menu on a click
+    /// and says nothing, and finds icons by their names only.
+    indicators,
+};
+
+/// The kind of tray that the process of this name (as in /proc/…/comm) brings along. Empty for one that could
+/// not be found out.
+[[nodiscard]] TrayHost trayHostOf(const QByteArray& processName);
+
+/// The name of a running process; empty when there is none or when it is out of sight.
+[[nodiscard]] QByteArray processName(uint processId);
+
+}  // namespace tidemark
