@@ -124,10 +124,9 @@ QCoro::Task<> AppDelegate::store(AppConfiguration configuration, bool isTypedAne
 }
 
 QCoro::Task<> AppDelegate::takeOverCloudflareToken() {
-    const QFuture<QString> loading =
-        QtConcurrent::run(&m_services.keychainWorker, [store = m_configStore] {
-            return store.loadCloudflareToken(Keychain::Prompting::unlessDeclined);
-        });
+    const QFuture<QString> loading = QtConcurrent::run(&m_services.keychainWorker, [store = m_configStore] {
+        return store.loadCloudflareToken(Keychain::Prompting::unlessDeclined);
+    });
     const QString token = co_await loading;
     auto configuration = m_appState.config();
     if (isQuitting() || token.isEmpty() || !configuration || !configuration->cloudflareToken.isEmpty())

@@ -173,8 +173,8 @@ private:
     [[nodiscard]] QCoro::Task<> loadWhileDue();
     /// Works with the configuration from now on.
     void apply(const AppConfiguration& configuration);
-    /// With `isTypedAnew` the user has not seen what is stored: a Cloudflare token that was left out stays, and
-    /// is used.
+    /// With `isTypedAnew` the user has not seen what is stored: a Cloudflare token that was left out stays,
+    /// and is used.
     [[nodiscard]] QCoro::Task<> store(AppConfiguration configuration, bool isTypedAnew);
     [[nodiscard]] QCoro::Task<> takeOverCloudflareToken();
     /// Fetches the lists of these accounts. Those that the network did not let through.

@@ -99,7 +99,7 @@ tl::expected<void, QString> ConfigStore::keepWhatIsReplaced(const AppConfigurati
 }
 
 tl::expected<void, QString> ConfigStore::save(const AppConfiguration& configuration,
-                                                  EmptyCloudflareToken emptyToken) const {
+                                              EmptyCloudflareToken emptyToken) const {
     const KeychainSession session(*m_keychain, Keychain::Prompting::allowed);
     for (const auto& account : configuration.accounts)
         KeychainHelper::save(*m_keychain, account.apiToken, tokenAccount(account));

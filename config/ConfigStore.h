@@ -26,7 +26,8 @@ public:
     [[nodiscard]] static QString configURL();
 
     /// The configuration with its tokens. Absent when the file cannot be read or decoded, when no account has
-    /// a token, and when the keychain went away meanwhile: what it did not give would pass for empty. A file of the single-account layout is migrated at every load, and never written.
+    /// a token, and when the keychain went away meanwhile: what it did not give would pass for empty. A file
+    /// of the single-account layout is migrated at every load, and never written.
     [[nodiscard]] std::optional<AppConfiguration> load(
         Keychain::Prompting prompting = Keychain::Prompting::allowed) const;
 

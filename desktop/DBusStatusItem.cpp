@@ -44,8 +44,8 @@ DBusStatusItem::DBusStatusItem(QDBusConnection connection, const QString& servic
     m_connection.registerObject(itemPath(), &m_item, exported);
     requestName(m_connection, service);
     m_item.setReadHandler([queue] { queue->noteRead(); });
-    m_registration = std::make_unique<StatusNotifierRegistration>(
-        m_connection, service, std::move(queue), [this](TrayHost host) { adaptTo(host); });
+    m_registration = std::make_unique<StatusNotifierRegistration>(m_connection, service, std::move(queue),
+                                                                  [this](TrayHost host) { adaptTo(host); });
     m_patience.setSingleShot(true);
     QObject::connect(&m_patience, &QTimer::timeout, &m_item, [this] { popUpMenu(); });
 }

@@ -62,9 +62,9 @@ void MenuWindow::popup(const Menu& menu, QPoint place, const QRect& panel) {
     m_current = -1;
     m_offset = 0;
     m_corner = place;
-    m_room = roomBesidePanel({.place = place, .panel = panel},
-                             {.geometry = this->screen()->geometry(),
-                              .available = this->screen()->availableGeometry()});
+    m_room = roomBesidePanel(
+        {.place = place, .panel = panel},
+        {.geometry = this->screen()->geometry(), .available = this->screen()->availableGeometry()});
     m_click = Click::opening;
     m_pointer = place;
     m_isShifted = false;
@@ -179,9 +179,9 @@ void MenuWindow::place(QSize size) {
     const QPoint wanted(m_corner.x(), m_opensUpward ? m_corner.y() - size.height() : m_corner.y());
     const QPoint last(m_room.x() + m_room.width() - size.width(),
                       m_room.y() + m_room.height() - size.height());
-    setGeometry(QRect(QPoint(std::clamp(wanted.x(), m_room.x(), last.x()),
-                             std::clamp(wanted.y(), m_room.y(), last.y())),
-                      size));
+    setGeometry(QRect(
+        QPoint(std::clamp(wanted.x(), m_room.x(), last.x()), std::clamp(wanted.y(), m_room.y(), last.y())),
+        size));
 }
 
 /// Only X11 lets a window take both, and not as long as the panel still holds the pointer for its own click.

@@ -30,9 +30,9 @@ public:
 
     /// Opens the menu with a corner at `place`, in Qt's global coordinates: downwards, or upwards where there
     /// is no room below, always within the screen and beside its panels, also beside `panel` if there is one
-    /// at that place: Qt does not know of panels when there are several screens. Titles are those of this moment
-    /// (MenuItem::titleNow). A menu that is open already closes first, without closed(). A menu without
-    /// entries is not shown.
+    /// at that place: Qt does not know of panels when there are several screens. Titles are those of this
+    /// moment (MenuItem::titleNow). A menu that is open already closes first, without closed(). A menu
+    /// without entries is not shown.
     ///
     /// May be called while the button of the click is still down: its release chooses an entry only after the
     /// pointer was dragged there.

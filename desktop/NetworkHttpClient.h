@@ -14,7 +14,8 @@ namespace tidemark {
 
 /// HTTP/1.1 over the network and the system's proxies. Nothing is remembered between requests but open
 /// connections: no cookies, no cache, no credentials. A GET that dies with a kept-alive connection is sent
-/// again, and none waits for one that died in a suspend or with its network; a POST is never sent twice. Requests still under way when the client goes end with `cancelled`.
+/// again, and none waits for one that died in a suspend or with its network; a POST is never sent twice.
+/// Requests still under way when the client goes end with `cancelled`.
 class NetworkHttpClient final : public HttpClient {
 public:
     /// Whether plain http is allowed to this machine itself. It never is to any other.

@@ -170,8 +170,8 @@ public:
         m_isRefused = prompting == Prompting::unlessDeclined && m_hasDeclined;
         m_owner.clear();
     }
-    /// libsecret keeps one proxy for the process. Nobody runs its main loop between the rows: it would not learn
-    /// that the service was started anew, and pile up what others do with their passwords.
+    /// libsecret keeps one proxy for the process. Nobody runs its main loop between the rows: it would not
+    /// learn that the service was started anew, and pile up what others do with their passwords.
     void endSession() {
         const ThreadLoop loop;
         secret_service_disconnect();
@@ -184,7 +184,8 @@ public:
 
     /// Null when there is no service.
     [[nodiscard]] Object<SecretService> service() {
-        Object<SecretService> service(secret_service_get_sync(SECRET_SERVICE_OPEN_SESSION, nullptr, &m_error));
+        Object<SecretService> service(
+            secret_service_get_sync(SECRET_SERVICE_OPEN_SESSION, nullptr, &m_error));
         if (service && m_owner.isEmpty())
             m_owner = ownerOf(service.get());
         return service;

@@ -2,15 +2,16 @@
 
 #include "desktop/StatusIcon.h"
 
+#include <QFile>
 #include <QFileInfo>
-#include <QSaveFile>
 #include <QStandardPaths>
+#include <utility>
 
 namespace tidemark {
 namespace {
 
-/// Trays scale it down: to a half at single scale, not at all at double scale. One file and no folder for each
-/// size, because GTK does not look into such a folder again.
+/// Trays scale it down: to a half at single scale, not at all at double scale. One file, and no folder for
+/// each size: GTK does not look into such a folder again.
 constexpr int iconSize = 32;
 
 }  // namespace
@@ -19,16 +20,16 @@ StatusIconFile::StatusIconFile()
     : m_folder(QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation) +
                QStringLiteral("/tidemark-XXXXXX")) {}
 
-void StatusIconFile::write(const StatusImage& image, const QColor& dot) const {
-    // At once, or a tray reads half a picture.
-    QSaveFile file(m_folder.filePath(name() + QStringLiteral(".png")));
-    if (file.open(QIODevice::WriteOnly) && drawStatusIcon(image, dot, iconSize).save(&file, "PNG")) {
-        file.commit();
+void StatusIconFile::write(const StatusImage& image, const QColor& dot) {
+    const QString name = QFileInfo(m_folder.path()).fileName() + u'-' + QString::number(++m_count);
+    if (!drawStatusIcon(image, dot, iconSize).save(pathOf(name), "PNG")) {
+        return;
     }
+    QFile::remove(pathOf(std::exchange(m_formerName, std::exchange(m_name, name))));
 }
 
-QString StatusIconFile::name() const {
-    return QFileInfo(m_folder.path()).fileName();
+QString StatusIconFile::pathOf(const QString& name) const {
+    return m_folder.filePath(name + QStringLiteral(".png"));
 }
 
 }  // namespace tidemark

@@ -9,7 +9,8 @@ namespace tidemark {
 enum class TrayHost : quint8 {
     /// Tells the item of clicks. Some of these show no item that has no menu.
     usual,
-    /// The service behind the Ayatana indicators' applets, such as MATE's: it opens the item's menu on a click
+    /// The service behind the Ayatana indicators' applets, such as MATE's: it opens the item's menu on a
+    /// click
     /// and says nothing, and finds icons by their names only.
     indicators,
 };

@@ -4,6 +4,7 @@
 #include "desktop/DBusStatusItem.h"
 #include "desktop/StatusNotifierRegistration.h"
 
+#include <sys/prctl.h>
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
 #include <QDBusMessage>
@@ -14,7 +15,6 @@
 #include <QSignalSpy>
 #include <QTest>
 #include <optional>
-#include <sys/prctl.h>
 
 namespace tidemark {
 namespace {
@@ -140,8 +140,8 @@ void StatusNotifierTest::asksAgainAWatcherThatDidNotTakeIt() {
         QDBusConnection::connectToBus(QDBusConnection::SessionBus, QStringLiteral("item"));
     {
         using namespace std::chrono_literals;
-        StatusNotifierRegistration registration(bus, bus.baseService(),
-                                                std::make_shared<StatusNotifierQueue>(), [](TrayHost) {}, 2ms);
+        StatusNotifierRegistration registration(
+            bus, bus.baseService(), std::make_shared<StatusNotifierQueue>(), [](TrayHost) {}, 2ms);
         QTRY_COMPARE(m_watcher->registrations, registrations);
         QTRY_COMPARE(m_watcher->listReads, listReads);
         // Longer than the longest of the waits between attempts.
