@@ -13,6 +13,8 @@ namespace {
 /// How soon a panel opens the menu that it shows by itself.
 constexpr auto panelPatience = std::chrono::milliseconds(200);
 
+constexpr auto exportedMembers = QDBusConnection::ExportAllSlots | QDBusConnection::ExportAllSignals;
+
 QString itemPath() {
     return QStringLiteral("/StatusNotifierItem");
 }
@@ -38,10 +40,8 @@ DBusStatusItem::DBusStatusItem(QDBusConnection connection, const QString& servic
                                std::shared_ptr<StatusNotifierQueue> queue, const QString& applicationName,
                                const QString& id)
     : m_connection(std::move(connection)), m_item(applicationName, id, menuPath()) {
-    constexpr auto exported = QDBusConnection::ExportAllSlots | QDBusConnection::ExportAllProperties |
-                              QDBusConnection::ExportAllSignals;
-    m_connection.registerObject(menuPath(), &m_menu, exported);
-    m_connection.registerObject(itemPath(), &m_item, exported);
+    m_connection.registerObject(menuPath(), &m_menu, exportedMembers | QDBusConnection::ExportAllProperties);
+    exportItem();
     requestName(m_connection, service);
     m_item.setReadHandler([queue] { queue->noteRead(); });
     m_registration = std::make_unique<StatusNotifierRegistration>(m_connection, service, std::move(queue),
@@ -57,8 +57,23 @@ DBusStatusItem::~DBusStatusItem() {
     QDBusConnection::disconnectFromBus(m_connection.name());
 }
 
+void DBusStatusItem::exportItem() {
+    const bool hasMenu = m_item.itemIsMenu() || m_host != TrayHost::menuOptional;
+    if (m_isExportedWithMenu == hasMenu) {
+        // Not again: who reads meanwhile would find nothing.
+        return;
+    }
+    m_isExportedWithMenu = hasMenu;
+    m_connection.unregisterObject(itemPath());
+    m_connection.registerObject(itemPath(), &m_item,
+                                exportedMembers | (hasMenu ? QDBusConnection::ExportAllProperties
+                                                           : QDBusConnection::ExportScriptableProperties));
+}
+
 void DBusStatusItem::adaptTo(TrayHost host) {
+    m_host = host;
     m_item.setHost(host);
+    exportItem();
     if (m_item.itemIsMenu()) {
         return;
     }
@@ -73,6 +88,7 @@ void DBusStatusItem::adaptTo(TrayHost host) {
 
 void DBusStatusItem::setMenu(const Menu& menu) {
     m_item.setItemIsMenu(true);
+    exportItem();
     m_item.setAction([this](QPoint) { showMenuUnlessPanelDoes(); });
     m_menu.setShownHandler([this] { leaveMenuToPanel(); });
     m_menu.setMenu(menu);

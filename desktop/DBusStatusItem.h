@@ -10,6 +10,7 @@
 #include <QString>
 #include <QTimer>
 #include <memory>
+#include <optional>
 
 namespace tidemark {
 
@@ -31,12 +32,16 @@ public:
 
 private:
     void adaptTo(TrayHost host);
+    /// Puts the item on the bus, with its menu or as one that has none.
+    void exportItem();
     /// For panels that neither open the menu on a click nor when the item refuses to be activated.
     void showMenuUnlessPanelDoes();
     void leaveMenuToPanel();
     void popUpMenu();
 
     QDBusConnection m_connection;
+    TrayHost m_host = TrayHost::usual;
+    std::optional<bool> m_isExportedWithMenu;
     DBusMenu m_menu;
     StatusNotifierItem m_item;
     std::unique_ptr<StatusNotifierRegistration> m_registration;

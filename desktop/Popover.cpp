@@ -10,6 +10,7 @@
 #include <QMetaObject>
 #include <QRect>
 #include <algorithm>
+#include <cmath>
 #include <utility>
 
 namespace tidemark {
@@ -33,7 +34,11 @@ void letFloat(QWindow& window) {
 }
 
 ScreenArea areaOf(const QScreen& screen) {
-    const QRect available = screen.availableGeometry() & screen.geometry();
+    QRect available = screen.availableGeometry() & screen.geometry();
+    if (const qreal scale = screen.devicePixelRatio(); scale != std::floor(scale)) {
+        // Rounded to whole logical pixels, it may reach beyond the screen, or into a panel.
+        available.adjust(0, 0, -1, -1);
+    }
     return {screen.geometry(), available.isEmpty() ? screen.geometry() : available};
 }
 

@@ -29,7 +29,7 @@ const QDBusArgument& operator>>(const QDBusArgument& argument, StatusToolTip& to
 
 /// The bus object of one panel entry, after the StatusNotifierItem protocol with the label of the Ayatana
 /// indicators. Changes within one turn of the event loop go out together, and only those that a panel would
-/// see.
+/// see. Exported without what is not scriptable, it has no menu.
 class StatusNotifierItem final : public QObject, protected QDBusContext {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "org.kde.StatusNotifierItem")
@@ -45,7 +45,7 @@ class StatusNotifierItem final : public QObject, protected QDBusContext {
     Q_PROPERTY(QString AttentionIconName READ none CONSTANT)
     Q_PROPERTY(tidemark::StatusToolTip ToolTip READ toolTip)
     Q_PROPERTY(bool ItemIsMenu READ itemIsMenu)
-    Q_PROPERTY(QDBusObjectPath Menu READ menu CONSTANT)
+    Q_PROPERTY(QDBusObjectPath Menu READ menu CONSTANT SCRIPTABLE false)
     Q_PROPERTY(QString XAyatanaLabel READ label)
     Q_PROPERTY(QString XAyatanaLabelGuide READ label)
     Q_PROPERTY(uint XAyatanaOrderingIndex READ orderingIndex CONSTANT)

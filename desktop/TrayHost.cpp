@@ -1,13 +1,22 @@
 #include "desktop/TrayHost.h"
 
+#include <QByteArrayView>
 #include <QFile>
 #include <QString>
+#include <algorithm>
+#include <array>
 
 namespace tidemark {
 
 TrayHost trayHostOf(const QByteArray& processName) {
     // The kernel cuts names at 15 bytes.
-    return processName == "ayatana-indicat" ? TrayHost::indicators : TrayHost::usual;
+    if (processName == "ayatana-indicat") {
+        return TrayHost::indicators;
+    }
+    constexpr std::array<QByteArrayView, 6> menuOptional{
+        "kded5", "kded6", "lxqt-panel", "notification-ar" /* MATE's */, "xapp-sn-watcher", "waybar"};
+    return std::ranges::find(menuOptional, processName) != menuOptional.end() ? TrayHost::menuOptional
+                                                                              : TrayHost::usual;
 }
 
 QByteArray processName(uint processId) {

@@ -7,8 +7,11 @@ namespace tidemark {
 
 /// What a tray makes of items, as far as an item has to be different for it.
 enum class TrayHost : quint8 {
-    /// Tells the item of clicks. Some of these show no item that has no menu.
+    /// Tells an item of clicks. Some of these, such as GNOME's, show no item that has no menu.
     usual,
+    /// Shows items without a menu, and tells those of a right click as well. Of an empty menu it would open a
+    /// box with nothing in it.
+    menuOptional,
     /// The service behind the Ayatana indicators' applets, such as MATE's: it opens the item's menu on a
     /// click
     /// and says nothing, and finds icons by their names only.

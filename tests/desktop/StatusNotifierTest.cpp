@@ -11,9 +11,9 @@
 #include <QDBusVariant>
 #include <QFileInfo>
 #include <QProcess>
-#include <QScopeGuard>
 #include <QSignalSpy>
 #include <QTest>
+#include <array>
 #include <optional>
 
 namespace tidemark {
@@ -31,6 +31,23 @@ AttributedTitle title(const QColor& dot, const QString& summary) {
     return runs;
 }
 
+/// Has this process, which is the watcher's, pass for another one.
+class ProcessName {
+public:
+    explicit ProcessName(const char* name) {
+        prctl(PR_GET_NAME, m_former.data());
+        prctl(PR_SET_NAME, name);
+    }
+    ProcessName(const ProcessName&) = delete;
+    ProcessName& operator=(const ProcessName&) = delete;
+    ~ProcessName() { restore(); }
+
+    void restore() { prctl(PR_SET_NAME, m_former.data()); }
+
+private:
+    std::array<char, 16> m_former{};
+};
+
 class StatusNotifierTest final : public QObject {
     Q_OBJECT
 
@@ -47,6 +64,8 @@ private Q_SLOTS:
     void signalsOnlyWhatAPanelWouldSee();
     void everyClickRunsTheAction_data();
     void everyClickRunsTheAction();
+    void hasAMenuWhereItIsNeeded_data();
+    void hasAMenuWhereItIsNeeded();
     void indicatorsGetAnEntryAndAFile();
     void actionMayDropTheItem();
     void aPanelIsKnownByWhatItReads();
@@ -267,11 +286,36 @@ void StatusNotifierTest::everyClickRunsTheAction() {
     QTRY_COMPARE(places, QList<QPoint>{place});
 }
 
+void StatusNotifierTest::hasAMenuWhereItIsNeeded_data() {
+    QTest::addColumn<QByteArray>("watcher");
+    QTest::addColumn<bool>("isNeeded");
+    QTest::newRow("GNOME") << QByteArray("gnome-shell") << true;
+    QTest::newRow("unknown") << QByteArray("somebody") << true;
+    QTest::newRow("MATE") << QByteArray("notification-area-applet") << false;
+    QTest::newRow("waybar") << QByteArray("waybar") << false;
+}
+
+void StatusNotifierTest::hasAMenuWhereItIsNeeded() {
+    QFETCH(QByteArray, watcher);
+    QFETCH(bool, isNeeded);
+    const ProcessName name(watcher.constData());
+    m_watcher->appear();
+    createItem();
+    QTRY_COMPARE(m_watcher->registrations, 1);
+    const StatusNotifierHost host(m_service);
+    const auto all = [&host] {
+        return qdbus_cast<QVariantMap>(host.allProperties().arguments().constFirst());
+    };
+    QCOMPARE(all().contains(QStringLiteral("Menu")), isNeeded);
+    QCOMPARE(host.property(QStringLiteral("Menu")).isValid(), isNeeded);
+    QCOMPARE(all().size(), isNeeded ? 16 : 15);
+    // An item that is its menu has it everywhere.
+    m_item->setMenu({{.identifier = QStringLiteral("a"), .title = QStringLiteral("a")}});
+    QVERIFY(all().contains(QStringLiteral("Menu")));
+}
+
 void StatusNotifierTest::indicatorsGetAnEntryAndAFile() {
-    char formerName[16] = {};
-    prctl(PR_GET_NAME, formerName);
-    prctl(PR_SET_NAME, "ayatana-indicator-application-service");
-    const auto rename = qScopeGuard([&formerName] { prctl(PR_SET_NAME, formerName); });
+    ProcessName name("ayatana-indicator-application-service");
     m_watcher->appear();
     createItem();
     int clicks = 0;
@@ -302,7 +346,7 @@ void StatusNotifierTest::indicatorsGetAnEntryAndAFile() {
     QTRY_COMPARE(clicks, 2);
 
     // Another tray takes over.
-    prctl(PR_SET_NAME, formerName);
+    name.restore();
     const QString folder = host.property(QStringLiteral("IconThemePath")).toString();
     auto successor = std::make_unique<FakeStatusNotifierWatcher>();
     successor->appear();
