@@ -120,19 +120,18 @@ QCoro::Task<> AppDelegate::store(AppConfiguration configuration, bool isTypedAne
         [store = m_configStore, configuration, emptyToken] { return store.save(configuration, emptyToken); });
     co_await saving;
     if (isTypedAnew && configuration.cloudflareToken.isEmpty() && !isQuitting())
-        co_await takeOverCloudflareToken();
+        co_await takeOverCloudflareToken(configuration);
 }
 
-QCoro::Task<> AppDelegate::takeOverCloudflareToken() {
+QCoro::Task<> AppDelegate::takeOverCloudflareToken(AppConfiguration configuration) {
     const QFuture<QString> loading = QtConcurrent::run(&m_services.keychainWorker, [store = m_configStore] {
         return store.loadCloudflareToken(Keychain::Prompting::unlessDeclined);
     });
     const QString token = co_await loading;
-    auto configuration = m_appState.config();
-    if (isQuitting() || token.isEmpty() || !configuration || !configuration->cloudflareToken.isEmpty())
+    if (isQuitting() || token.isEmpty() || m_appState.config() != configuration)
         co_return;
-    configuration->cloudflareToken = token;
-    m_appState.setConfig(*configuration);
+    configuration.cloudflareToken = token;
+    m_appState.setConfig(configuration);
 }
 
 void AppDelegate::applyLaunchAtLogin(bool enabled) {

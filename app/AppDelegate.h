@@ -176,12 +176,12 @@ private:
     /// With `isTypedAnew` the user has not seen what is stored: a Cloudflare token that was left out stays,
     /// and is used.
     [[nodiscard]] QCoro::Task<> store(AppConfiguration configuration, bool isTypedAnew);
-    [[nodiscard]] QCoro::Task<> takeOverCloudflareToken();
+    /// Adds the stored token to the configuration if it is still that one.
+    [[nodiscard]] QCoro::Task<> takeOverCloudflareToken(AppConfiguration configuration);
     /// Fetches the lists of these accounts. Those that the network did not let through.
-    [[nodiscard]] QCoro::Task<QList<VercelAccount>> fetchProjects(QList<VercelAccount> accounts);
+    [[nodiscard]] QCoro::Task<QList<VercelAccount>> fetchProjects(QList<VercelAccount> accounts,
+                                                                  std::stop_token stop);
     [[nodiscard]] QCoro::Task<> fetchLateProjects(QList<VercelAccount> missing, std::stop_token stop);
-    /// Works with the project lists as they are now.
-    void useProjects();
     [[nodiscard]] QCoro::Task<> runPollingLoop(std::stop_token stop);
     [[nodiscard]] QCoro::Task<> runStatusLoop(std::stop_token stop);
     void recordDeployments(const QString& projectId, const QList<Deployment>& deployments);

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <array>
 
 #include "app/AppDelegate.h"
 
@@ -15,20 +16,31 @@ constexpr auto lateProjectsInterval = 60s;
 constexpr auto statusInterval = 300s;
 constexpr int deploymentLimit = 5;
 
+/// Whether the network did not let a request through, which is likely to change.
+bool isHeldBack(const VercelError& error) {
+    constexpr std::array passing{TransportError::hostNotFound,   TransportError::connectionRefused,
+                                 TransportError::connectionLost, TransportError::offline,
+                                 TransportError::timedOut,       TransportError::proxyFailed};
+    const auto* const transport = std::get_if<TransportError>(&error);
+    return transport && std::ranges::find(passing, *transport) != passing.end();
+}
+
 }  // namespace
 
 QCoro::Task<> AppDelegate::loadProjects() {
     const auto config = m_appState.config();
+    m_lateProjectsTask.requestStop();
     if (!config || config->accounts.isEmpty())
         co_return;
-    m_lateProjectsTask.requestStop();
     m_appState.setIsLoadingProjects(true);
-    QCoro::Task<QList<VercelAccount>> fetching = fetchProjects(config->accounts);
+    QCoro::Task<QList<VercelAccount>> fetching = fetchProjects(config->accounts, m_quit.get_token());
     const QList<VercelAccount> missing = co_await fetching;
     if (isQuitting())
         co_return;
     m_appState.setIsLoadingProjects(false);
-    useProjects();
+    syncIndividualItems();
+    startPolling();
+    updateMainButton();
     // They may have been replaced meanwhile.
     if (!missing.isEmpty() && m_appState.config()->accounts == config->accounts) {
         m_lateProjectsTask.requestStop();
@@ -37,17 +49,18 @@ QCoro::Task<> AppDelegate::loadProjects() {
     }
 }
 
-QCoro::Task<QList<VercelAccount>> AppDelegate::fetchProjects(QList<VercelAccount> accounts) {
+QCoro::Task<QList<VercelAccount>> AppDelegate::fetchProjects(QList<VercelAccount> accounts,
+                                                             std::stop_token stop) {
     QList<VercelAccount> missing;
     for (const auto& account : accounts) {
         if (account.apiToken.isEmpty())
             continue;
         const VercelAPIClient client = clientFor(account);
         auto projects = co_await client.fetchAllProjects(m_quit.get_token());
-        if (isQuitting())
+        if (isQuitting() || stop.stop_requested())
             break;
         if (!projects) {
-            if (std::holds_alternative<TransportError>(projects.error()))
+            if (isHeldBack(projects.error()))
                 missing.append(account);
             continue;
         }
@@ -63,20 +76,20 @@ QCoro::Task<> AppDelegate::fetchLateProjects(QList<VercelAccount> missing, std::
         co_await m_services.clock.sleep(lateProjectsInterval, stop);
         if (stop.stop_requested())
             co_return;
-        QCoro::Task<QList<VercelAccount>> fetching = fetchProjects(missing);
+        const bool isIdle = makePollPlan().clients.isEmpty();
+        QCoro::Task<QList<VercelAccount>> fetching = fetchProjects(missing, stop);
         const QList<VercelAccount> stillMissing = co_await fetching;
-        if (stop.stop_requested())
+        if (isQuitting() || stop.stop_requested())
             co_return;
-        if (stillMissing.size() < missing.size())
-            useProjects();
+        if (stillMissing.size() < missing.size()) {
+            syncIndividualItems();
+            // A loop that has something to poll finds them in its next plan, and goes on resting if it must.
+            if (isIdle)
+                startPolling();
+            updateMainButton();
+        }
         missing = stillMissing;
     }
-}
-
-void AppDelegate::useProjects() {
-    syncIndividualItems();
-    startPolling();
-    updateMainButton();
 }
 
 void AppDelegate::startPolling() {

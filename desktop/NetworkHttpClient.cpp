@@ -157,9 +157,8 @@ public:
     }
 
     void start() {
-        m_client.dropDeadConnections();
-        ++m_client.m_underWay;
-        m_isUnderWay = true;
+        m_client.leaveDeadConnections();
+        m_network = m_client.network();
         restartDeadline();
         sendRequest();
     }
@@ -183,10 +182,10 @@ private:
             prepared.setRawHeader("Accept-Encoding", "identity");
         if (m_request.method == HttpMethod::post) {
             auto body = std::make_unique<UnrepeatableBody>(m_request.body);
-            m_reply = m_client.network().post(prepared, body.get());
+            m_reply = m_network->post(prepared, body.get());
             body.release()->setParent(m_reply);
         } else {
-            m_reply = m_client.network().get(prepared);
+            m_reply = m_network->get(prepared);
         }
         m_reply->setReadBufferSize(m_client.m_options.readBuffer);
         connect(m_reply, &QNetworkReply::readyRead, this, &Exchange::read);
@@ -294,8 +293,6 @@ private:
         if (m_isOver)
             return;
         m_isOver = true;
-        if (m_isUnderWay)
-            --m_client.m_underWay;
         m_result = std::move(result);
         m_deadline.stop();
         dropReply();
@@ -314,6 +311,7 @@ private:
     NetworkHttpClient& m_client;
     HttpRequest m_request;
     HttpSink m_sink;
+    std::shared_ptr<QNetworkAccessManager> m_network;
     QPromise<void> m_promise;
     QTimer m_deadline;
     QNetworkReply* m_reply = nullptr;
@@ -322,7 +320,6 @@ private:
     qint64 m_received = 0;
     HttpResult m_result;
     int m_redirects = 0;
-    bool m_isUnderWay = false;
     bool m_isOver = false;
 };
 
@@ -369,22 +366,19 @@ bool NetworkHttpClient::isAllowed(const QUrl& url) const {
            m_options.insecureLoopback == InsecureLoopback::allowed;
 }
 
-void NetworkHttpClient::dropDeadConnections() {
-    // Those of the others would go with them.
-    if (m_underWay > 0)
-        return;
+void NetworkHttpClient::leaveDeadConnections() {
     NetworkPath path = m_options.networkPath();
     if (m_networkPath && !m_networkPath->isContinuedBy(path))
-        network().clearConnectionCache();
+        m_network.reset();
     m_networkPath = std::move(path);
 }
 
-QNetworkAccessManager& NetworkHttpClient::network() {
+std::shared_ptr<QNetworkAccessManager> NetworkHttpClient::network() {
     if (!m_network) {
-        m_network = std::make_unique<QNetworkAccessManager>();
+        m_network = std::make_shared<QNetworkAccessManager>();
         m_network->setProxyFactory(new SystemProxies);
     }
-    return *m_network;
+    return m_network;
 }
 
 }  // namespace tidemark

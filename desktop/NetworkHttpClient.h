@@ -46,15 +46,15 @@ private:
     [[nodiscard]] QCoro::Task<HttpResult> run(std::shared_ptr<Exchange> exchange, std::stop_token stop);
     [[nodiscard]] bool isAllowed(const QUrl& url) const;
     /// Made at the first request, so that starting the program does not wait for it.
-    QNetworkAccessManager& network();
-    /// Drops the connections that a suspend or a change of networks has killed. They would be noticed only by
-    /// the time-out of the next request.
-    void dropDeadConnections();
+    std::shared_ptr<QNetworkAccessManager> network();
+    /// Uses the connections no more that a suspend or a change of networks has killed. They would be noticed
+    /// only by the time-out of the next request.
+    void leaveDeadConnections();
 
     Options m_options;
-    std::unique_ptr<QNetworkAccessManager> m_network;
+    /// Requests under way keep theirs.
+    std::shared_ptr<QNetworkAccessManager> m_network;
     std::optional<NetworkPath> m_networkPath;
-    int m_underWay = 0;
     /// Goes first, and tells the requests under way.
     QObject m_lifetime;
 };

@@ -49,7 +49,7 @@ StatusNotifierItem::StatusNotifierItem(QString applicationName, QString id, cons
 
 void StatusNotifierItem::setImage(const StatusImage& image) {
     m_image = image;
-    m_isIconStale = true;
+    imageChanged();
     scheduleUpdate();
 }
 
@@ -66,7 +66,7 @@ void StatusNotifierItem::setAttributedTitle(const AttributedTitle& title) {
     m_label = label.trimmed();
     if (dot != m_dot) {
         m_dot = dot;
-        m_isIconStale = true;
+        imageChanged();
     }
     scheduleUpdate();
 }
@@ -95,7 +95,7 @@ void StatusNotifierItem::setHost(TrayHost host) {
         m_file.reset();
     } else if (!m_file) {
         m_file = std::make_unique<StatusIconFile>();
-        m_file->write(m_image, m_dot);
+        m_isFileStale = true;
     }
 }
 
@@ -104,6 +104,9 @@ QString StatusNotifierItem::iconName() {
         return {};
     }
     noteRead();
+    if (std::exchange(m_isFileStale, false)) {
+        m_file->write(m_image, m_dot);
+    }
     return m_file->name();
 }
 
@@ -182,12 +185,14 @@ void StatusNotifierItem::publish() {
     if (std::exchange(m_isIconStale, false) && (m_file || !m_pixmaps.isEmpty())) {
         const IconPixmaps oldPixmaps = std::exchange(m_pixmaps, statusIconPixmaps(m_image, m_dot));
         if (m_pixmaps != oldPixmaps) {
-            if (m_file) {
-                m_file->write(m_image, m_dot);
-            }
             Q_EMIT NewIcon();
         }
     }
+}
+
+void StatusNotifierItem::imageChanged() {
+    m_isIconStale = true;
+    m_isFileStale = true;
 }
 
 void StatusNotifierItem::noteRead() {

@@ -115,6 +115,7 @@ private:
     void scheduleUpdate();
     void publish();
     void noteRead();
+    void imageChanged();
     void refuseToActivate();
 
     QString m_applicationName;
@@ -132,6 +133,7 @@ private:
     /// Where pixmaps do not do.
     std::unique_ptr<StatusIconFile> m_file;
     bool m_isIconStale = true;
+    bool m_isFileStale = true;
     bool m_isUpdateScheduled = false;
     bool m_wasRead = false;
 };

@@ -70,6 +70,16 @@ private Q_SLOTS:
                               u"240 list A"_s}));
         passMinutes(1);
         QCOMPARE(m_rig->state().deployments().size(), 2);
+        // An account that goes while its list is on the way is not shown any more.
+        m_rig->answerList(u"A"_s, tl::unexpected(TransportError::offline));
+        m_rig->save({.accounts = {Rig::account(u"A"_s), Rig::account(u"C"_s)}});
+        m_rig->listProjects(u"A"_s, {u"p2"_s});
+        m_rig->http.hold(HttpMethod::get, u"/v9/projects?limit=100&teamId=team-A"_s);
+        passMinutes(1);
+        m_rig->save({.accounts = {Rig::account(u"C"_s)}});
+        m_rig->http.release(HttpMethod::get, u"/v9/projects?limit=100&teamId=team-A"_s);
+        m_rig->settle();
+        QVERIFY(!m_rig->state().project(u"p2"_s));
         // Saved anew, the former accounts are not asked any more.
         m_rig->answerList(u"A"_s, tl::unexpected(TransportError::offline));
         m_rig->save({.accounts = {Rig::account(u"A"_s)}});

@@ -2,6 +2,7 @@
 
 #include <QElapsedTimer>
 #include <QHostAddress>
+#include <QPointer>
 #include <QTcpServer>
 #include <QTest>
 #include <QTimer>
@@ -158,13 +159,18 @@ private Q_SLOTS:
         QCOMPARE(connections(), 3);
         QCOMPARE(connections(), 3);
 
-        // Not while somebody else waits for an answer.
-        MisbehavingServer silent(MisbehavingServer::writes(""));
-        QCoro::Task<HttpResult> waiting = client.send(get(silent.url()), {});
-        QTRY_COMPARE(silent.requests().size(), 1);
+        // Who waits for an answer goes on waiting.
+        QPointer<QTcpSocket> late;
+        MisbehavingServer slow([&late](QTcpSocket& socket, const QByteArray&) { late = &socket; });
+        std::optional<QCoro::Task<HttpResult>> waiting = client.send(get(slow.url()), {});
+        QTRY_VERIFY(late);
         path.suspended += 1min;
-        QCOMPARE(connections(), 3);
-        QCOMPARE(silent.openConnectionCount(), 1);
+        QCOMPARE(connections(), 4);
+        QCOMPARE(connections(), 4);
+        late->write(MisbehavingServer::answer("200 OK", "late"));
+        QVERIFY(QCoro::waitFor(*std::move(waiting)) == answered(200, "late"));
+        waiting.reset();
+        QTRY_COMPARE(slow.openConnectionCount(), 0);
     }
 
     void deadlineBoundsTheWholeExchange() {
