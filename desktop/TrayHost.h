@@ -5,16 +5,16 @@
 
 namespace tidemark {
 
-/// What a tray makes of items, as far as an item has to be different for it.
+/// What a tray makes of items, as far as an item has to be different for it. Judged by the watcher, which a
+/// panel brings along most of the time; one that uses somebody else's is taken for that one.
 enum class TrayHost : quint8 {
     /// Tells an item of clicks. Some of these, such as GNOME's, show no item that has no menu.
     usual,
     /// Shows items without a menu, and tells those of a right click as well. Of an empty menu it would open a
     /// box with nothing in it.
     menuOptional,
-    /// The service behind the Ayatana indicators' applets, such as MATE's: it opens the item's menu on a
-    /// click
-    /// and says nothing, and finds icons by their names only.
+    /// The service behind the Ayatana indicators' applets, such as MATE's. It opens the menu on a left click
+    /// and tells nobody; icons it finds by their names only.
     indicators,
 };
 

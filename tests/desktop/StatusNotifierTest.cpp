@@ -334,6 +334,7 @@ void StatusNotifierTest::indicatorsGetAnEntryAndAFile() {
     };
     QCOMPARE(shown(), QColor(Qt::blue));
     QVERIFY(m_bar->hasHost());
+    host.takeSignals();
     m_item->setImage(square(Qt::red));
     QTRY_COMPARE(shown(), QColor(Qt::red));
     QCOMPARE(host.takeSignals(), QStringList{QStringLiteral("NewIcon")});
