@@ -39,12 +39,10 @@ QFuture<std::optional<AppConfiguration>> AppDelegate::loadConfiguration(Keychain
 }
 
 QFuture<std::optional<AppConfiguration>> AppDelegate::loadForEditing() {
-    QFuture<std::optional<AppConfiguration>> loading = loadConfiguration();
-    m_tasks.start([this, loading](std::stop_token) -> QCoro::Task<> {
-        const std::optional<AppConfiguration> stored = co_await loading;
+    return loadConfiguration().then(this, [this](const std::optional<AppConfiguration>& stored) {
         takeOver(stored);
+        return stored ? stored : m_appState.config();
     });
-    return loading;
 }
 
 QCoro::Task<> AppDelegate::finishLaunching() {
@@ -64,6 +62,7 @@ QCoro::Task<> AppDelegate::finishLaunching() {
 }
 
 bool AppDelegate::takeOver(const std::optional<AppConfiguration>& stored) {
+    m_hasReadStored = m_hasReadStored || stored;
     if (isQuitting() || !m_awaitsStored || !stored || !stored->hasToken())
         return false;
     stopAwaitingStored();
@@ -104,7 +103,7 @@ void AppDelegate::apply(const AppConfiguration& configuration) {
 }
 
 void AppDelegate::saveConfiguration(const AppConfiguration& configuration) {
-    const bool isTypedAnew = m_awaitsStored;
+    const bool isTypedAnew = !m_hasReadStored;
     stopAwaitingStored();
     m_tasks.start(
         [this, configuration, isTypedAnew](std::stop_token) { return store(configuration, isTypedAnew); });

@@ -144,7 +144,8 @@ private:
     [[nodiscard]] PreferencesWindowController& preferencesController();
     [[nodiscard]] QFuture<std::optional<AppConfiguration>> loadConfiguration(
         Keychain::Prompting prompting = Keychain::Prompting::allowed);
-    /// What the user is shown to edit is worked with as well when nothing else is.
+    /// What the user is shown to edit: the stored configuration, which is worked with as well when nothing
+    /// else is, or, when it cannot be read, the one in use.
     [[nodiscard]] QFuture<std::optional<AppConfiguration>> loadForEditing();
 
     void setupUpdates();
@@ -206,6 +207,8 @@ private:
     /// The panel entries of the pinned projects, by project id.
     std::map<QString, std::unique_ptr<ProjectStatusItem>> m_individualItems;
     bool m_awaitsStored = true;
+    /// At any time in this run.
+    bool m_hasReadStored = false;
     /// While a stored configuration is awaited; null where the keychain needs none.
     std::unique_ptr<KeychainWatcher> m_keychainWatcher;
     bool m_isLateLoadDue = false;

@@ -182,26 +182,25 @@ public:
         return g_cancellable_is_cancelled(m_cancellable.get()) != FALSE;
     }
 
+    /// What a read gives up at, when it is cancelled. Writes have none.
+    [[nodiscard]] GCancellable* cancellable() const { return m_cancellable.get(); }
+
     /// Null when there is no service.
-    [[nodiscard]] Object<SecretService> service() {
+    [[nodiscard]] Object<SecretService> service(GCancellable* cancellable) {
         Object<SecretService> service(
-            secret_service_get_sync(SECRET_SERVICE_OPEN_SESSION, nullptr, &m_error));
+            secret_service_get_sync(SECRET_SERVICE_OPEN_SESSION, cancellable, &m_error));
         if (service && m_owner.isEmpty())
-            m_owner = ownerOf(service.get());
+            m_owner = currentOwner();
         return service;
     }
 
     /// Whether it is another one by now than this row began with, or none.
-    [[nodiscard]] bool wasLost() {
-        if (m_owner.isEmpty())
-            return false;
-        const auto service = this->service();
-        return !service || ownerOf(service.get()) != m_owner;
-    }
+    [[nodiscard]] bool wasLost() { return !m_owner.isEmpty() && currentOwner() != m_owner; }
 
-    [[nodiscard]] Items search(SecretService* service, const KeychainQuery& query) {
+    [[nodiscard]] Items search(SecretService* service, const KeychainQuery& query,
+                               GCancellable* cancellable) {
         return Items(secret_service_search_sync(service, &schema(), attributes(query).get(),
-                                                SECRET_SEARCH_ALL, nullptr, &m_error));
+                                                SECRET_SEARCH_ALL, cancellable, &m_error));
     }
 
     /// Absent when the user does not unlock it.
@@ -247,13 +246,15 @@ public:
     }
 
 private:
-    /// The unique name of who answers for the service at this moment; empty for nobody.
-    QByteArray ownerOf(SecretService* service) {
-        auto* proxy = G_DBUS_PROXY(service);
+    /// The unique name of who answers for the service at this moment; empty for nobody. Starts nobody.
+    QByteArray currentOwner() {
+        const Object<GDBusConnection> bus(g_bus_get_sync(G_BUS_TYPE_SESSION, nullptr, &m_error));
+        if (!bus)
+            return {};
         const Variant answer(g_dbus_connection_call_sync(
-            g_dbus_proxy_get_connection(proxy), "org.freedesktop.DBus", "/org/freedesktop/DBus",
-            "org.freedesktop.DBus", "GetNameOwner", g_variant_new("(s)", g_dbus_proxy_get_name(proxy)),
-            G_VARIANT_TYPE("(s)"), G_DBUS_CALL_FLAGS_NONE, -1, nullptr, &m_error));
+            bus.get(), "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
+            "GetNameOwner", g_variant_new("(s)", "org.freedesktop.secrets"), G_VARIANT_TYPE("(s)"),
+            G_DBUS_CALL_FLAGS_NONE, -1, nullptr, &m_error));
         const char* owner = nullptr;
         if (answer)
             g_variant_get(answer.get(), "(&s)", &owner);
@@ -324,10 +325,10 @@ std::unique_ptr<KeychainWatcher> SecretServiceKeychain::makeWatcher() {
 
 std::optional<QByteArray> SecretServiceKeychain::copyMatching(const KeychainQuery& query) {
     const ThreadLoop loop;
-    const auto service = m_calls->isCancelled() ? nullptr : m_calls->service();
+    const auto service = m_calls->isCancelled() ? nullptr : m_calls->service(m_calls->cancellable());
     if (!service)
         return std::nullopt;
-    const Items items = m_calls->search(service.get(), query);
+    const Items items = m_calls->search(service.get(), query, m_calls->cancellable());
     for (const GList* entry = items.get(); entry; entry = entry->next) {
         if (auto data = m_calls->data(service.get(), static_cast<SecretItem*>(entry->data)))
             return data;
@@ -337,17 +338,17 @@ std::optional<QByteArray> SecretServiceKeychain::copyMatching(const KeychainQuer
 
 bool SecretServiceKeychain::add(const KeychainQuery& attributes, const QByteArray& data) {
     const ThreadLoop loop;
-    const auto service = m_calls->service();
+    const auto service = m_calls->service(nullptr);
     return service && m_calls->openDefaultCollection(service.get()) &&
            m_calls->store(service.get(), attributes, data);
 }
 
 void SecretServiceKeychain::deleteMatching(const KeychainQuery& query) {
     const ThreadLoop loop;
-    const auto service = m_calls->service();
+    const auto service = m_calls->service(nullptr);
     if (!service)
         return;
-    const Items items = m_calls->search(service.get(), query);
+    const Items items = m_calls->search(service.get(), query, nullptr);
     for (const GList* entry = items.get(); entry; entry = entry->next)
         m_calls->remove(service.get(), static_cast<SecretItem*>(entry->data));
 }

@@ -89,6 +89,24 @@ private Q_SLOTS:
         QVERIFY(QFile::exists(m_rig->configPath() + u".bak"_s));
     }
 
+    void aKeyringThatFailsLaterCostsNothing() {
+        const AppConfiguration configuration{.accounts = {Rig::account(u"A"_s)}, .cloudflareToken = u"cf"_s};
+        m_rig->store(configuration);
+        m_rig->listProjects(u"A"_s, {u"p1"_s});
+        m_rig->launch();
+        m_rig->keychain->setMood(FakeKeychain::Mood::unavailable);
+        m_rig->delegate->openPreferences();
+        m_rig->settle();
+        QCOMPARE(shownAccounts(), QStringList{u"A"_s});
+        QVERIFY(m_rig->keychain->items().size() > 1);
+        // What it shows is what is in use, the tokens included.
+        m_rig->keychain->setMood(FakeKeychain::Mood::willing);
+        QTest::keyClick(Rig::preferencesWindow(), Qt::Key_Return);
+        m_rig->settle();
+        QVERIFY(!Rig::preferencesWindow());
+        QCOMPARE(ConfigStore(m_rig->configPath(), *m_rig->keychain).load(), configuration);
+    }
+
     void thereIsOnePreferencesWindow() {
         m_rig->launch();
         QWindow* const window = Rig::preferencesWindow();

@@ -127,10 +127,11 @@ private Q_SLOTS:
         QVERIFY(!keychain.wasLost());
         m_daemon.kill();
         QVERIFY(m_daemon.waitForFinished());
-        QVERIFY(keychain.wasLost());
+        QTRY_VERIFY(keychain.wasLost());
         realkeyring::start(m_daemon);
         QVERIFY(keychain.wasLost());
         keychain.beginSession(Keychain::Prompting::allowed);
+        QCOMPARE(keychain.copyMatching(query(true)), std::nullopt);
         QVERIFY(!keychain.wasLost());
     }
 
@@ -148,7 +149,8 @@ private Q_SLOTS:
             QVERIFY(m_daemon.waitForFinished());
             realkeyring::start(m_daemon);
         }
-        QCOMPARE(openDescriptors(), before);
+        // Not one a round; threads that are about to end have some, too.
+        QTRY_VERIFY(openDescriptors() < before + 2);
     }
 
     /// In another process, since this one has its connection to the bus already.
