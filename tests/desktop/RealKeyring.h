@@ -115,6 +115,14 @@ inline void start(QProcess& daemon) {
     QTRY_VERIFY_WITH_TIMEOUT(defaultCollection().path().size() > 1, 20000);
 }
 
+/// Gives it no chance to say good-bye.
+inline void kill(QProcess& daemon) {
+    daemon.kill();
+    QVERIFY(daemon.waitForFinished());
+    QTRY_VERIFY(
+        !QDBusConnection::sessionBus().interface()->isServiceRegistered(u"org.freedesktop.secrets"_s));
+}
+
 }  // namespace tidemark::realkeyring
 
 Q_DECLARE_METATYPE(tidemark::realkeyring::Secret)

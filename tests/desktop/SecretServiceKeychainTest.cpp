@@ -111,8 +111,7 @@ private Q_SLOTS:
     void aRestartedKeyringIsAskedAnew() {
         SecretServiceKeychain keychain;
         QVERIFY(keychain.add(query(true), "abc"));
-        m_daemon.kill();
-        QVERIFY(m_daemon.waitForFinished());
+        realkeyring::kill(m_daemon);
         realkeyring::start(m_daemon);
         keychain.beginSession(Keychain::Prompting::allowed);
         QCOMPARE(keychain.copyMatching(query(true)), "abc");
@@ -125,9 +124,8 @@ private Q_SLOTS:
         keychain.beginSession(Keychain::Prompting::allowed);
         QCOMPARE(keychain.copyMatching(query(true)), std::nullopt);
         QVERIFY(!keychain.wasLost());
-        m_daemon.kill();
-        QVERIFY(m_daemon.waitForFinished());
-        QTRY_VERIFY(keychain.wasLost());
+        realkeyring::kill(m_daemon);
+        QVERIFY(keychain.wasLost());
         realkeyring::start(m_daemon);
         QVERIFY(keychain.wasLost());
         keychain.beginSession(Keychain::Prompting::allowed);
@@ -145,8 +143,7 @@ private Q_SLOTS:
                 const KeychainSession session(keychain, Keychain::Prompting::allowed);
                 return keychain.add(query(true), "abc");
             }));
-            m_daemon.kill();
-            QVERIFY(m_daemon.waitForFinished());
+            realkeyring::kill(m_daemon);
             realkeyring::start(m_daemon);
         }
         // Not one a round; threads that are about to end have some, too.
