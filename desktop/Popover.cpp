@@ -28,6 +28,7 @@ bool canPlaceWindows() {
 }
 
 /// Tiling compositors stretch a window over the screen unless its least size is set and one extent is fixed.
+/// Others have no button to maximise it then.
 void letFloat(QWindow& window) {
     window.setMinimumSize({window.width(), 1});
     window.setMaximumWidth(window.width());
@@ -95,9 +96,7 @@ void Popover::showAsWindow() {
     QRect geometry(QPoint(), m_window->size());
     geometry.moveCenter(QGuiApplication::primaryScreen()->availableGeometry().center());
     m_window->setGeometry(geometry);
-    if (!canPlaceWindows()) {
-        letFloat(*m_window);
-    }
+    letFloat(*m_window);
     show(Form::ordinary);
 }
 

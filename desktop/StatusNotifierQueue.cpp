@@ -1,11 +1,15 @@
 #include "desktop/StatusNotifierQueue.h"
 
+#include <algorithm>
 #include <chrono>
+#include <utility>
 
 namespace tidemark {
 namespace {
 
 constexpr auto longestUnread = std::chrono::seconds(1);
+/// All items hear of a new panel within that, each over its own connection.
+constexpr auto gatheringTime = std::chrono::milliseconds(30);
 constexpr auto quietTime = std::chrono::milliseconds(200);
 
 }  // namespace
@@ -15,10 +19,12 @@ StatusNotifierQueue::StatusNotifierQueue() {
     connect(&m_pause, &QTimer::timeout, this, &StatusNotifierQueue::runNext);
 }
 
-void StatusNotifierQueue::enqueue(QObject& owner, std::function<void()> step) {
-    m_steps.append({&owner, std::move(step)});
+void StatusNotifierQueue::enqueue(QObject& owner, int place, std::function<void()> step) {
+    const auto next =
+        std::ranges::find_if(m_steps, [place](const Step& waiting) { return waiting.place > place; });
+    m_steps.insert(next, {.owner = &owner, .place = place, .run = std::move(step)});
     if (!m_pause.isActive()) {
-        runNext();
+        m_pause.start(gatheringTime);
     }
 }
 
@@ -35,10 +41,10 @@ void StatusNotifierQueue::noteFailure() {
 
 void StatusNotifierQueue::runNext() {
     while (!m_steps.isEmpty()) {
-        const auto [owner, step] = m_steps.takeFirst();
-        if (owner) {
+        const Step step = m_steps.takeFirst();
+        if (step.owner) {
             m_pause.start(longestUnread);
-            step();
+            step.run();
             return;
         }
     }

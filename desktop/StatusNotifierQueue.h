@@ -5,7 +5,6 @@
 #include <QPointer>
 #include <QTimer>
 #include <functional>
-#include <utility>
 
 namespace tidemark {
 
@@ -18,8 +17,11 @@ class StatusNotifierQueue final : public QObject {
 public:
     StatusNotifierQueue();
 
-    /// Runs `step` as soon as it is its turn, which may be now. It is dropped when `owner` goes.
-    void enqueue(QObject& owner, std::function<void()> step);
+    /// The place of one more item among the others.
+    [[nodiscard]] int takePlace() { return m_places++; }
+    /// Runs `step` when it is its turn: of several, such as after a panel's restart, in the order of their
+    /// places, whichever comes first. It is dropped when `owner` goes.
+    void enqueue(QObject& owner, int place, std::function<void()> step);
     /// A panel has read an item.
     void noteRead();
     [[nodiscard]] bool hasBeenRead() const { return m_hasBeenRead; }
@@ -29,7 +31,14 @@ public:
 private:
     void runNext();
 
-    QList<std::pair<QPointer<QObject>, std::function<void()>>> m_steps;
+    struct Step {
+        QPointer<QObject> owner;
+        int place = 0;
+        std::function<void()> run;
+    };
+
+    int m_places = 0;
+    QList<Step> m_steps;
     /// Runs until the next one's turn.
     QTimer m_pause;
     bool m_hasBeenRead = false;

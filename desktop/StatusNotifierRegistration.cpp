@@ -32,6 +32,7 @@ StatusNotifierRegistration::StatusNotifierRegistration(QDBusConnection connectio
     : m_connection(std::move(connection)),
       m_service(std::move(service)),
       m_queue(std::move(queue)),
+      m_place(m_queue->takePlace()),
       m_onHost(std::move(onHost)),
       m_patience(patience),
       m_owner(watcherName(), m_connection, QDBusServiceWatcher::WatchForOwnerChange) {
@@ -51,7 +52,7 @@ StatusNotifierRegistration::StatusNotifierRegistration(QDBusConnection connectio
 void StatusNotifierRegistration::start() {
     m_attempts = 0;
     if (!std::exchange(m_isQueued, true)) {
-        m_queue->enqueue(*this, [this] {
+        m_queue->enqueue(*this, m_place, [this] {
             m_isQueued = false;
             identifyHost();
         });

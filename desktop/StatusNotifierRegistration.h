@@ -51,6 +51,7 @@ private:
     QDBusConnection m_connection;
     QString m_service;
     std::shared_ptr<StatusNotifierQueue> m_queue;
+    int m_place;
     std::function<void(TrayHost)> m_onHost;
     bool m_isQueued = false;
     std::chrono::milliseconds m_patience;

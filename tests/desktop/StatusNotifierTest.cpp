@@ -56,6 +56,7 @@ private Q_SLOTS:
     void cleanup();
     void registersWithEveryWatcher_data();
     void registersWithEveryWatcher();
+    void itemsKeepTheirOrder();
     void asksAgainAWatcherThatDidNotTakeIt_data();
     void asksAgainAWatcherThatDidNotTakeIt();
     void answersWhatPanelsRead();
@@ -133,6 +134,22 @@ void StatusNotifierTest::registersWithEveryWatcher() {
     }
     QTRY_COMPARE(m_watcher->items(), expected);
     QCOMPARE(m_watcher->registrations, 1);
+}
+
+void StatusNotifierTest::itemsKeepTheirOrder() {
+    StatusNotifierQueue queue;
+    QList<int> places;
+    for (int i = 0; i < 4; ++i) {
+        places.append(queue.takePlace());
+    }
+    QList<int> order;
+    for (const int i : {2, 0, 3, 1}) {
+        queue.enqueue(queue, places.at(i), [&order, &queue, i] {
+            order.append(i);
+            queue.noteRead();
+        });
+    }
+    QTRY_COMPARE(order, (QList{0, 1, 2, 3}));
 }
 
 void StatusNotifierTest::asksAgainAWatcherThatDidNotTakeIt_data() {
