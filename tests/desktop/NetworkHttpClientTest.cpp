@@ -162,14 +162,15 @@ private Q_SLOTS:
         // Who waits for an answer goes on waiting.
         QPointer<QTcpSocket> late;
         MisbehavingServer slow([&late](QTcpSocket& socket, const QByteArray&) { late = &socket; });
-        std::optional<QCoro::Task<HttpResult>> waiting = client.send(get(slow.url()), {});
-        QTRY_VERIFY(late);
-        path.suspended += 1min;
-        QCOMPARE(connections(), 4);
-        QCOMPARE(connections(), 4);
-        late->write(MisbehavingServer::answer("200 OK", "late"));
-        QVERIFY(QCoro::waitFor(*std::move(waiting)) == answered(200, "late"));
-        waiting.reset();
+        {
+            QCoro::Task<HttpResult> waiting = client.send(get(slow.url()), {});
+            QTRY_VERIFY(late);
+            path.suspended += 1min;
+            QCOMPARE(connections(), 4);
+            QCOMPARE(connections(), 4);
+            late->write(MisbehavingServer::answer("200 OK", "late"));
+            QVERIFY(QCoro::waitFor(std::move(waiting)) == answered(200, "late"));
+        }
         QTRY_COMPARE(slow.openConnectionCount(), 0);
     }
 
