@@ -8,7 +8,7 @@ int main(int argc, char** argv) {
     using namespace Qt::StringLiterals;
     tidemark::TerminationSignals::exitUntilMade();
     if (!tidemark::Tidemark::hasDesktop()) {
-        std::fputs("There is no desktop here to show Tidemark on.\n", stderr);
+        std::fputs("Tidemark needs a graphical session.\n", stderr);
         return 1;
     }
     const QString identifier = u"com.tidemark.Tidemark"_s;

@@ -43,7 +43,7 @@ private:
 };
 
 void measureDecoding(NetworkHttpClient& http, const sandbox::Sandbox& sandbox) {
-    const auto& account = sandbox.accounts().last();
+    const auto account = sandbox.accounts().last();
     QUrl url = sandbox.baseUrl();
     url.setPath(u"/v9/projects"_s);
     url.setQuery(u"limit=100&teamId="_s + account.teamId);
@@ -113,6 +113,26 @@ void measureLoading(NetworkHttpClient& http, const sandbox::Sandbox& sandbox) {
                 static_cast<long long>(timer.elapsed()), stretches.longestMilliseconds());
 }
 
+/// What a large account remembers, while the disk may be busy with the write before.
+void measureDefaults() {
+    const QTemporaryDir folder;
+    UserDefaults defaults(folder.filePath(u"defaults.ini"_s));
+    QStringList ids;
+    for (int i = 0; i < 2000; ++i)
+        ids.append(u"prj_0123456789abcdefghij%1"_s.arg(i));
+    const QByteArray projects(250'000, '"');
+    qint64 longest = 0;
+    for (int round = 0; round < 5; ++round) {
+        QElapsedTimer timer;
+        timer.start();
+        defaults.setValue(u"cachedProjects"_s, projects);
+        defaults.setValue(u"trackedIds"_s, ids);
+        defaults.setValue(u"seenProjectIds"_s, ids);
+        longest = std::max(longest, timer.nsecsElapsed());
+    }
+    std::printf("remembering 2000 projects: %.3f ms at most\n", static_cast<double>(longest) / 1e6);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -124,5 +144,6 @@ int main(int argc, char** argv) {
     NetworkHttpClient http({.insecureLoopback = NetworkHttpClient::InsecureLoopback::allowed});
     measureDecoding(http, sandbox);
     measureLoading(http, sandbox);
+    measureDefaults();
     return 0;
 }

@@ -8,8 +8,7 @@ void ApplicationService::Activate(const QVariantMap& platformData) {
         token = platformData.value(QStringLiteral("desktop-startup-id")).toString();
     }
     // Queued, so that the caller has its reply before the program starts to draw.
-    QMetaObject::invokeMethod(
-        this, [this, token] { Q_EMIT activated(token); }, Qt::QueuedConnection);
+    QMetaObject::invokeMethod(this, [this, token] { Q_EMIT activated(token); }, Qt::QueuedConnection);
 }
 
 void ApplicationService::Open(const QStringList& /*uris*/, const QVariantMap& platformData) {

@@ -3,9 +3,11 @@
 #include "desktop/ActivationToken.h"
 #include "desktop/Characters.h"
 
+#include <QDBusError>
 #include <QDBusPendingCallWatcher>
 #include <QVariantMap>
 #include <algorithm>
+#include <array>
 #include <utility>
 
 namespace tidemark {
@@ -31,17 +33,32 @@ QDBusMessage serviceCall(const QString& service, const QString& method) {
     return QDBusMessage::createMethodCall(service, servicePath(), serviceName(), method);
 }
 
-/// Whether the service itself answered, be it with an error, and not the bus or a time-out in its place.
-bool isFromService(const QDBusMessage& reply) {
-    return reply.service().startsWith(u':');
+QDBusMessage busCall(const QString& method) {
+    QDBusMessage call = QDBusMessage::createMethodCall(u"org.freedesktop.DBus"_s, u"/org/freedesktop/DBus"_s,
+                                                       u"org.freedesktop.DBus"_s, method);
+    call << serviceName();
+    return call;
+}
+
+/// Whether nobody answered, so that the bus or a timeout did in the service's place. An error that the
+/// service itself answers with is an answer.
+bool isUnanswered(const QDBusMessage& reply) {
+    constexpr std::array errors{QDBusError::Disconnected,   QDBusError::NoReply,  QDBusError::NoServer,
+                                QDBusError::ServiceUnknown, QDBusError::TimedOut, QDBusError::Timeout};
+    const QDBusError error(reply);
+    return std::ranges::find(errors, error.type()) != errors.end() ||
+           error.name() == "org.freedesktop.DBus.Error.NameHasNoOwner"_L1;
 }
 
 }  // namespace
 
-/// A notification on its way. Each asks for the capabilities anew: the service may be another one since the
-/// last time, and this way what it can do and what is sent to it always belong together.
+/// A notification on its way: the service is started, its unique name asked for, then its capabilities, and
+/// then it gets the notification. Each does so anew, because the service may be another one since the last
+/// time: what it can do, what is sent to it and the number that it gives always belong together.
 struct DBusNotificationCenter::Post {
     NotificationRequest request;
+    /// The unique name. Answers do not tell it: Qt 6.8 leaves out who sent them.
+    QString service;
     std::function<void()> onDropped;
     bool isClickable = false;
     std::unique_ptr<QDBusPendingCallWatcher> watcher;
@@ -67,7 +84,10 @@ void DBusNotificationCenter::add(const NotificationRequest& request, std::functi
     auto& post = *m_posts.emplace_back(std::make_unique<Post>());
     post.request = request;
     post.onDropped = std::move(onDropped);
-    call(post, serviceCall(serviceName(), u"GetCapabilities"_s), &DBusNotificationCenter::onCapabilities);
+    QDBusMessage start = busCall(u"StartServiceByName"_s);
+    constexpr uint noFlags = 0;
+    start << noFlags;
+    call(post, start, &DBusNotificationCenter::onStarted);
 }
 
 void DBusNotificationCenter::call(Post& post, const QDBusMessage& message, Handler handler) {
@@ -79,8 +99,22 @@ void DBusNotificationCenter::call(Post& post, const QDBusMessage& message, Handl
             });
 }
 
+void DBusNotificationCenter::onStarted(Post& post, const QDBusMessage& /*reply*/) {
+    // One that cannot be started may be there all the same.
+    call(post, busCall(u"GetNameOwner"_s), &DBusNotificationCenter::onOwner);
+}
+
+void DBusNotificationCenter::onOwner(Post& post, const QDBusMessage& reply) {
+    if (reply.type() != QDBusMessage::ReplyMessage) {
+        drop(post);
+        return;
+    }
+    post.service = reply.arguments().value(0).toString();
+    call(post, serviceCall(post.service, u"GetCapabilities"_s), &DBusNotificationCenter::onCapabilities);
+}
+
 void DBusNotificationCenter::onCapabilities(Post& post, const QDBusMessage& reply) {
-    if (!isFromService(reply)) {
+    if (isUnanswered(reply)) {
         drop(post);
         return;
     }
@@ -98,7 +132,7 @@ void DBusNotificationCenter::onCapabilities(Post& post, const QDBusMessage& repl
     constexpr int defaultExpiry = -1;
     // No icon name: where the desktop entry is installed its icon is shown, and elsewhere some services
     // would show a broken picture.
-    QDBusMessage notify = serviceCall(reply.service(), u"Notify"_s);
+    QDBusMessage notify = serviceCall(post.service, u"Notify"_s);
     notify << m_applicationName << replacesNone << QString() << singleLine(request.title) << body << actions
            << hints << defaultExpiry;
     call(post, notify, &DBusNotificationCenter::onNotified);
@@ -112,7 +146,7 @@ void DBusNotificationCenter::onNotified(Post& post, const QDBusMessage& reply) {
         return;
     }
     if (post.isClickable)
-        remember({reply.service(), id.toUInt(), post.request.userInfo});
+        remember({post.service, id.toUInt(), post.request.userInfo});
     finish(post);
 }
 

@@ -43,6 +43,8 @@ private:
     using Handler = void (DBusNotificationCenter::*)(Post& post, const QDBusMessage& reply);
 
     void call(Post& post, const QDBusMessage& message, Handler handler);
+    void onStarted(Post& post, const QDBusMessage& reply);
+    void onOwner(Post& post, const QDBusMessage& reply);
     void onCapabilities(Post& post, const QDBusMessage& reply);
     void onNotified(Post& post, const QDBusMessage& reply);
     /// It is shown, or cannot be.

@@ -1,5 +1,6 @@
 #include "desktop/Ed25519.h"
 
+#include <openssl/crypto.h>
 #include <openssl/err.h>
 #include <openssl/evp.h>
 
@@ -47,6 +48,9 @@ bool isSigned(QByteArrayView bytes, const QByteArray& signature, const QByteArra
                          unsignedData(bytes), static_cast<size_t>(bytes.size())) == 1;
     // A wrong signature stays behind in the thread's queue of errors, where TLS would find it.
     ERR_clear_error();
+    // Qt does not wait until a pool's thread is gone, so OpenSSL may have ended before it could free that
+    // queue.
+    OPENSSL_thread_stop();
     return isRight;
 }
 

@@ -165,8 +165,7 @@ public:
 
     /// Ends the exchange from the event loop.
     void endLater(TransportError error) {
-        QMetaObject::invokeMethod(
-            this, [this, error] { end(tl::unexpected(error)); }, Qt::QueuedConnection);
+        QMetaObject::invokeMethod(this, [this, error] { end(tl::unexpected(error)); }, Qt::QueuedConnection);
     }
 
     [[nodiscard]] const HttpRequest& request() const { return m_request; }

@@ -27,12 +27,12 @@ void noteSignal(int /*number*/) {
 }
 
 void setHandler(void (*handler)(int)) {
-    struct sigaction action {};
+    struct sigaction action{};
     action.sa_handler = handler;
     action.sa_flags = SA_RESTART;
     for (const int number : terminating) {
         // What was told to be ignored, as under nohup, stays so.
-        struct sigaction current {};
+        struct sigaction current{};
         sigaction(number, nullptr, &current);
         if (current.sa_handler != SIG_IGN)
             sigaction(number, &action, nullptr);

@@ -89,7 +89,7 @@ bool UpdateArchive::isPackage() const {
 }
 
 bool UpdateArchive::isSigned(const QByteArray& signature, const QByteArray& key) const {
-    struct stat state {};
+    struct stat state{};
     if (::fstat(m_descriptor, &state) != 0 || state.st_size != m_size || m_size == 0)
         return false;
     const auto length = static_cast<size_t>(m_size);
@@ -118,8 +118,8 @@ int UpdateArchive::place(const QString& path, mode_t permissions) {
 }
 
 bool UpdateArchive::hasItsName() const {
-    struct stat own {};
-    struct stat named {};
+    struct stat own{};
+    struct stat named{};
     return ::fstat(m_descriptor, &own) == 0 && ::lstat(m_name.constData(), &named) == 0 &&
            own.st_dev == named.st_dev && own.st_ino == named.st_ino;
 }

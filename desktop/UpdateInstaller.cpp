@@ -46,7 +46,7 @@ void removePackages(const QString& folder) {
 }
 
 mode_t permissionsOf(const QString& path) {
-    struct stat state {};
+    struct stat state{};
     return ::stat(QFile::encodeName(path).constData(), &state) == 0 ? state.st_mode & 0777 : 0755;
 }
 

@@ -158,7 +158,7 @@ QCoro::Task<> Updater::check(std::stop_token stop) {
     }
     const auto now = m_services.clock.now().time_since_epoch().count();
     m_settings.setValue(lastCheckKey,
-                        QDateTime::fromMSecsSinceEpoch(now, Qt::UTC).toString(Qt::ISODateWithMs));
+                        QDateTime::fromMSecsSinceEpoch(now).toUTC().toString(Qt::ISODateWithMs));
     conclude(*items);
 }
 

@@ -11,7 +11,7 @@ std::optional<QUrl> webAddress(const QString& text) {
         text, [](QChar c) { return c.isSpace() || c.category() == QChar::Other_Control; });
     if (hasForbidden)
         return std::nullopt;
-    const QUrl url(text, QUrl::StrictMode);
+    QUrl url(text, QUrl::StrictMode);
     const bool isWeb = url.scheme() == "http"_L1 || url.scheme() == "https"_L1;
     if (!url.isValid() || !isWeb || url.host().isEmpty())
         return std::nullopt;

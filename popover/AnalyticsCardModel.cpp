@@ -19,7 +19,7 @@ constexpr double lowestBar = 3;
 constexpr qsizetype mostBars = 11;
 
 /// The sum of a figure over all days. What is beyond the largest number is that number.
-qint64 total(const QList<DayStats>& days, qint64 DayStats::*figure) {
+qint64 total(const QList<DayStats>& days, qint64 DayStats::* figure) {
     qint64 sum = 0;
     for (const DayStats& day : days) {
         if (__builtin_add_overflow(sum, day.*figure, &sum))

@@ -43,12 +43,12 @@ QString captured(const QString& text, const QString& pattern) {
 }
 
 QDate today(const World& world) {
-    return QDateTime::fromMSecsSinceEpoch(world.now(), Qt::UTC).date();
+    return QDateTime::fromMSecsSinceEpoch(world.now()).toUTC().date();
 }
 
 /// 0 at midnight UTC, 1 at the next one.
 double dayElapsed(const World& world) {
-    return QDateTime::fromMSecsSinceEpoch(world.now(), Qt::UTC).time().msecsSinceStartOfDay() / 86'400'000.0;
+    return QDateTime::fromMSecsSinceEpoch(world.now()).toUTC().time().msecsSinceStartOfDay() / 86'400'000.0;
 }
 
 /// How a zone's visitors keep the weekend: an office's documentation rests, a shop does not.

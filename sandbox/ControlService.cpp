@@ -24,7 +24,8 @@ POST   /sandbox/status     {"indicator": "none", "minor", "major" or "critical"}
 POST   /sandbox/speed      {"speed": 20}; 0 freezes
 POST   /sandbox/tokens     {"token": "…", "revoked": true}
 GET    /sandbox/faults     DELETE clears them
-POST   /sandbox/faults     {"kind": "status", "stall", "delay", "drip", "cut", "garbage", "huge", "bomb" or "redirect"};
+POST   /sandbox/faults     {"kind": "status", "stall", "delay", "drip", "cut", "reset", "garbage", "huge", "bomb"
+                           or "redirect"};
                            optional: "path" (prefix), "project", "times", "status", "body", "pauseMs", "bytes", "location"
 GET    /sandbox/requests   ?path=prefix; DELETE clears them
 )";

@@ -37,6 +37,7 @@ enum class Delivery : quint8 {
     never,    ///< the connection stays open in silence
     drip,     ///< in small pieces
     cut,      ///< closed in the middle of the body
+    reset,    ///< the connection is reset before the first byte
     endless,  ///< the body, then white space for ever
 };
 

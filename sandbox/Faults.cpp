@@ -8,12 +8,13 @@ namespace tidemark::sandbox {
 
 namespace {
 
-constexpr std::array<std::pair<FaultKind, QLatin1StringView>, 9> kindNames = {{
+constexpr std::array<std::pair<FaultKind, QLatin1StringView>, 10> kindNames = {{
     {FaultKind::status, QLatin1StringView("status")},
     {FaultKind::stall, QLatin1StringView("stall")},
     {FaultKind::delay, QLatin1StringView("delay")},
     {FaultKind::drip, QLatin1StringView("drip")},
     {FaultKind::cut, QLatin1StringView("cut")},
+    {FaultKind::reset, QLatin1StringView("reset")},
     {FaultKind::garbage, QLatin1StringView("garbage")},
     {FaultKind::huge, QLatin1StringView("huge")},
     {FaultKind::bomb, QLatin1StringView("bomb")},
@@ -84,7 +85,9 @@ std::optional<Fault> Faults::take(const QString& path, const QString& projectId)
     if (hit == m_faults.end())
         return std::nullopt;
     Fault fault = *hit;
-    if (hit->times > 0 && --hit->times == 0)
+    if (hit->times > 0)
+        --hit->times;
+    if (hit->times == 0)
         m_faults.erase(hit);
     return fault;
 }
@@ -95,6 +98,8 @@ std::optional<Reply> substituteFor(const Fault& fault) {
             return statusReply(fault);
         case FaultKind::stall:
             return Reply{.status = 0, .delivery = Delivery::never};
+        case FaultKind::reset:
+            return Reply{.status = 0, .delivery = Delivery::reset};
         case FaultKind::garbage:
             return Reply{.contentType = "text/html; charset=utf-8",
                          .body = "<!doctype html><title>Be right back</title><h1>Be right back</h1>"};
@@ -131,6 +136,7 @@ Reply spoil(Reply answer, const Fault& fault) {
             break;
         case FaultKind::status:
         case FaultKind::stall:
+        case FaultKind::reset:
         case FaultKind::garbage:
         case FaultKind::bomb:
         case FaultKind::redirect:

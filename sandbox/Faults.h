@@ -16,6 +16,7 @@ enum class FaultKind : quint8 {
     delay,     ///< the true answer after `pauseMs`
     drip,      ///< the true answer, a byte every `pauseMs` (1 s when 0)
     cut,       ///< the true answer, closed half-way through the body
+    reset,     ///< accepted, then the connection is reset
     garbage,   ///< 200 with a body that is no JSON
     huge,      ///< the true answer followed by white space up to `bytes`; without end when 0
     bomb,      ///< `bytes` of white space (64 MB when 0), compressed a thousand to one

@@ -23,7 +23,7 @@ struct Sandbox::Private {
     CloudflareService cloudflare{world};
     UpdateService updates;
     ControlService control{world, faults, log};
-    /// Last, so that its threads end before what they use.
+    /// Last, so that its thread ends before what it uses.
     std::unique_ptr<HttpServer> server;
 };
 

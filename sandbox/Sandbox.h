@@ -32,7 +32,7 @@ private:
 /// A local stand-in for the three web services, on 127.0.0.1 only: the hosting service's REST interface under
 /// /v6, /v9 and /v13, its status page under /api/v2, the traffic service under /client/v4; and for the
 /// program's own releases under /updates, see `UpdateService`. Its controls are under /sandbox. It serves on
-/// threads of its own; every operation may be called from any thread, `start` and `stop` from one.
+/// a thread of its own; every operation may be called from any thread, `start` and `stop` from one.
 class Sandbox final {
 public:
     explicit Sandbox(const SandboxOptions& options = {});
@@ -43,7 +43,7 @@ public:
     /// Serves from here on; false when the port is taken.
     [[nodiscard]] bool start();
 
-    /// Closes every connection, also stalled ones, and returns when the last thread has ended.
+    /// Closes every connection, also stalled ones, and returns when the thread has ended.
     void stop();
 
     /// "http://127.0.0.1:port", without a path; empty unless serving. All three services live under it.

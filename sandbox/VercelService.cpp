@@ -102,8 +102,7 @@ Reply VercelService::statusPage() const {
         {u"id"_s, u"sandbox"_s},
         {u"name"_s, u"Sandbox"_s},
         {u"time_zone"_s, u"Etc/UTC"_s},
-        {u"updated_at"_s,
-         QDateTime::fromMSecsSinceEpoch(m_world.now(), Qt::UTC).toString(Qt::ISODateWithMs)}};
+        {u"updated_at"_s, QDateTime::fromMSecsSinceEpoch(m_world.now()).toUTC().toString(Qt::ISODateWithMs)}};
     const QJsonObject status{{u"indicator"_s, indicator}, {u"description"_s, indicatorText(indicator)}};
     return Reply::json({{u"page"_s, page}, {u"status"_s, status}});
 }

@@ -126,7 +126,7 @@ bool storeSettings(Sandbox& sandbox, const DemoOptions& options, const QTemporar
 int main(int argc, char** argv) {
     tidemark::TerminationSignals::exitUntilMade();
     if (!tidemark::Tidemark::hasDesktop()) {
-        std::fputs("There is no desktop here to show the demo on; ./run demo brings one along.\n", stderr);
+        std::fputs("The demo needs a graphical session; ./run demo brings one along.\n", stderr);
         return 1;
     }
     const QString identifier = u"com.tidemark.Demo"_s;

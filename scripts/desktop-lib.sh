@@ -81,7 +81,7 @@ desktop_start_x() {
     mkfifo "$DESKTOP_FOLDER/display"
     Xvfb -displayfd 3 -screen 0 "$geometry" -nolisten tcp -noreset 3>"$DESKTOP_FOLDER/display" \
         </dev/null >"$DESKTOP_FOLDER/log/xvfb" 2>&1 {DESKTOP_LIFELINE}>&- &
-    read -t 30 -r number <"$DESKTOP_FOLDER/display"
+    read -t 300 -r number <"$DESKTOP_FOLDER/display"
     if [[ -z $number ]]; then
         echo "The X server did not start:" >&2
         cat "$DESKTOP_FOLDER/log/xvfb" >&2
@@ -142,5 +142,5 @@ desktop_exec_panel() {
 }
 
 desktop_wait_for_name() {
-    gdbus wait --session --timeout "${2:-30}" "$1"
+    gdbus wait --session --timeout "${2:-300}" "$1"
 }

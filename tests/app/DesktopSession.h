@@ -9,11 +9,11 @@
 #include <QRect>
 #include <QRegularExpression>
 #include <QStringList>
-#include <QTest>
 #include <QVariant>
 #include <memory>
 
 #include "sandbox/Sandbox.h"
+#include "tests/TestProgram.h"
 
 /// What tests of whole programs do and see in a desktop session.
 namespace tidemark::desktopsession {
@@ -32,7 +32,7 @@ inline QVariant busProperty(const QString& service, const QString& path, const Q
     QDBusMessage get =
         QDBusMessage::createMethodCall(service, path, u"org.freedesktop.DBus.Properties"_s, u"Get"_s);
     get << interface << property;
-    const QDBusReply<QDBusVariant> reply = QDBusConnection::sessionBus().call(get, QDBus::Block, 2000);
+    const QDBusReply<QDBusVariant> reply = QDBusConnection::sessionBus().call(get, QDBus::Block, hangLimit);
     return reply.isValid() ? reply.value().variant() : QVariant();
 }
 
@@ -56,7 +56,7 @@ inline QVariant itemProperty(const QString& property, const QString& id = u"tide
 inline QString output(const QString& program, const QStringList& arguments) {
     QProcess process;
     process.start(program, arguments);
-    process.waitForFinished(10000);
+    process.waitForFinished(hangLimit);
     return QString::fromUtf8(process.readAllStandardOutput()).trimmed();
 }
 
@@ -74,9 +74,9 @@ inline QRect popover() {
 /// Ends a program as the desktop does at the end of a session.
 inline void quit(QProcess& process) {
     process.terminate();
-    if (!process.waitForFinished(10000))
+    if (!process.waitForFinished(hangLimit))
         process.kill();
-    process.waitForFinished();
+    process.waitForFinished(hangLimit);
 }
 
 /// A frozen world of three projects to watch, and a window manager to show windows.
@@ -84,21 +84,21 @@ inline void startSurroundings(std::unique_ptr<sandbox::Sandbox>& world, QProcess
     world = std::make_unique<sandbox::Sandbox>(sandbox::SandboxOptions{.seed = 3, .projects = 3, .speed = 0});
     QVERIFY(world->start());
     windowManager.start(u"openbox"_s, QStringList());
-    QVERIFY(windowManager.waitForStarted());
+    QVERIFY(windowManager.waitForStarted(hangLimit));
 }
 
 /// Starts a panel, and waits for its tray.
 inline void launchPanel(QProcess& process, const QString& program, const QStringList& arguments = {}) {
     process.start(program, arguments);
-    QVERIFY(process.waitForStarted());
-    QTRY_VERIFY_WITH_TIMEOUT(isOnTheBus(watcherName), 20000);
+    QVERIFY(process.waitForStarted(hangLimit));
+    QTRY_VERIFY(isOnTheBus(watcherName));
 }
 
 /// Gives it no chance to say good-bye, and waits until its name is gone from the bus.
 inline void killAndWait(QProcess& process, const QString& name) {
     process.kill();
-    process.waitForFinished();
-    QTRY_VERIFY_WITH_TIMEOUT(!isOnTheBus(name), 20000);
+    process.waitForFinished(hangLimit);
+    QTRY_VERIFY(!isOnTheBus(name));
 }
 
 /// Starts the demo on the frozen world of a test, polling every second, and has it forward what it says.

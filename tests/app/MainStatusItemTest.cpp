@@ -1,7 +1,7 @@
 #include <QImage>
-#include <QTest>
 
 #include "app/VercelLogoShape.h"
+#include "tests/TestProgram.h"
 #include "tests/app/Rig.h"
 
 using namespace tidemark;
@@ -95,5 +95,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(MainStatusItemTest)
+TIDEMARK_GUI_TEST(MainStatusItemTest)
 #include "MainStatusItemTest.moc"

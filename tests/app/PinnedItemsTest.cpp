@@ -1,5 +1,5 @@
-#include <QTest>
 
+#include "tests/TestProgram.h"
 #include "tests/app/Rig.h"
 
 using namespace tidemark;
@@ -223,5 +223,5 @@ private:
     std::unique_ptr<Rig> m_rig;
 };
 
-QTEST_MAIN(PinnedItemsTest)
+TIDEMARK_GUI_TEST(PinnedItemsTest)
 #include "PinnedItemsTest.moc"

@@ -1,6 +1,6 @@
 #include <QSignalSpy>
-#include <QTest>
 
+#include "tests/TestProgram.h"
 #include "tests/app/Rig.h"
 
 using namespace tidemark;
@@ -248,5 +248,5 @@ private:
     std::unique_ptr<Rig> m_rig;
 };
 
-QTEST_MAIN(PollingTest)
+TIDEMARK_GUI_TEST(PollingTest)
 #include "PollingTest.moc"

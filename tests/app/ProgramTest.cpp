@@ -1,10 +1,9 @@
-#include <QElapsedTimer>
 #include <QFile>
 #include <QTemporaryDir>
-#include <QTest>
 #include <csignal>
 
 #include "desktop/DBusMenu.h"
+#include "tests/TestProgram.h"
 #include "tests/app/DesktopSession.h"
 
 using namespace Qt::StringLiterals;
@@ -18,7 +17,7 @@ int lastMenuEntry(const QString& service) {
     QDBusMessage get =
         QDBusMessage::createMethodCall(service, u"/MenuBar"_s, u"com.canonical.dbusmenu"_s, u"GetLayout"_s);
     get << 0 << 1 << QStringList();
-    const QDBusMessage reply = QDBusConnection::sessionBus().call(get, QDBus::Block, 2000);
+    const QDBusMessage reply = QDBusConnection::sessionBus().call(get, QDBus::Block, hangLimit);
     const auto layout = qdbus_cast<tidemark::DBusMenuLayout>(reply.arguments().value(1));
     return layout.children.isEmpty()
                ? 0
@@ -64,7 +63,7 @@ private Q_SLOTS:
             for (qsizetype i = 0; i < names.size(); ++i)
                 m_sandbox->world()->push(names.at(i), {.state = row.states.at(i)});
             const QString title = row.summary.isEmpty() ? u"Tidemark"_s : u"Tidemark — "_s + row.summary;
-            QTRY_VERIFY2_WITH_TIMEOUT(reads(title, row.summary), qPrintable(title), 20000);
+            QTRY_VERIFY2(reads(title, row.summary), qPrintable(title));
         }
         QCOMPARE(itemProperty(u"Id"_s).toString(), u"tidemark"_s);
         QCOMPARE(itemProperty(u"Category"_s).toString(), u"ApplicationStatus"_s);
@@ -72,18 +71,16 @@ private Q_SLOTS:
         QVERIFY(!itemProperty(u"ItemIsMenu"_s).toBool());
 
         stopPanel();
-        QElapsedTimer timer;
         startPanel();
-        timer.start();
-        QTRY_COMPARE_WITH_TIMEOUT(itemProperty(u"Title"_s).toString(), u"Tidemark"_s, 2000);
+        QTRY_COMPARE(itemProperty(u"Title"_s).toString(), u"Tidemark"_s);
     }
 
     void aSecondStartHandsOver() {
         startDemo();
-        QTRY_VERIFY_WITH_TIMEOUT(isOnTheBus(u"com.tidemark.Demo"_s), 20000);
+        QTRY_VERIFY(isOnTheBus(u"com.tidemark.Demo"_s));
         QProcess second;
         second.start(QStringLiteral(DEMO), {u"--address"_s, m_sandbox->baseUrl().toString()});
-        QVERIFY(second.waitForFinished(20000));
+        QVERIFY(second.waitForFinished(hangLimit));
         QCOMPARE(second.exitStatus(), QProcess::NormalExit);
         QCOMPARE(second.exitCode(), 0);
         QCOMPARE(m_demo.state(), QProcess::Running);
@@ -102,9 +99,9 @@ private Q_SLOTS:
         m_sandbox->log().clear();
         startPanel();
         startDemo();
-        QTRY_VERIFY_WITH_TIMEOUT(m_sandbox->log().total() > 3 && itemProperty(u"Title"_s).isValid(), 20000);
+        QTRY_VERIFY(m_sandbox->log().total() > 3 && itemProperty(u"Title"_s).isValid());
         ::kill(static_cast<pid_t>(m_demo.processId()), signal);
-        QVERIFY(m_demo.waitForFinished(10000));
+        QVERIFY(m_demo.waitForFinished(hangLimit));
         QCOMPARE(m_demo.exitStatus(), QProcess::NormalExit);
         QCOMPARE(m_demo.exitCode(), 0);  // with the sanitizers' approval
         QTRY_VERIFY(!itemProperty(u"Title"_s).isValid());
@@ -120,23 +117,22 @@ private Q_SLOTS:
         opener.close();
         QProcess daemon;
         daemon.start(u"dunst"_s, QStringList());
-        QTRY_VERIFY_WITH_TIMEOUT(isOnTheBus(u"org.freedesktop.Notifications"_s), 20000);
+        QTRY_VERIFY(isOnTheBus(u"org.freedesktop.Notifications"_s));
         // Of the tests before, whose notifications the bus may have started the daemon for.
         const auto count = [](const QString& kind) { return output(u"dunstctl"_s, {u"count"_s, kind}); };
         output(u"dunstctl"_s, {u"close-all"_s});
-        QTRY_COMPARE_WITH_TIMEOUT(count(u"displayed"_s) + count(u"waiting"_s), u"00"_s, 20000);
+        QTRY_COMPARE(count(u"displayed"_s) + count(u"waiting"_s), u"00"_s);
         const auto project = m_sandbox->world()->projectAt(0);
         m_sandbox->world()->push(project.id, {.state = u"BUILDING"_s});
         startPanel();
         startDemo(1);
         const QString pill = u"tidemark-"_s + project.id;
-        QTRY_COMPARE_WITH_TIMEOUT(itemProperty(u"Title"_s, pill), QVariant(project.name + u": BUILDING"_s),
-                                  20000);
+        QTRY_COMPARE(itemProperty(u"Title"_s, pill), QVariant(project.name + u": BUILDING"_s));
         m_sandbox->world()->setState(project.id, u"READY"_s);
-        QTRY_COMPARE_WITH_TIMEOUT(count(u"displayed"_s), u"1"_s, 20000);
+        QTRY_COMPARE(count(u"displayed"_s), u"1"_s);
         QVERIFY(output(u"dunstctl"_s, {u"action"_s, u"0"_s}).isEmpty());
         QFile opened(opener.fileName() + u".opened"_s);
-        QTRY_VERIFY_WITH_TIMEOUT(opened.exists(), 20000);
+        QTRY_VERIFY(opened.exists());
         QVERIFY(opened.open(QIODevice::ReadOnly));
         QCOMPARE(QString::fromUtf8(opened.readAll()),
                  m_sandbox->world()->projectAt(0).deployments.first().inspectorUrl);
@@ -147,7 +143,7 @@ private Q_SLOTS:
         const QVariant data = QVariant::fromValue(QDBusVariant(0));
         click << lastMenuEntry(itemProperty({}, pill).toString()) << u"clicked"_s << data << 0U;
         QDBusConnection::sessionBus().send(click);
-        QVERIFY(m_demo.waitForFinished(10000));
+        QVERIFY(m_demo.waitForFinished(hangLimit));
         QCOMPARE(m_demo.exitStatus(), QProcess::NormalExit);
         QCOMPARE(m_demo.exitCode(), 0);
         quit(daemon);
@@ -156,34 +152,34 @@ private Q_SLOTS:
     void aClickOnTheItemOpensThePopover() {
         startPanel();
         startDemo();
-        QTRY_COMPARE_WITH_TIMEOUT(itemProperty(u"XAyatanaLabel"_s).isValid(), true, 20000);
+        QTRY_COMPARE(itemProperty(u"XAyatanaLabel"_s).isValid(), true);
         // Until the panel has settled the item may still move; a click that missed it is repeated.
-        for (int attempt = 0; attempt < 10 && popover().isEmpty(); ++attempt) {
+        for (int attempt = 0; attempt < 6 && popover().isEmpty(); ++attempt) {
             clickAt(itemPlace);
-            (void)QTest::qWaitFor([] { return !popover().isEmpty(); }, 2000);
+            (void)QTest::qWaitFor([] { return !popover().isEmpty(); }, hangLimit / 6);
         }
         const QRect window = popover();
         QCOMPARE(window.width(), 268);
         QVERIFY(window.left() <= itemPlace.x() && window.right() < 1280);
         QVERIFY(window.top() >= panelSize && window.top() < panelSize + 10);
         clickAt({300, 500});
-        QTRY_VERIFY_WITH_TIMEOUT(popover().isEmpty(), 5000);
+        QTRY_VERIFY(popover().isEmpty());
         // The click that closes it does not open it again.
         clickAt(itemPlace);
-        QTRY_VERIFY_WITH_TIMEOUT(!popover().isEmpty(), 5000);
+        QTRY_VERIFY(!popover().isEmpty());
         clickAt(itemPlace);
-        QTRY_VERIFY_WITH_TIMEOUT(popover().isEmpty(), 5000);
+        QTRY_VERIFY(popover().isEmpty());
         QVERIFY(!QTest::qWaitFor([] { return !popover().isEmpty(); }, 1000));
         clickAt(itemPlace);
-        QTRY_VERIFY_WITH_TIMEOUT(!popover().isEmpty(), 5000);
+        QTRY_VERIFY(!popover().isEmpty());
         output(u"xdotool"_s, {u"key"_s, u"Escape"_s});
-        QTRY_VERIFY_WITH_TIMEOUT(popover().isEmpty(), 5000);
+        QTRY_VERIFY(popover().isEmpty());
 
         // Started again, it comes up where nobody clicked.
         QProcess second;
         second.start(QStringLiteral(DEMO), {u"--address"_s, m_sandbox->baseUrl().toString()});
-        QVERIFY(second.waitForFinished(20000));
-        QTRY_VERIFY_WITH_TIMEOUT(!popover().isEmpty(), 5000);
+        QVERIFY(second.waitForFinished(hangLimit));
+        QTRY_VERIFY(!popover().isEmpty());
         quit(m_demo);
         QCOMPARE(m_demo.exitCode(), 0);
     }
@@ -195,12 +191,12 @@ private Q_SLOTS:
                            {u"search"_s, u"--onlyvisible"_s, u"--name"_s, u"^Tidemark Preferences$"_s})
                         .isEmpty();
         };
-        QTRY_VERIFY_WITH_TIMEOUT(isWindowShown(), 20000);
+        QTRY_VERIFY(isWindowShown());
         const auto hasFocus = [] {
             return output(u"xdotool"_s, {u"getactivewindow"_s, u"getwindowname"_s}).trimmed() ==
                    u"Tidemark Preferences"_s;
         };
-        QTRY_VERIFY_WITH_TIMEOUT(hasFocus(), 5000);
+        QTRY_VERIFY(hasFocus());
         const auto account = m_sandbox->accounts().first();
         // Into the token's field, and on to that of the team: past the button that shows the token.
         output(u"xdotool"_s, {u"type"_s, account.token});
@@ -209,11 +205,8 @@ private Q_SLOTS:
             output(u"xdotool"_s, {u"type"_s, account.teamId});
         m_sandbox->log().clear();
         output(u"xdotool"_s, {u"key"_s, u"Return"_s});
-        QElapsedTimer timer;
-        timer.start();
-        QTRY_VERIFY_WITH_TIMEOUT(m_sandbox->log().total() > 0, 5000);
-        QVERIFY2(timer.elapsed() < 1000, qPrintable(QString::number(timer.elapsed())));
-        QTRY_VERIFY_WITH_TIMEOUT(!isWindowShown(), 5000);
+        QTRY_VERIFY(m_sandbox->log().total() > 0);
+        QTRY_VERIFY(!isWindowShown());
         quit(m_demo);
         QCOMPARE(m_demo.exitCode(), 0);
     }
@@ -225,7 +218,7 @@ private Q_SLOTS:
         program.start(QStringLiteral(PROGRAM),
                       {u"--address"_s, m_sandbox->baseUrl().toString(), u"--help"_s});
         m_sandbox->log().clear();
-        QTRY_COMPARE_WITH_TIMEOUT(itemProperty(u"Title"_s).toString(), u"Tidemark"_s, 20000);
+        QTRY_COMPARE(itemProperty(u"Title"_s).toString(), u"Tidemark"_s);
         QVERIFY(isOnTheBus(u"com.tidemark.Tidemark"_s));
         QCOMPARE(m_sandbox->log().total(), 0);
         quit(program);
@@ -256,12 +249,12 @@ private:
         m_demo.setProcessEnvironment(environment);
         tidemark::desktopsession::startDemo(m_demo, QStringLiteral(DEMO), *m_sandbox,
                                             QStringList{u"--pinned"_s, QString::number(pinned)} + more);
-        QVERIFY(m_demo.waitForStarted());
+        QVERIFY(m_demo.waitForStarted(hangLimit));
     }
 
     void startPanel() {
         m_panel.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-        launchPanel(m_panel, QStringLiteral(START_PANEL), {QString::number(panelSize)});
+        launchPanel(m_panel, QStringLiteral(TESTS_FOLDER "/start-panel"), {QString::number(panelSize)});
     }
 
     void stopPanel() { killAndWait(m_panel, watcherName); }
@@ -274,5 +267,5 @@ private:
     QTemporaryDir m_folder;
 };
 
-QTEST_GUILESS_MAIN(ProgramTest)
+TIDEMARK_TEST(ProgramTest)
 #include "ProgramTest.moc"

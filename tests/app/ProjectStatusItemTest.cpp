@@ -1,11 +1,11 @@
 #include "app/ProjectStatusItem.h"
 
 #include <QImage>
-#include <QTest>
 
 #include "app/StatusCircle.h"
 #include "desktop/Characters.h"
 #include "desktop/StatusIcon.h"
+#include "tests/TestProgram.h"
 #include "tests/fakes/FakeNotificationCenter.h"
 #include "tests/fakes/FakeSoundPlayer.h"
 #include "tests/fakes/FakeStatusBar.h"
@@ -86,7 +86,7 @@ private Q_SLOTS:
     void theMenuTellsEveryPhase() {
         const QStringList title{u"api_v2"_s, u"--"_s};
         const QStringList failed{u"⚠️ Last check failed"_s, u"offline"_s};
-        const QStringList details{u"Status: ✅ Ready"_s,         u"Branch: main"_s, u"Commit: Fix the build"_s,
+        const QStringList details{u"Status: ✅ Ready"_s,        u"Branch: main"_s, u"Commit: Fix the build"_s,
                                   u"Deployed: 5 minutes ago"_s, u"--"_s,           u"* Open in Vercel"_s,
                                   u"* Open Deployment"_s};
         const QStringList actions{u"--"_s, u"* Refresh Now"_s, u"--"_s, u"* Preferences…"_s,
@@ -263,5 +263,5 @@ private:
     std::unique_ptr<ProjectStatusItem> m_item;
 };
 
-QTEST_MAIN(ProjectStatusItemTest)
+TIDEMARK_GUI_TEST(ProjectStatusItemTest)
 #include "ProjectStatusItemTest.moc"

@@ -3,12 +3,12 @@
 #include <QGuiApplication>
 #include <QJsonDocument>
 #include <QTemporaryDir>
-#include <QTest>
 #include <QWindow>
 #include <memory>
 
 #include "app/AppDelegate.h"
 #include "popover/PopoverView.h"
+#include "tests/TestProgram.h"
 #include "tests/fakes/FakeHttpClient.h"
 #include "tests/fakes/FakeKeychain.h"
 #include "tests/fakes/FakeLoginItem.h"

@@ -1,5 +1,5 @@
-#include <QTest>
 
+#include "tests/TestProgram.h"
 #include "tests/app/Rig.h"
 
 using namespace tidemark;
@@ -169,5 +169,5 @@ private:
     std::unique_ptr<Rig> m_rig;
 };
 
-QTEST_MAIN(SleepAndNetworkTest)
+TIDEMARK_GUI_TEST(SleepAndNetworkTest)
 #include "SleepAndNetworkTest.moc"

@@ -1,7 +1,7 @@
 #include <QTemporaryDir>
-#include <QTest>
 
 #include "app/TrayAdvisor.h"
+#include "tests/TestProgram.h"
 #include "tests/fakes/FakeNotificationCenter.h"
 #include "tests/fakes/FakeSoundPlayer.h"
 #include "tests/fakes/FakeStatusBar.h"
@@ -109,5 +109,5 @@ private:
     bool m_isShort = false;
 };
 
-QTEST_GUILESS_MAIN(TrayAdvisorTest)
+TIDEMARK_TEST(TrayAdvisorTest)
 #include "TrayAdvisorTest.moc"

@@ -1,11 +1,11 @@
 #include <QCoroTask>
 #include <QTemporaryDir>
-#include <QTest>
 
 #include "cloudflare/AnalyticsLoader.h"
 #include "desktop/NetworkHttpClient.h"
 #include "desktop/TaskScope.h"
 #include "sandbox/Sandbox.h"
+#include "tests/TestProgram.h"
 #include "tests/fakes/FakeHttpClient.h"
 #include "tests/fakes/ManualClock.h"
 
@@ -180,5 +180,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(AnalyticsLoaderTest)
+TIDEMARK_TEST(AnalyticsLoaderTest)
 #include "AnalyticsLoaderTest.moc"

@@ -1,7 +1,7 @@
 #include <QCoroTask>
-#include <QTest>
 
 #include "cloudflare/CloudflareAPIClient.h"
+#include "tests/TestProgram.h"
 #include "tests/fakes/FakeHttpClient.h"
 #include "tests/fakes/ManualClock.h"
 
@@ -140,5 +140,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(CloudflareClientTest)
+TIDEMARK_TEST(CloudflareClientTest)
 #include "CloudflareClientTest.moc"

@@ -4,10 +4,10 @@
 #include <QJsonObject>
 #include <QRegularExpression>
 #include <QTemporaryDir>
-#include <QTest>
 
 #include "config/ConfigStore.h"
 #include "config/KeychainHelper.h"
+#include "tests/TestProgram.h"
 #include "tests/fakes/FakeKeychain.h"
 
 using namespace tidemark;
@@ -213,5 +213,5 @@ private:
     std::unique_ptr<FakeKeychain> m_keychain;
 };
 
-QTEST_GUILESS_MAIN(ConfigStoreTest)
+TIDEMARK_TEST(ConfigStoreTest)
 #include "ConfigStoreTest.moc"

@@ -1,7 +1,6 @@
 #include "config/KeychainHelper.h"
 
-#include <QTest>
-
+#include "tests/TestProgram.h"
 #include "tests/fakes/FakeKeychain.h"
 
 using namespace tidemark;
@@ -130,5 +129,5 @@ private:
     std::unique_ptr<FakeKeychain> m_keychain;
 };
 
-QTEST_GUILESS_MAIN(KeychainHelperTest)
+TIDEMARK_TEST(KeychainHelperTest)
 #include "KeychainHelperTest.moc"

@@ -3,7 +3,8 @@
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
-#include <QTest>
+
+#include "tests/TestProgram.h"
 
 using namespace tidemark;
 using namespace Qt::StringLiterals;
@@ -42,5 +43,5 @@ private:
     }
 };
 
-QTEST_GUILESS_MAIN(AppImageTest)
+TIDEMARK_TEST(AppImageTest)
 #include "AppImageTest.moc"

@@ -1,8 +1,8 @@
 #include <QElapsedTimer>
-#include <QTest>
 
 #include "desktop/Clock.h"
 #include "desktop/TaskScope.h"
+#include "tests/TestProgram.h"
 
 using namespace tidemark;
 using namespace std::chrono_literals;
@@ -85,5 +85,5 @@ private:
     SystemClock m_clock;
 };
 
-QTEST_GUILESS_MAIN(ClockTest)
+TIDEMARK_TEST(ClockTest)
 #include "ClockTest.moc"

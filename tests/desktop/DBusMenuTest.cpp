@@ -2,11 +2,11 @@
 
 #include "StatusNotifierHost.h"
 #include "desktop/DBusStatusBar.h"
+#include "tests/TestProgram.h"
 
 #include <QDBusConnectionInterface>
 #include <QDBusMessage>
 #include <QProcess>
-#include <QTest>
 #include <memory>
 
 namespace tidemark {
@@ -67,7 +67,7 @@ void DBusMenuTest::init() {
 
 void DBusMenuTest::cleanup() {
     m_client.closeWriteChannel();
-    m_client.waitForFinished();
+    m_client.waitForFinished(hangLimit);
     m_host.reset();
     m_item.reset();
     m_bar.reset();
@@ -75,14 +75,15 @@ void DBusMenuTest::cleanup() {
 
 void DBusMenuTest::startClient() {
     m_client.start(QStringLiteral(MENU_CLIENT), {m_service});
-    QVERIFY(m_client.waitForStarted());
+    QVERIFY(m_client.waitForStarted(hangLimit));
 }
 
 QStringList DBusMenuTest::read() {
     command("read");
     QStringList lines;
     while (!lines.endsWith(QStringLiteral("end"))) {
-        if (!m_client.canReadLine() && !QTest::qWaitFor([this] { return m_client.canReadLine(); })) {
+        if (!m_client.canReadLine() &&
+            !QTest::qWaitFor([this] { return m_client.canReadLine(); }, hangLimit)) {
             return lines;
         }
         lines << QString::fromUtf8(m_client.readLine()).trimmed();
@@ -122,11 +123,11 @@ void DBusMenuTest::panelsReadAndChoose() {
     m_item->setMenu(menu);
     startClient();
     const auto reads = [this](const QStringList& lines) {
-        return QTest::qWaitFor([&] { return read() == lines; });
+        return QTest::qWaitFor([&] { return read() == lines; }, hangLimit);
     };
-    QVERIFY(
-        reads({QStringLiteral("api__v2 <b>&amp;"), QStringLiteral("--"), QStringLiteral("Status: ⏳ Building"),
-               QStringLiteral("* Refresh Now"), QStringLiteral("* Quit [Control+q]")}));
+    QVERIFY(reads({QStringLiteral("api__v2 <b>&amp;"), QStringLiteral("--"),
+                   QStringLiteral("Status: ⏳ Building"), QStringLiteral("* Refresh Now"),
+                   QStringLiteral("* Quit [Control+q]")}));
 
     menu[2].title = QStringLiteral("Status:\t✅ Ready\n") + QString(1000, u'x');
     m_item->setMenu(menu);
@@ -319,5 +320,5 @@ void DBusMenuTest::itemThatIsAMenuRefusesToBeActivated() {
 }  // namespace
 }  // namespace tidemark
 
-QTEST_GUILESS_MAIN(tidemark::DBusMenuTest)
+TIDEMARK_TEST(tidemark::DBusMenuTest)
 #include "DBusMenuTest.moc"

@@ -3,7 +3,8 @@
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
-#include <QTest>
+
+#include "tests/TestProgram.h"
 
 using namespace tidemark;
 using namespace Qt::StringLiterals;
@@ -100,5 +101,5 @@ private:
     QString m_entry;
 };
 
-QTEST_GUILESS_MAIN(LoginItemTest)
+TIDEMARK_TEST(LoginItemTest)
 #include "LoginItemTest.moc"

@@ -2,9 +2,10 @@
 
 #include <QGuiApplication>
 #include <QScreen>
-#include <QTest>
 #include <functional>
 #include <utility>
+
+#include "tests/TestProgram.h"
 
 namespace tidemark {
 namespace {
@@ -54,8 +55,7 @@ private Q_SLOTS:
         row("click", "abcd", drag(1, 1), "closed b");
         row("disabled", "abCd", drag(2, 2), "");
         row("outside", "ab", drag(-1, 0), "closed ");
-        row(
-            "emptied", "ab", [](MenuWindow& window) { window.setMenu({}); }, "closed ");
+        row("emptied", "ab", [](MenuWindow& window) { window.setMenu({}); }, "closed ");
         const auto loseFocus = [](MenuWindow& window) {
             QFocusEvent lost(QEvent::FocusOut);
             QCoreApplication::sendEvent(&window, &lost);
@@ -198,5 +198,5 @@ private:
 }  // namespace
 }  // namespace tidemark
 
-QTEST_MAIN(tidemark::MenuWindowTest)
+TIDEMARK_GUI_TEST(tidemark::MenuWindowTest)
 #include "MenuWindowTest.moc"

@@ -1,13 +1,12 @@
 #include "desktop/NetworkHttpClient.h"
 
-#include <QElapsedTimer>
 #include <QHostAddress>
 #include <QPointer>
 #include <QTcpServer>
-#include <QTest>
 #include <QTimer>
 #include <thread>
 
+#include "tests/TestProgram.h"
 #include "tests/desktop/HttpExchange.h"
 #include "tests/fakes/MisbehavingServer.h"
 
@@ -101,12 +100,9 @@ private Q_SLOTS:
         QFETCH(const Script, script);
         QFETCH(const HttpResult, expected);
         MisbehavingServer server(script);
-        QElapsedTimer watch;
-        watch.start();
         const HttpResult result = send(*m_client, get(server.url()));
         QCOMPARE(summary(result), summary(expected));
         QVERIFY(result == expected);
-        QVERIFY(watch.elapsed() < 5000);
     }
 
     void postIsNeverSentTwice() {
@@ -235,5 +231,5 @@ private:
     std::unique_ptr<NetworkHttpClient> m_client;
 };
 
-QTEST_GUILESS_MAIN(NetworkHttpClientTest)
+TIDEMARK_TEST(NetworkHttpClientTest)
 #include "NetworkHttpClientTest.moc"

@@ -6,8 +6,8 @@
 #include <QSslCertificate>
 #include <QSslKey>
 #include <QTemporaryDir>
-#include <QTest>
 
+#include "tests/TestProgram.h"
 #include "tests/desktop/HttpExchange.h"
 #include "tests/fakes/MisbehavingServer.h"
 
@@ -28,7 +28,7 @@ QSslConfiguration selfSigned(QTemporaryDir& folder) {
         u"req -x509 -newkey ec -nodes -pkeyopt ec_paramgen_curve:prime256v1 -days 2 -subj /CN=localhost "
         u"-addext subjectAltName=IP:127.0.0.1"_s.split(u' ') +
             QStringList{u"-keyout"_s, key, u"-out"_s, certificate});
-    if (!openssl.waitForFinished() || openssl.exitCode() != 0)
+    if (!openssl.waitForFinished(hangLimit) || openssl.exitCode() != 0)
         qFatal("No certificate: %s", openssl.readAllStandardError().constData());
     QFile keyFile(key);
     std::ignore = keyFile.open(QIODevice::ReadOnly);
@@ -206,5 +206,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(NetworkHttpClientTrustTest)
+TIDEMARK_TEST(NetworkHttpClientTrustTest)
 #include "NetworkHttpClientTrustTest.moc"

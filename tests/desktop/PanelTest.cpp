@@ -6,10 +6,11 @@
 #include <QImage>
 #include <QPolygonF>
 #include <QProcess>
-#include <QTest>
 #include <memory>
 #include <optional>
 #include <vector>
+
+#include "tests/TestProgram.h"
 
 namespace tidemark {
 namespace {
@@ -30,7 +31,7 @@ QImage screenshot() {
     QProcess import;
     import.start(QStringLiteral("import"), {QStringLiteral("-silent"), QStringLiteral("-window"),
                                             QStringLiteral("root"), QStringLiteral("ppm:-")});
-    import.waitForFinished();
+    import.waitForFinished(hangLimit);
     return QImage::fromData(import.readAllStandardOutput(), "PPM").convertToFormat(QImage::Format_RGB32);
 }
 
@@ -82,7 +83,7 @@ private:
 
 void PanelTest::initTestCase() {
     m_windowManager.start(QStringLiteral("openbox"), QStringList());
-    QVERIFY(m_windowManager.waitForStarted());
+    QVERIFY(m_windowManager.waitForStarted(hangLimit));
 }
 
 void PanelTest::cleanup() {
@@ -93,16 +94,15 @@ void PanelTest::cleanup() {
 void PanelTest::startPanel() {
     m_panel.setProcessChannelMode(QProcess::ForwardedChannels);
     m_panel.start(QStringLiteral(TESTS_FOLDER "/start-panel"), {QString::number(panelHeight)});
-    QVERIFY(m_panel.waitForStarted());
+    QVERIFY(m_panel.waitForStarted(hangLimit));
 }
 
 void PanelTest::stopPanel() {
     m_panel.kill();
-    m_panel.waitForFinished();
+    m_panel.waitForFinished(hangLimit);
     // The tray lives in a process of its own, which notices a little later.
-    QTRY_VERIFY_WITH_TIMEOUT(!QDBusConnection::sessionBus().interface()->isServiceRegistered(
-                                 QStringLiteral("org.kde.StatusNotifierWatcher")),
-                             20000);
+    QTRY_VERIFY(!QDBusConnection::sessionBus().interface()->isServiceRegistered(
+        QStringLiteral("org.kde.StatusNotifierWatcher")));
 }
 
 void PanelTest::createItem() {
@@ -113,7 +113,7 @@ void PanelTest::createItem() {
 }
 
 std::optional<QPoint> PanelTest::waitForDot(const QColor& color) {
-    const QDeadlineTimer deadline(20000);
+    const QDeadlineTimer deadline(hangLimit);
     std::optional<QPoint> dot = findColor(screenshot(), color);
     while (!dot && !deadline.hasExpired()) {
         QTest::qWait(20);
@@ -123,7 +123,7 @@ std::optional<QPoint> PanelTest::waitForDot(const QColor& color) {
 }
 
 bool PanelTest::waitUntilGone(const QColor& color) {
-    const QDeadlineTimer deadline(20000);
+    const QDeadlineTimer deadline(hangLimit);
     while (findColor(screenshot(), color)) {
         if (deadline.hasExpired()) {
             return false;
@@ -135,7 +135,7 @@ bool PanelTest::waitUntilGone(const QColor& color) {
 
 std::optional<QPoint> PanelTest::clickUntil(const std::function<bool()>& isDone,
                                             const QStringList& afterwards) {
-    const QDeadlineTimer deadline(20000);
+    const QDeadlineTimer deadline(hangLimit);
     std::optional<QPoint> dot;
     // Until the panel has settled the icon may still move; a click that missed it is repeated.
     while (!isDone() && !deadline.hasExpired()) {
@@ -144,7 +144,7 @@ std::optional<QPoint> PanelTest::clickUntil(const std::function<bool()>& isDone,
             const QStringList click{QStringLiteral("mousemove"), QString::number(dot->x()),
                                     QString::number(dot->y()), QStringLiteral("click"), QStringLiteral("1")};
             QProcess::execute(QStringLiteral("xdotool"), click + afterwards);
-            QTest::qWait(100);
+            (void)QTest::qWaitFor(isDone, hangLimit / 12);
         }
     }
     return dot;
@@ -160,9 +160,8 @@ void PanelTest::iconIsOnTheScreen() {
     QFETCH(bool, panelFirst);
     if (panelFirst) {
         startPanel();
-        QTRY_VERIFY_WITH_TIMEOUT(QDBusConnection::sessionBus().interface()->isServiceRegistered(
-                                     QStringLiteral("org.kde.StatusNotifierWatcher")),
-                                 20000);
+        QTRY_VERIFY(QDBusConnection::sessionBus().interface()->isServiceRegistered(
+            QStringLiteral("org.kde.StatusNotifierWatcher")));
         createItem();
     } else {
         createItem();
@@ -183,9 +182,8 @@ void PanelTest::iconIsOnTheScreen() {
 
 void PanelTest::itemsThatComeTogetherAreAllShown() {
     startPanel();
-    QTRY_VERIFY_WITH_TIMEOUT(QDBusConnection::sessionBus().interface()->isServiceRegistered(
-                                 QStringLiteral("org.kde.StatusNotifierWatcher")),
-                             20000);
+    QTRY_VERIFY(QDBusConnection::sessionBus().interface()->isServiceRegistered(
+        QStringLiteral("org.kde.StatusNotifierWatcher")));
     const QList<QColor> colors{dotColor, QColor(0xc8, 0xff, 0x00), QColor(0x00, 0xc8, 0xff)};
     std::vector<std::unique_ptr<StatusItem>> items;
     for (const QColor& color : colors) {
@@ -241,5 +239,5 @@ void PanelTest::clickOpensTheMenu() {
 }  // namespace
 }  // namespace tidemark
 
-QTEST_GUILESS_MAIN(tidemark::PanelTest)
+TIDEMARK_TEST(tidemark::PanelTest)
 #include "PanelTest.moc"

@@ -1,6 +1,6 @@
 #include "desktop/PopoverPlacement.h"
 
-#include <QTest>
+#include "tests/TestProgram.h"
 
 namespace tidemark {
 namespace {
@@ -95,5 +95,5 @@ private Q_SLOTS:
 }  // namespace
 }  // namespace tidemark
 
-QTEST_GUILESS_MAIN(tidemark::PopoverPlacementTest)
+TIDEMARK_TEST(tidemark::PopoverPlacementTest)
 #include "PopoverPlacementTest.moc"

@@ -5,8 +5,8 @@
 #include <QProcess>
 #include <QRasterWindow>
 #include <QSignalSpy>
-#include <QTest>
-#include <cstring>
+
+#include "tests/TestProgram.h"
 
 namespace tidemark {
 namespace {
@@ -38,7 +38,7 @@ int showOthers() {
 bool xdotool(const QString& arguments) {
     QProcess process;
     process.start(u"xdotool"_s, arguments.split(u' '));
-    return process.waitForFinished() && process.exitCode() == 0;
+    return process.waitForFinished(hangLimit) && process.exitCode() == 0;
 }
 
 /// Of the window that has the focus, as the window manager says. Qt may be told of it a moment too early or
@@ -46,7 +46,7 @@ bool xdotool(const QString& arguments) {
 QString activeTitle() {
     QProcess process;
     process.start(u"xdotool"_s, {u"getactivewindow"_s, u"getwindowname"_s});
-    process.waitForFinished();
+    process.waitForFinished(hangLimit);
     return QString::fromUtf8(process.readAllStandardOutput()).trimmed();
 }
 
@@ -102,9 +102,9 @@ void PopoverTest::initTestCase() {
     QGuiApplication::setQuitOnLastWindowClosed(false);
     m_windowManager.start(u"openbox"_s, QStringList());
     // It says that it manages windows.
-    QTRY_VERIFY_WITH_TIMEOUT(xdotool(u"get_desktop"_s), 10000);
-    m_others.start(QCoreApplication::applicationFilePath(), {u"others"_s});
-    QTRY_COMPARE_WITH_TIMEOUT(activeTitle(), u"other"_s, 10000);
+    QTRY_VERIFY(xdotool(u"get_desktop"_s));
+    m_others.start(QCoreApplication::applicationFilePath(), {u"PopoverTestOthers"_s});
+    QTRY_COMPARE(activeTitle(), u"other"_s);
 }
 
 void PopoverTest::init() {
@@ -125,7 +125,7 @@ void PopoverTest::cleanup() {
 void PopoverTest::cleanupTestCase() {
     for (QProcess* process : {&m_others, &m_windowManager}) {
         process->kill();
-        process->waitForFinished();
+        process->waitForFinished(hangLimit);
     }
 }
 
@@ -300,13 +300,10 @@ void PopoverTest::slotsMayDestroyIt() {
 }  // namespace
 }  // namespace tidemark
 
-int main(int argc, char** argv) {
-    QGuiApplication application(argc, argv);
-    if (argc == 2 && std::strcmp(argv[1], "others") == 0) {
-        return tidemark::showOthers();
-    }
-    tidemark::PopoverTest test;
-    return QTest::qExec(&test, argc, argv);
-}
+TIDEMARK_GUI_TEST(tidemark::PopoverTest)
+TIDEMARK_TEST_MAIN(PopoverTestOthers, [](int argc, char** argv) {
+    const QGuiApplication application(argc, argv);
+    return tidemark::showOthers();
+})
 
 #include "PopoverTest.moc"

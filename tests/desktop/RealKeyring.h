@@ -9,9 +9,10 @@
 #include <QDBusVariant>
 #include <QDBusVirtualObject>
 #include <QProcess>
-#include <QTest>
 #include <atomic>
 #include <functional>
+
+#include "tests/TestProgram.h"
 
 namespace tidemark::realkeyring {
 
@@ -107,18 +108,17 @@ inline void unlock() {
 inline void start(QProcess& daemon) {
     daemon.setProcessChannelMode(QProcess::ForwardedErrorChannel);
     daemon.start(u"gnome-keyring-daemon"_s, {u"--unlock"_s, u"--components=secrets"_s, u"--foreground"_s});
-    QVERIFY(daemon.waitForStarted());
+    QVERIFY(daemon.waitForStarted(hangLimit));
     daemon.write("password");
     daemon.closeWriteChannel();
-    QTRY_VERIFY_WITH_TIMEOUT(
-        QDBusConnection::sessionBus().interface()->isServiceRegistered(u"org.freedesktop.secrets"_s), 20000);
-    QTRY_VERIFY_WITH_TIMEOUT(defaultCollection().path().size() > 1, 20000);
+    QTRY_VERIFY(QDBusConnection::sessionBus().interface()->isServiceRegistered(u"org.freedesktop.secrets"_s));
+    QTRY_VERIFY(defaultCollection().path().size() > 1);
 }
 
 /// Gives it no chance to say good-bye.
 inline void kill(QProcess& daemon) {
     daemon.kill();
-    QVERIFY(daemon.waitForFinished());
+    QVERIFY(daemon.waitForFinished(hangLimit));
     QTRY_VERIFY(
         !QDBusConnection::sessionBus().interface()->isServiceRegistered(u"org.freedesktop.secrets"_s));
 }

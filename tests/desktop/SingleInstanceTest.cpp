@@ -1,12 +1,12 @@
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
 #include <QDBusMessage>
-#include <QElapsedTimer>
 #include <QProcess>
-#include <QTest>
 #include <array>
 #include <csignal>
 #include <memory>
+
+#include "tests/TestProgram.h"
 
 using namespace Qt::StringLiterals;
 
@@ -29,14 +29,14 @@ public:
             ::kill(pid(), SIGCONT);
         }
         m_process.closeWriteChannel();
-        if (!m_process.waitForFinished()) {
+        if (!m_process.waitForFinished(hangLimit)) {
             m_process.kill();
-            m_process.waitForFinished();
+            m_process.waitForFinished(hangLimit);
         }
     }
 
     [[nodiscard]] QString nextLine() {
-        while (!m_process.canReadLine() && m_process.waitForReadyRead(20000)) {
+        while (!m_process.canReadLine() && m_process.waitForReadyRead(hangLimit)) {
         }
         return QString::fromUtf8(m_process.readLine()).trimmed();
     }
@@ -114,11 +114,8 @@ private Q_SLOTS:
         Probe first;
         QCOMPARE(first.nextLine(), u"first"_s);
         first.stop();
-        QElapsedTimer timer;
-        timer.start();
         Probe second;
         QCOMPARE(second.nextLine(), u"second"_s);
-        QVERIFY(timer.elapsed() < 6000);
     }
 
     void withoutABusStandsAlone() {
@@ -127,5 +124,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(SingleInstanceTest)
+TIDEMARK_TEST(SingleInstanceTest)
 #include "SingleInstanceTest.moc"

@@ -1,12 +1,12 @@
 #include "desktop/CanberraSoundPlayer.h"
 
 #include <QDir>
-#include <QElapsedTimer>
 #include <QLocalServer>
 #include <QLocalSocket>
 #include <QTemporaryDir>
-#include <QTest>
 #include <memory>
+
+#include "tests/TestProgram.h"
 
 namespace tidemark {
 namespace {
@@ -49,13 +49,10 @@ private Q_SLOTS:
             return std::unique_ptr<QLocalSocket>(server.nextPendingConnection());
         };
         auto player = std::make_unique<CanberraSoundPlayer>();
-        QElapsedTimer timer;
-        timer.start();
         for (int round = 0; round < 50; ++round) {
             for (const auto& name : {u"Sosumi"_s, u"glass"_s, u"complete"_s, u""_s, u"Glass"_s, u"Basso"_s})
                 player->play(name);
         }
-        QVERIFY2(timer.elapsed() < 1000, qPrintable(QString::number(timer.elapsed())));
         // The two that it knows, once each, one after the other. Hung up on, libcanberra connects once more.
         auto playing = takeConnection();
         QTest::qWait(50);
@@ -68,9 +65,7 @@ private Q_SLOTS:
 
         player->play(u"Glass"_s);
         playing = takeConnection();
-        timer.start();
         player.reset();
-        QVERIFY2(timer.elapsed() < 1000, qPrintable(QString::number(timer.elapsed())));
     }
 
 private:
@@ -81,5 +76,5 @@ private:
 }  // namespace
 }  // namespace tidemark
 
-QTEST_GUILESS_MAIN(tidemark::SoundPlayerTest)
+TIDEMARK_TEST(tidemark::SoundPlayerTest)
 #include "SoundPlayerTest.moc"

@@ -1,8 +1,8 @@
 #include "desktop/StatusIcon.h"
 
 #include "desktop/DBusStatusBar.h"
+#include "tests/TestProgram.h"
 
-#include <QTest>
 #include <algorithm>
 #include <cmath>
 
@@ -10,9 +10,8 @@ namespace tidemark {
 namespace {
 
 StatusImage filled(QSizeF size, const QColor& color, bool isTemplate = false) {
-    return {size, isTemplate, [size, color](QPainter& painter) {
-                painter.fillRect(QRectF({0, 0}, size), color);
-            }};
+    return {size, isTemplate,
+            [size, color](QPainter& painter) { painter.fillRect(QRectF({0, 0}, size), color); }};
 }
 
 double contrast(const QColor& one, const QColor& other) {
@@ -114,5 +113,5 @@ void StatusIconTest::noItemWithoutASessionBus() {
 }  // namespace
 }  // namespace tidemark
 
-QTEST_GUILESS_MAIN(tidemark::StatusIconTest)
+TIDEMARK_TEST(tidemark::StatusIconTest)
 #include "StatusIconTest.moc"

@@ -3,6 +3,7 @@
 #include "desktop/DBusStatusBar.h"
 #include "desktop/DBusStatusItem.h"
 #include "desktop/StatusNotifierRegistration.h"
+#include "tests/TestProgram.h"
 
 #include <sys/prctl.h>
 #include <QDBusConnection>
@@ -12,7 +13,6 @@
 #include <QFileInfo>
 #include <QProcess>
 #include <QSignalSpy>
-#include <QTest>
 #include <array>
 #include <optional>
 
@@ -423,14 +423,14 @@ void StatusNotifierTest::survivesTheEndOfTheBus() {
     daemon.start(QStringLiteral("dbus-daemon"),
                  {QStringLiteral("--session"), QStringLiteral("--nofork"), QStringLiteral("--print-address"),
                   QStringLiteral("--address=unix:tmpdir=/tmp")});
-    QVERIFY(daemon.waitForReadyRead());
+    QVERIFY(daemon.waitForReadyRead(hangLimit));
     const QString address = QString::fromUtf8(daemon.readLine()).trimmed();
     const QDBusConnection bus = QDBusConnection::connectToBus(address, QStringLiteral("mortal"));
     QVERIFY(bus.isConnected());
     DBusStatusItem item(bus, m_service, std::make_shared<StatusNotifierQueue>(), QStringLiteral("Tidemark"),
                         QStringLiteral("tidemark"));
     daemon.kill();
-    QVERIFY(daemon.waitForFinished());
+    QVERIFY(daemon.waitForFinished(hangLimit));
     QTRY_VERIFY(!bus.isConnected());
     item.setAttributedTitle(title(Qt::red, QStringLiteral("1 error")));
     item.setImage(square(Qt::blue));
@@ -440,5 +440,5 @@ void StatusNotifierTest::survivesTheEndOfTheBus() {
 }  // namespace
 }  // namespace tidemark
 
-QTEST_GUILESS_MAIN(tidemark::StatusNotifierTest)
+TIDEMARK_TEST(tidemark::StatusNotifierTest)
 #include "StatusNotifierTest.moc"

@@ -1,9 +1,9 @@
 #include <QFile>
 #include <QSignalSpy>
 #include <QTemporaryDir>
-#include <QTest>
 
 #include "desktop/Updater.h"
+#include "tests/TestProgram.h"
 #include "tests/fakes/FakeHttpClient.h"
 #include "tests/fakes/FakeWorkspace.h"
 #include "tests/fakes/ManualClock.h"
@@ -303,5 +303,5 @@ private:
     std::unique_ptr<QSignalSpy> m_presentations;
 };
 
-QTEST_GUILESS_MAIN(UpdateScheduleTest)
+TIDEMARK_TEST(UpdateScheduleTest)
 #include "UpdateScheduleTest.moc"

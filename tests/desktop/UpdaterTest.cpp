@@ -8,11 +8,11 @@
 #include <QFileInfo>
 #include <QSignalSpy>
 #include <QTemporaryDir>
-#include <QTest>
 #include <csignal>
 
 #include "sandbox/Sandbox.h"
 #include "sandbox/UpdateService.h"
+#include "tests/TestProgram.h"
 #include "tests/desktop/HttpExchange.h"
 #include "tests/fakes/FakeWorkspace.h"
 #include "tests/fakes/ManualClock.h"
@@ -39,7 +39,7 @@ void write(const QString& path, const QByteArray& bytes) {
 }
 
 mode_t permissions(const QString& path) {
-    struct stat state {};
+    struct stat state{};
     return ::stat(QFile::encodeName(path).constData(), &state) == 0 ? state.st_mode & 07777 : 0;
 }
 
@@ -343,5 +343,5 @@ private:
     std::unique_ptr<Updater> m_updater;
 };
 
-QTEST_GUILESS_MAIN(UpdaterTest)
+TIDEMARK_TEST(UpdaterTest)
 #include "UpdaterTest.moc"

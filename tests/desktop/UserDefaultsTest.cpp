@@ -1,11 +1,11 @@
 #include "desktop/UserDefaults.h"
 
 #include <QDir>
-#include <QElapsedTimer>
 #include <QFile>
 #include <QTemporaryDir>
-#include <QTest>
 #include <numeric>
+
+#include "tests/TestProgram.h"
 
 using namespace tidemark;
 using namespace Qt::StringLiterals;
@@ -119,30 +119,10 @@ private Q_SLOTS:
         QVERIFY(again.boolean(other));
     }
 
-    /// Even while the disk is busy with the write before.
-    void settingIsQuick() {
-        UserDefaults defaults(m_path);
-        QStringList ids;
-        for (int i = 0; i < 2000; ++i)
-            ids.append(u"prj_0123456789abcdefghij%1"_s.arg(i));
-        const QByteArray projects(250'000, '"');
-        qint64 best = std::numeric_limits<qint64>::max();
-        for (int round = 0; round < 5; ++round) {
-            QElapsedTimer watch;
-            watch.start();
-            defaults.setValue(u"cachedProjects"_s, projects);
-            defaults.setValue(u"trackedIds"_s, ids);
-            defaults.setValue(u"seenProjectIds"_s, ids);
-            best = std::min(best, watch.nsecsElapsed());
-        }
-        qInfo("%lld microseconds for three values", best / 1000);
-        QVERIFY(best < 1'000'000);
-    }
-
 private:
     std::unique_ptr<QTemporaryDir> m_folder;
     QString m_path;
 };
 
-QTEST_GUILESS_MAIN(UserDefaultsTest)
+TIDEMARK_TEST(UserDefaultsTest)
 #include "UserDefaultsTest.moc"

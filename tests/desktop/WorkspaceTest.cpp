@@ -2,7 +2,8 @@
 
 #include <QFile>
 #include <QTemporaryDir>
-#include <QTest>
+
+#include "tests/TestProgram.h"
 
 namespace tidemark {
 namespace {
@@ -70,5 +71,5 @@ private:
 }  // namespace
 }  // namespace tidemark
 
-QTEST_MAIN(tidemark::WorkspaceTest)
+TIDEMARK_GUI_TEST(tidemark::WorkspaceTest)
 #include "WorkspaceTest.moc"

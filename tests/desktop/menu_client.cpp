@@ -41,13 +41,15 @@ void read(DbusmenuClient* client) {
     for (GList* i = root ? dbusmenu_menuitem_get_children(root) : nullptr; i; i = i->next) {
         std::cout << line(static_cast<DbusmenuMenuitem*>(i->data)) << '\n';
     }
-    std::cout << "end" << std::endl;
+    std::cout << "end" << '\n' << std::flush;
 }
 
 void show(DbusmenuClient* client) {
     dbusmenu_menuitem_send_about_to_show(
         dbusmenu_client_get_root(client),
-        [](DbusmenuMenuitem* /*root*/, void* /*data*/) { std::cout << "shown" << std::endl; }, nullptr);
+        [](DbusmenuMenuitem* /*root*/, void* /*data*/) { std::cout << "shown" << '\n'
+                                                                   << std::flush; },
+        nullptr);
 }
 
 void click(DbusmenuClient* client, const std::string& title) {

@@ -30,8 +30,7 @@ struct FakeHttpClient::Exchange : QObject {
         if (result)
             return;
         result = outcome;
-        QMetaObject::invokeMethod(
-            this, [this] { promise.finish(); }, Qt::QueuedConnection);
+        QMetaObject::invokeMethod(this, [this] { promise.finish(); }, Qt::QueuedConnection);
     }
 };
 

@@ -19,8 +19,7 @@ struct ManualClock::Sleeper : QObject {
     /// Ends the wait from the event loop, so that it has always suspended before.
     void end() {
         isOver = true;
-        QMetaObject::invokeMethod(
-            this, [this] { promise.finish(); }, Qt::QueuedConnection);
+        QMetaObject::invokeMethod(this, [this] { promise.finish(); }, Qt::QueuedConnection);
     }
 };
 
@@ -88,7 +87,7 @@ void ManualClock::settle() {
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
         if (!dispatcher->processEvents(QEventLoop::AllEvents))
             return;
-        if (watch.hasExpired(10'000)) {
+        if (watch.hasExpired(300'000)) {
             QTest::qFail("The event loop does not come to rest", __FILE__, __LINE__);
             return;
         }

@@ -1,10 +1,9 @@
 #include "notify/NotificationManager.h"
+#include "tests/TestProgram.h"
 #include "tests/fakes/FakeNotificationCenter.h"
 #include "tests/fakes/FakeSoundPlayer.h"
 #include "tests/fakes/FakeWorkspace.h"
 #include "tests/fakes/ManualClock.h"
-
-#include <QTest>
 
 namespace tidemark {
 namespace {
@@ -159,5 +158,5 @@ private Q_SLOTS:
 }  // namespace
 }  // namespace tidemark
 
-QTEST_GUILESS_MAIN(tidemark::NotificationManagerTest)
+TIDEMARK_TEST(tidemark::NotificationManagerTest)
 #include "NotificationManagerTest.moc"

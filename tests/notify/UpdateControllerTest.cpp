@@ -1,8 +1,8 @@
 #include "notify/UpdateController.h"
 
 #include <QTemporaryDir>
-#include <QTest>
 
+#include "tests/TestProgram.h"
 #include "tests/fakes/FakeHttpClient.h"
 #include "tests/fakes/FakeWorkspace.h"
 #include "tests/fakes/ManualClock.h"
@@ -74,5 +74,5 @@ private:
     FakeWorkspace m_workspace;
 };
 
-QTEST_GUILESS_MAIN(UpdateControllerTest)
+TIDEMARK_TEST(UpdateControllerTest)
 #include "UpdateControllerTest.moc"

@@ -1,6 +1,6 @@
-#include <QTest>
 #include <limits>
 
+#include "tests/TestProgram.h"
 #include "tests/popover/Person.h"
 
 using namespace tidemark;
@@ -111,8 +111,6 @@ private Q_SLOTS:
     }
 };
 
-int main(int argc, char** argv) {
-    return runViewTest<AnalyticsPanelTest>(argc, argv);
-}
+TIDEMARK_TEST_MAIN(AnalyticsPanelTest, runViewTest<AnalyticsPanelTest>)
 
 #include "AnalyticsPanelTest.moc"

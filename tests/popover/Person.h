@@ -1,5 +1,6 @@
 #pragma once
 
+#include "tests/TestProgram.h"
 #include "tests/fakes/ViewUser.h"
 #include "tests/popover/Scene.h"
 

@@ -5,6 +5,7 @@
 #include <functional>
 #include <utility>
 
+#include "tests/TestProgram.h"
 #include "tests/popover/Person.h"
 
 namespace tidemark {
@@ -263,8 +264,6 @@ private Q_SLOTS:
 
 }  // namespace tidemark
 
-int main(int argc, char** argv) {
-    return tidemark::runViewTest<tidemark::PopoverKeyboardTest>(argc, argv);
-}
+TIDEMARK_TEST_MAIN(tidemark::PopoverKeyboardTest, tidemark::runViewTest<tidemark::PopoverKeyboardTest>)
 
 #include "PopoverKeyboardTest.moc"

@@ -8,6 +8,7 @@
 
 #include "popover/DS.h"
 #include "popover/RowEntries.h"
+#include "tests/TestProgram.h"
 #include "tests/popover/Scene.h"
 
 namespace tidemark {
@@ -174,8 +175,9 @@ private Q_SLOTS:
         environment.insert(u"LC_ALL"_s, u"tr_TR.UTF-8"_s);
         turkish.setProcessEnvironment(environment);
         turkish.setProcessChannelMode(QProcess::MergedChannels);
-        turkish.start(QCoreApplication::applicationFilePath(), {u"filterFollowsTheLanguage"_s});
-        QVERIFY(turkish.waitForFinished());
+        turkish.start(QCoreApplication::applicationFilePath(),
+                      {u"PopoverModelsTest"_s, u"filterFollowsTheLanguage"_s});
+        QVERIFY(turkish.waitForFinished(hangLimit));
         QVERIFY2(turkish.exitCode() == 0, turkish.readAll().constData());
     }
 
@@ -311,5 +313,5 @@ private Q_SLOTS:
 
 }  // namespace tidemark
 
-QTEST_MAIN(tidemark::PopoverModelsTest)
+TIDEMARK_GUI_TEST(tidemark::PopoverModelsTest)
 #include "PopoverModelsTest.moc"

@@ -7,6 +7,7 @@
 #include <ctime>
 
 #include "popover/DS.h"
+#include "tests/TestProgram.h"
 #include "tests/popover/Person.h"
 
 namespace tidemark {
@@ -385,8 +386,6 @@ private Q_SLOTS:
 
 }  // namespace tidemark
 
-int main(int argc, char** argv) {
-    return tidemark::runViewTest<tidemark::PopoverViewTest>(argc, argv);
-}
+TIDEMARK_TEST_MAIN(tidemark::PopoverViewTest, tidemark::runViewTest<tidemark::PopoverViewTest>)
 
 #include "PopoverViewTest.moc"

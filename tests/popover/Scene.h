@@ -4,11 +4,11 @@
 #include <QQmlEngine>
 #include <QQuickItem>
 #include <QTemporaryDir>
-#include <QTest>
 
 #include "popover/PopoverModel.h"
 #include "popover/PopoverView.h"
 #include "popover/ProjectRowModel.h"
+#include "tests/TestProgram.h"
 #include "tests/fakes/FakeWorkspace.h"
 #include "tests/fakes/ManualClock.h"
 

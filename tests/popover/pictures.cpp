@@ -137,16 +137,14 @@ int main(int argc, char** argv) {
         type(scene, u"nowhere"_s);
     });
     const auto analytics = [](ShownScene& scene) { click(scene, {200, 75}); };
-    picture(
-        u"analytics-loading"_s, [](Scene& scene) { scene.state.setIsLoadingAnalytics(true); }, analytics);
+    picture(u"analytics-loading"_s, [](Scene& scene) { scene.state.setIsLoadingAnalytics(true); }, analytics);
     picture(
         u"analytics-error"_s,
         [](Scene& scene) {
             scene.state.setAnalyticsError(u"No Cloudflare token.\nAdd one in Preferences."_s);
         },
         analytics);
-    picture(
-        u"analytics-nothing"_s, [](Scene&) {}, analytics);
+    picture(u"analytics-nothing"_s, [](Scene&) {}, analytics);
     const auto withCards = [](Scene& scene) {
         QList<DayStats> days;
         for (int day = 0; day < 7; ++day) {

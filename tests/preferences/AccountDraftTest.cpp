@@ -1,9 +1,9 @@
 #include "preferences/AccountDraft.h"
 
-#include <QTest>
 #include <QUuid>
 
 #include "preferences/AccountCardModel.h"
+#include "tests/TestProgram.h"
 
 using namespace tidemark;
 using namespace Qt::StringLiterals;
@@ -54,5 +54,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(AccountDraftTest)
+TIDEMARK_TEST(AccountDraftTest)
 #include "AccountDraftTest.moc"

@@ -61,6 +61,16 @@ public:
                                                        .installedForm = form,
                                                        .settingsPath = folder.filePath(u"updates.ini"_s)});
                              }};
+    [[nodiscard]] QFuture<std::optional<AppConfiguration>> load() const {
+        if (pending)
+            return pending->future();
+        QPromise<std::optional<AppConfiguration>> promise;
+        promise.start();
+        promise.addResult(stored);
+        promise.finish();
+        return promise.future();
+    }
+
     QQmlEngine engine;
     std::optional<AppConfiguration> stored;
     /// While the keyring waits for its user.
@@ -69,7 +79,7 @@ public:
     QStringList pages;
     mutable PreferencesWindowController controller{
         {.engine = engine,
-         .load = [this] { return pending ? pending->future() : QtFuture::makeReadyFuture(stored); },
+         .load = [this] { return load(); },
          .makeUpdates = [this] { return std::make_unique<UpdatesSection>(updates, clock); },
          .onOpenVercelTokens = [this] { pages.append(u"vercel"_s); },
          .onOpenCloudflareTokens = [this] { pages.append(u"cloudflare"_s); }}};

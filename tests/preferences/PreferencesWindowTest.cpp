@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "preferences/TextFieldMenu.h"
+#include "tests/TestProgram.h"
 #include "tests/preferences/PreferencesScene.h"
 
 using namespace tidemark;
@@ -411,7 +412,5 @@ private:
     std::unique_ptr<PreferencesScene> m_scene;
 };
 
-int main(int argc, char** argv) {
-    return runViewTest<PreferencesWindowTest>(argc, argv);
-}
+TIDEMARK_TEST_MAIN(PreferencesWindowTest, runViewTest<PreferencesWindowTest>)
 #include "PreferencesWindowTest.moc"

@@ -2,6 +2,7 @@
 
 #include <QFile>
 
+#include "tests/TestProgram.h"
 #include "tests/preferences/PreferencesScene.h"
 
 namespace tidemark {

@@ -1,6 +1,7 @@
 #include <QFile>
 #include <QSignalSpy>
 
+#include "tests/TestProgram.h"
 #include "tests/preferences/UpdateScene.h"
 
 using namespace tidemark;
@@ -123,7 +124,5 @@ private:
     std::unique_ptr<UpdateScene> m_scene;
 };
 
-int main(int argc, char** argv) {
-    return runViewTest<UpdateWindowTest>(argc, argv);
-}
+TIDEMARK_TEST_MAIN(UpdateWindowTest, runViewTest<UpdateWindowTest>)
 #include "UpdateWindowTest.moc"

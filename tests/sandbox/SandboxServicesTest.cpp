@@ -1,10 +1,10 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QTest>
 #include <tuple>
 
 #include "sandbox/Sandbox.h"
+#include "tests/TestProgram.h"
 
 using namespace tidemark::sandbox;
 using namespace Qt::StringLiterals;
@@ -191,5 +191,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(SandboxServicesTest)
+TIDEMARK_TEST(SandboxServicesTest)
 #include "SandboxServicesTest.moc"

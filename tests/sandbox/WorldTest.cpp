@@ -1,7 +1,8 @@
 #include "sandbox/World.h"
 
 #include <QSet>
-#include <QTest>
+
+#include "tests/TestProgram.h"
 
 using namespace tidemark::sandbox;
 using namespace Qt::StringLiterals;
@@ -140,5 +141,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(WorldTest)
+TIDEMARK_TEST(WorldTest)
 #include "WorldTest.moc"

@@ -1,10 +1,10 @@
 #include <QSettings>
 #include <QSignalSpy>
 #include <QTemporaryDir>
-#include <QTest>
 #include <functional>
 
 #include "state/AppState.h"
+#include "tests/TestProgram.h"
 #include "tests/fakes/ManualClock.h"
 
 using namespace tidemark;
@@ -240,5 +240,5 @@ private:
     std::unique_ptr<AppState> m_state;
 };
 
-QTEST_GUILESS_MAIN(AppStateTest)
+TIDEMARK_TEST(AppStateTest)
 #include "AppStateTest.moc"

@@ -1,7 +1,7 @@
 #include <QDateTime>
 #include <QRegularExpression>
-#include <QTest>
 
+#include "tests/TestProgram.h"
 #include "vercel/Deployment.h"
 
 using namespace tidemark;
@@ -106,5 +106,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(DeploymentTextsTest)
+TIDEMARK_TEST(DeploymentTextsTest)
 #include "DeploymentTextsTest.moc"

@@ -1,7 +1,7 @@
 #include <QCoroTask>
 #include <QJsonDocument>
-#include <QTest>
 
+#include "tests/TestProgram.h"
 #include "tests/fakes/FakeHttpClient.h"
 #include "vercel/VercelAPIClient.h"
 #include "vercel/VercelStatusClient.h"
@@ -166,5 +166,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(VercelClientsTest)
+TIDEMARK_TEST(VercelClientsTest)
 #include "VercelClientsTest.moc"

@@ -1,6 +1,6 @@
 #include <QJsonDocument>
-#include <QTest>
 
+#include "tests/TestProgram.h"
 #include "vercel/Deployment.h"
 #include "vercel/VercelProject.h"
 
@@ -119,5 +119,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(VercelRecordsTest)
+TIDEMARK_TEST(VercelRecordsTest)
 #include "VercelRecordsTest.moc"
