@@ -15,21 +15,26 @@
 # Whatever runs in the session is known by its XDG_RUNTIME_DIR, which every child inherits, so that
 # services that detach themselves are found as well.
 
-# Process ids of everything in the session of folder $1.
-desktop_processes() {
-    env -u XDG_RUNTIME_DIR grep -lzsxF "XDG_RUNTIME_DIR=$1/run" /proc/[0-9]*/environ | cut -d/ -f3
+# Leaves the process ids of everything in the session of folder $1 in $desktop_processes. Nothing that looks for them
+# may have the session's folder in its own environment, or it finds itself.
+desktop_find_processes() {
+    mapfile -t desktop_processes < <(env -u XDG_RUNTIME_DIR grep -lzsxF "XDG_RUNTIME_DIR=$1/run" /proc/[0-9]*/environ)
+    desktop_processes=("${desktop_processes[@]#/proc/}")
+    desktop_processes=("${desktop_processes[@]%/environ}")
 }
 
 # Ends everything in the session of folder $1: asks, and after two seconds insists.
 desktop_kill_processes() {
-    local signal=TERM tries pids
+    local signal=TERM tries desktop_processes
     for tries in {1..150}; do
-        mapfile -t pids < <(desktop_processes "$1")
-        ((${#pids[@]})) || return 0
+        desktop_find_processes "$1"
+        ((${#desktop_processes[@]})) || return 0
         ((tries <= 100)) || signal=KILL
-        ((tries != 1 && tries <= 100)) || kill -s "$signal" "${pids[@]}" 2>/dev/null
+        # A process may have ended since.
+        ((tries != 1 && tries <= 100)) || kill -s "$signal" "${desktop_processes[@]}" 2>/dev/null || true
         env -u XDG_RUNTIME_DIR sleep 0.02
     done
+    echo "Processes of a desktop session did not end: ${desktop_processes[*]}" >&2
 }
 
 desktop_remove_session() {

@@ -39,9 +39,9 @@ item_title() {
     property "$name" "$path" org.kde.StatusNotifierItem Title | sed "s/^(<\\(.*\\)>,)$/\\1/"
 }
 
-# Until the title of the item $1 contains $2; for $3 seconds, 60 unless told.
+# Until the title of the item $1 contains $2; for $3 seconds, 300 unless told.
 wait_for_title() {
-    local title= deadline=$((SECONDS + ${3:-60}))
+    local title= deadline=$((SECONDS + ${3:-300}))
     while ((SECONDS < deadline)); do
         title=$(item_title "$1" 2>/dev/null) && [[ $title == *"$2"* ]] && return
         sleep 0.2
