@@ -7,7 +7,7 @@
 #include <cstdio>
 
 #include "app/AppDelegate.h"
-#include "desktop/NetworkHttpClient.h"
+#include "platform/http/NetworkHttpClient.h"
 #include "sandbox/MemoryKeychain.h"
 #include "sandbox/Sandbox.h"
 #include "tests/fakes/FakeLoginItem.h"

@@ -7,8 +7,8 @@
 #include <chrono>
 #include <cstdio>
 
-#include "desktop/MemoryTrim.h"
-#include "desktop/Popover.h"
+#include "platform/base/MemoryTrim.h"
+#include "platform/windows/Popover.h"
 #include "tests/popover/Scene.h"
 
 // How fast the popover opens and scrolls with many projects, and what memory it takes and gives back:
@@ -27,10 +27,9 @@ double memory(const char* field) {
     if (!file.open(QIODevice::ReadOnly))
         return 0;
     static const QRegularExpression number(u"\\d+"_s);
-    for (const QByteArray& line : file.readAll().split('\n')) {
+    for (const QByteArray& line : file.readAll().split('\n'))
         if (line.startsWith(field))
             return number.match(QString::fromLatin1(line)).captured().toDouble() / 1024;
-    }
     return 0;
 }
 

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <array>
 
+using namespace Qt::StringLiterals;
+
 namespace tidemark::sandbox::catalog {
 
 namespace {
@@ -97,8 +99,8 @@ AccountName accountName(quint64 index) {
     const quint64 round = index / accountNames.size();
     if (round == 0)
         return {at(accountNames, index), at(accountSlugs, index)};
-    return {QStringLiteral("%1 %2").arg(at(accountNames, index)).arg(round + 1),
-            QStringLiteral("%1-%2").arg(at(accountSlugs, index)).arg(round + 1)};
+    return {u"%1 %2"_s.arg(at(accountNames, index)).arg(round + 1),
+            u"%1-%2"_s.arg(at(accountSlugs, index)).arg(round + 1)};
 }
 
 QString projectName(quint64 index) {
@@ -107,7 +109,7 @@ QString projectName(quint64 index) {
     const quint64 rest = index - companyProjects.size();
     const QString name = at(products, rest) + u'-' + at(kinds, rest / products.size() + rest);
     const quint64 round = rest / (products.size() * kinds.size());
-    return round == 0 ? name : QStringLiteral("%1-%2").arg(name).arg(round + 1);
+    return round == 0 ? name : u"%1-%2"_s.arg(name).arg(round + 1);
 }
 
 QString framework(Random& random) {
@@ -117,7 +119,7 @@ QString framework(Random& random) {
 Commit commit(Random& random, bool production, quint64 turn) {
     Commit commit;
     commit.message = at(messages, turn);
-    commit.ref = production ? QStringLiteral("main") : pick(random, branches);
+    commit.ref = production ? u"main"_s : pick(random, branches);
     commit.sha = random.hex(40);
     return commit;
 }
@@ -125,14 +127,13 @@ Commit commit(Random& random, bool production, quint64 turn) {
 Deployment deployment(Random& random, const Project& project, const SandboxAccount& account, qint64 created,
                       bool production, quint64 turn) {
     Deployment made;
-    made.uid = QStringLiteral("dpl_") + random.letters(28);
+    made.uid = u"dpl_"_s + random.letters(28);
     made.url = hostLabel(project.name) + u'-' + random.lowerLetters(9) + u'-' + account.slug + defaultSuffix;
-    made.state = QStringLiteral("QUEUED");
+    made.state = u"QUEUED"_s;
     made.created = created;
     if (production)
-        made.target = QStringLiteral("production");
-    made.inspectorUrl =
-        QStringLiteral("https://vercel.com/%1/%2/%3").arg(account.slug, project.name, made.uid.mid(4));
+        made.target = u"production"_s;
+    made.inspectorUrl = u"https://vercel.com/%1/%2/%3"_s.arg(account.slug, project.name, made.uid.mid(4));
     // A deployment from the command line knows nothing of git.
     if (!random.chance(0.06))
         made.commit = commit(random, production, turn);
@@ -145,15 +146,14 @@ QStringList aliases(const Project& project, const SandboxAccount& account, const
         const QString branch = deployment.commit ? hostLabel(deployment.commit->ref) : QString();
         if (branch.isEmpty())
             return {};
-        return {QStringLiteral("%1-git-%2-%3").arg(label, branch, account.slug) + defaultSuffix};
+        return {u"%1-git-%2-%3"_s.arg(label, branch, account.slug) + defaultSuffix};
     }
     QStringList hosts = {label + defaultSuffix};
-    for (const Domain& domain : project.domains) {
+    for (const Domain& domain : project.domains)
         if (domain.gitBranch.isNull() && domain.redirect.isNull() && domain.verified &&
             !domain.name.endsWith(defaultSuffix))
             hosts.append(domain.name);
-    }
-    hosts.append(QStringLiteral("%1-git-main-%2").arg(label, account.slug) + defaultSuffix);
+    hosts.append(u"%1-git-main-%2"_s.arg(label, account.slug) + defaultSuffix);
     return hosts;
 }
 

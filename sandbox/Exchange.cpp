@@ -6,10 +6,9 @@
 namespace tidemark::sandbox {
 
 QString Request::queryValue(QLatin1StringView name) const {
-    for (const auto& [key, value] : query) {
+    for (const auto& [key, value] : query)
         if (key == name)
             return value;
-    }
     return {};
 }
 

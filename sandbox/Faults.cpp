@@ -4,27 +4,29 @@
 #include <algorithm>
 #include <array>
 
+using namespace Qt::StringLiterals;
+
 namespace tidemark::sandbox {
 
 namespace {
 
 constexpr std::array<std::pair<FaultKind, QLatin1StringView>, 10> kindNames = {{
-    {FaultKind::status, QLatin1StringView("status")},
-    {FaultKind::stall, QLatin1StringView("stall")},
-    {FaultKind::delay, QLatin1StringView("delay")},
-    {FaultKind::drip, QLatin1StringView("drip")},
-    {FaultKind::cut, QLatin1StringView("cut")},
-    {FaultKind::reset, QLatin1StringView("reset")},
-    {FaultKind::garbage, QLatin1StringView("garbage")},
-    {FaultKind::huge, QLatin1StringView("huge")},
-    {FaultKind::bomb, QLatin1StringView("bomb")},
-    {FaultKind::redirect, QLatin1StringView("redirect")},
+    {FaultKind::status, "status"_L1},
+    {FaultKind::stall, "stall"_L1},
+    {FaultKind::delay, "delay"_L1},
+    {FaultKind::drip, "drip"_L1},
+    {FaultKind::cut, "cut"_L1},
+    {FaultKind::reset, "reset"_L1},
+    {FaultKind::garbage, "garbage"_L1},
+    {FaultKind::huge, "huge"_L1},
+    {FaultKind::bomb, "bomb"_L1},
+    {FaultKind::redirect, "redirect"_L1},
 }};
 
 QByteArray errorDocument(int status) {
-    const QJsonObject error{{QStringLiteral("code"), QStringLiteral("sandbox_fault")},
-                            {QStringLiteral("message"), QStringLiteral("The sandbox was asked to fail.")}};
-    return Reply::json({{QStringLiteral("error"), error}}, status).body;
+    const QJsonObject error{{u"code"_s, u"sandbox_fault"_s},
+                            {u"message"_s, u"The sandbox was asked to fail."_s}};
+    return Reply::json({{u"error"_s, error}}, status).body;
 }
 
 Reply statusReply(const Fault& fault) {

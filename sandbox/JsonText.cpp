@@ -1,6 +1,6 @@
 #include "sandbox/JsonText.h"
 
-#include "desktop/JsonText.h"
+#include "platform/base/JsonText.h"
 
 namespace tidemark::sandbox {
 

@@ -3,7 +3,7 @@
 #include <QList>
 #include <utility>
 
-#include "desktop/Keychain.h"
+#include "platform/keyring/Keychain.h"
 
 namespace tidemark::sandbox {
 
@@ -21,10 +21,9 @@ public:
     [[nodiscard]] const QList<Item>& items() const { return m_items; }
 
     [[nodiscard]] std::optional<QByteArray> copyMatching(const KeychainQuery& query) override {
-        for (const Item& item : std::as_const(m_items)) {
+        for (const Item& item : std::as_const(m_items))
             if (matches(item, query))
                 return item.data;
-        }
         return std::nullopt;
     }
 

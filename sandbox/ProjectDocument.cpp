@@ -4,6 +4,8 @@
 
 #include "sandbox/Random.h"
 
+using namespace Qt::StringLiterals;
+
 namespace tidemark::sandbox {
 
 namespace {
@@ -16,7 +18,7 @@ void writeCreator(JsonText& json, const SandboxAccount& account) {
     json.openObject("creator")
         .text("uid", account.userId)
         .text("username", account.slug)
-        .text("email", account.slug + QStringLiteral("@mail.example"))
+        .text("email", account.slug + u"@mail.example"_s)
         .text("githubLogin", account.slug)
         .closeObject();
 }
@@ -30,12 +32,12 @@ void writeMeta(JsonText& json, const Deployment& deployment, const Project& proj
         .text("githubCommitAuthorName", account.name)
         .text("githubCommitOrg", account.slug)
         .text("githubCommitRepo", project.repository)
-        .text("githubCommitRepoId", QStringLiteral("481516234"))
-        .text("githubDeployment", QStringLiteral("1"))
+        .text("githubCommitRepoId", u"481516234"_s)
+        .text("githubDeployment", u"1"_s)
         .text("githubOrg", account.slug)
         .text("githubRepo", project.repository)
-        .text("githubRepoOwnerType", personal ? QStringLiteral("User") : QStringLiteral("Organization"))
-        .text("githubRepoVisibility", QStringLiteral("private"))
+        .text("githubRepoOwnerType", personal ? u"User"_s : u"Organization"_s)
+        .text("githubRepoVisibility", u"private"_s)
         .text("branchAlias", deployment.alias.value(deployment.alias.size() - 1));
     const auto put = [&json](QByteArrayView name, const QString& text) {
         if (!text.isNull())
@@ -55,11 +57,11 @@ QByteArray environmentJson() {
     json.openArray();
     for (const char* name : variableNames) {
         json.openObject()
-            .text("type", QStringLiteral("encrypted"))
+            .text("type", u"encrypted"_s)
             .text("value", random.letters(160))
             .raw("target", R"(["production","preview","development"])")
             .null("configurationId")
-            .text("comment", QStringLiteral(""))
+            .text("comment", u""_s)
             .text("id", random.letters(16))
             .text("key", QString::fromLatin1(name))
             .number("createdAt", created)
@@ -84,20 +86,20 @@ QByteArray latestJson(const Deployment& deployment, const Project& project, cons
         .texts("automaticAliases", deployment.alias)
         .raw("builds", "[]")
         .number("createdAt", deployment.created)
-        .text("createdIn", QStringLiteral("fra1"));
+        .text("createdIn", u"fra1"_s);
     writeCreator(json, account);
     json.text("deploymentHostname", deployment.url.section(u'.', 0, 0))
         .flag("forced", false)
         .text("id", deployment.uid);
     writeMeta(json, deployment, project, account);
     json.text("name", project.name)
-        .text("plan", account.teamId.isEmpty() ? QStringLiteral("hobby") : QStringLiteral("pro"))
+        .text("plan", account.teamId.isEmpty() ? u"hobby"_s : u"pro"_s)
         .flag("private", true)
         .text("readyState", deployment.state)
-        .text("readySubstate", ready ? QStringLiteral("PROMOTED") : QStringLiteral("STAGED"))
+        .text("readySubstate", ready ? u"PROMOTED"_s : u"STAGED"_s)
         .text("target", deployment.target)
         .text("teamId", account.teamId)
-        .text("type", QStringLiteral("LAMBDAS"))
+        .text("type", u"LAMBDAS"_s)
         .text("url", deployment.url)
         .text("userId", account.userId)
         .flag("withCache", true)
@@ -107,12 +109,12 @@ QByteArray latestJson(const Deployment& deployment, const Project& project, cons
 
 void writeLink(JsonText& json, const Project& project, const SandboxAccount& account) {
     json.openObject("link")
-        .text("type", QStringLiteral("github"))
+        .text("type", u"github"_s)
         .text("org", account.slug)
         .text("repo", project.repository)
         .number("repoId", 481516234)
-        .text("gitCredentialId", QStringLiteral("cred_5b1f0c2e7a9d"))
-        .text("productionBranch", QStringLiteral("main"))
+        .text("gitCredentialId", u"cred_5b1f0c2e7a9d"_s)
+        .text("productionBranch", u"main"_s)
         .flag("sourceless", true)
         .number("createdAt", project.created)
         .number("updatedAt", project.created)
@@ -126,7 +128,7 @@ void writeSettings(JsonText& json, const Project& project) {
                              "publicSource", "serverlessFunctionRegion", "lastRollbackTarget"})
         json.null(name);
     json.text("framework", project.framework)
-        .text("nodeVersion", QStringLiteral("20.x"))
+        .text("nodeVersion", u"20.x"_s)
         .flag("directoryListing", false)
         .flag("autoExposeSystemEnvs", true)
         .flag("gitForkProtection", true)
@@ -187,13 +189,13 @@ void writeDeployment(JsonText& json, const Deployment& deployment, const Project
         .text(idName, deployment.uid)
         .text("name", project.name)
         .text("projectId", project.id)
-        .text("url", deployment.url.isNull() ? QStringLiteral("") : deployment.url)
+        .text("url", deployment.url.isNull() ? u""_s : deployment.url)
         .number("created", deployment.created)
         .number("createdAt", deployment.created)
-        .text("source", deployment.commit ? QStringLiteral("git") : QStringLiteral("cli"))
+        .text("source", deployment.commit ? u"git"_s : u"cli"_s)
         .text("state", deployment.state)
         .text("readyState", deployment.state)
-        .text("type", QStringLiteral("LAMBDAS"));
+        .text("type", u"LAMBDAS"_s);
     writeCreator(json, account);
     json.text("inspectorUrl", deployment.inspectorUrl)
         .text("target", deployment.target)
@@ -226,10 +228,10 @@ void writeDomain(JsonText& json, const Domain& domain, const Project& project) {
     if (!domain.verified) {
         json.openArray("verification")
             .openObject()
-            .text("type", QStringLiteral("TXT"))
-            .text("domain", QStringLiteral("_vercel.") + domain.name)
-            .text("value", QStringLiteral("vc-domain-verify=") + domain.name)
-            .text("reason", QStringLiteral("pending_domain_verification"))
+            .text("type", u"TXT"_s)
+            .text("domain", u"_vercel."_s + domain.name)
+            .text("value", u"vc-domain-verify="_s + domain.name)
+            .text("reason", u"pending_domain_verification"_s)
             .closeObject()
             .closeArray();
     }

@@ -6,6 +6,8 @@
 #include "sandbox/UpdateService.h"
 #include "sandbox/VercelService.h"
 
+using namespace Qt::StringLiterals;
+
 namespace tidemark::sandbox {
 
 struct Sandbox::Private {
@@ -61,7 +63,7 @@ void Sandbox::stop() {
 
 QUrl Sandbox::baseUrl() const {
     const int port = m_d->server->port();
-    return port == 0 ? QUrl() : QUrl(QStringLiteral("http://127.0.0.1:%1").arg(port));
+    return port == 0 ? QUrl() : QUrl(u"http://127.0.0.1:%1"_s.arg(port));
 }
 
 QList<SandboxAccount> Sandbox::accounts() const {
@@ -74,7 +76,7 @@ QString Sandbox::cloudflareToken() const {
 
 QUrl Sandbox::updateFeed() const {
     const QUrl base = baseUrl();
-    return base.isEmpty() ? QUrl() : base.resolved(QUrl(QStringLiteral("/updates/appcast.xml")));
+    return base.isEmpty() ? QUrl() : base.resolved(QUrl(u"/updates/appcast.xml"_s));
 }
 
 QString Sandbox::updatePublicKey() const {

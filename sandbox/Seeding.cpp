@@ -6,6 +6,8 @@
 #include "sandbox/Catalog.h"
 #include "sandbox/Random.h"
 
+using namespace Qt::StringLiterals;
+
 namespace tidemark::sandbox {
 
 namespace {
@@ -48,8 +50,8 @@ QList<SandboxAccount> seedAccounts(const SandboxOptions& options) {
         accounts.append({.name = name.name,
                          .slug = name.slug,
                          .userId = random.letters(24),
-                         .teamId = index == 0 ? QString() : QStringLiteral("team_") + random.letters(24),
-                         .token = QStringLiteral("sandbox-%1-%2").arg(name.slug, random.letters(12))});
+                         .teamId = index == 0 ? QString() : u"team_"_s + random.letters(24),
+                         .token = u"sandbox-%1-%2"_s.arg(name.slug, random.letters(12))});
     }
     return accounts;
 }
@@ -76,8 +78,8 @@ void age(Deployment& deployment, const QString& state, Random& random, qint64 no
 QString pastState(Random& random) {
     const double draw = random.real();
     if (draw < 0.86)
-        return QStringLiteral("READY");
-    return draw < 0.95 ? QStringLiteral("ERROR") : QStringLiteral("CANCELED");
+        return u"READY"_s;
+    return draw < 0.95 ? u"ERROR"_s : u"CANCELED"_s;
 }
 
 /// The newest deployment as the opening says, and several before it.
@@ -104,7 +106,7 @@ Project seedProject(const SandboxOptions& options, const QList<SandboxAccount>& 
                     qint64 now) {
     Random random = Random::stream(options.seed, projectDraws, static_cast<quint64>(index));
     Project project;
-    project.id = QStringLiteral("prj_") + random.letters(28);
+    project.id = u"prj_"_s + random.letters(28);
     project.name = catalog::projectName(static_cast<quint64>(index));
     project.account = accountOf(index, static_cast<int>(accounts.size()));
     project.framework = catalog::framework(random);
@@ -137,17 +139,17 @@ QList<Zone> seedZones(const SandboxOptions& options, const std::vector<std::uniq
     };
     constexpr std::size_t matching = 6;
     for (std::size_t project = 0; project < std::min(matching, projects.size()); ++project) {
-        add(projects[project]->name + QStringLiteral(".example"),
+        add(projects[project]->name + u".example"_s,
             project == 4 ? ZoneTraffic::failing : ZoneTraffic::served);
         if (project == 1)
-            add(QStringLiteral("paper-heron.example"), ZoneTraffic::served);
+            add(u"paper-heron.example"_s, ZoneTraffic::served);
     }
     if (projects.size() > 1) {
         // A second domain of the same project that hardly anybody has found yet.
-        add(projects[1]->name + QStringLiteral(".test"), ZoneTraffic::served);
+        add(projects[1]->name + u".test"_s, ZoneTraffic::served);
         zones.last().dailyRequests = 40;
     }
-    add(QStringLiteral("old-campaign.example"), ZoneTraffic::refused);
+    add(u"old-campaign.example"_s, ZoneTraffic::refused);
     return zones;
 }
 
@@ -157,20 +159,18 @@ QList<Domain> seedDomains(quint64 seed, quint64 index, const Project& project,
                           const SandboxAccount& account) {
     Random random = Random::stream(seed, domainDraws, index);
     const QString label = catalog::hostLabel(project.name);
-    const QString zone = account.slug + QStringLiteral(".example");
+    const QString zone = account.slug + u".example"_s;
     QList<Domain> domains;
-    if (random.chance(0.3)) {
-        domains.append({.name = QStringLiteral("%1-staging.%2").arg(label, zone),
-                        .gitBranch = QStringLiteral("staging")});
-    }
+    if (random.chance(0.3))
+        domains.append({.name = u"%1-staging.%2"_s.arg(label, zone), .gitBranch = u"staging"_s});
     domains.append({.name = label + catalog::defaultSuffix});
     if (random.chance(0.8)) {
         const bool own = random.chance(0.5);
-        const QString custom = own ? label + QStringLiteral(".example") : label + u'.' + zone;
+        const QString custom = own ? label + u".example"_s : label + u'.' + zone;
         if (own)
-            domains.append({.name = QStringLiteral("www.") + custom, .redirect = custom});
+            domains.append({.name = u"www."_s + custom, .redirect = custom});
         if (random.chance(0.25))
-            domains.append({.name = QStringLiteral("new-") + custom, .verified = false});
+            domains.append({.name = u"new-"_s + custom, .verified = false});
         domains.append({.name = custom, .verified = !random.chance(0.1)});
     }
     return domains;
@@ -179,8 +179,8 @@ QList<Domain> seedDomains(quint64 seed, quint64 index, const Project& project,
 Seeds seedWorld(const SandboxOptions& options, qint64 now) {
     Seeds seeds;
     seeds.accounts = seedAccounts(options);
-    seeds.cloudflareToken = QStringLiteral("sandbox-cloudflare-") +
-                            Random::stream(options.seed, accountDraws, ~quint64(0)).letters(12);
+    seeds.cloudflareToken =
+        u"sandbox-cloudflare-"_s + Random::stream(options.seed, accountDraws, ~quint64(0)).letters(12);
     for (int index = 0; index < options.projects; ++index)
         seeds.projects.push_back(std::make_unique<Project>(seedProject(options, seeds.accounts, index, now)));
     seeds.zones = seedZones(options, seeds.projects);

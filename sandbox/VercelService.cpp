@@ -158,10 +158,9 @@ Reply VercelService::listDeployments(const Request& request, int account) const 
         if (project.account != account ||
             (!wanted.isEmpty() && project.id != wanted && project.name != wanted))
             continue;
-        for (const Deployment& deployment : project.deployments) {
+        for (const Deployment& deployment : project.deployments)
             if (deployment.created < until && (target.isEmpty() || deployment.target == target))
                 found.emplace_back(&deployment, &project);
-        }
     }
     // A history that was set by hand keeps its order.
     if (wanted.isEmpty())
@@ -210,9 +209,8 @@ const Project* VercelService::ownProject(const QString& idOrName, int account) c
 
 const QByteArray& VercelService::rendered(const Project& project) {
     Rendered& entry = m_rendered[project.id];
-    if (entry.json.isEmpty() || entry.revision != project.revision) {
+    if (entry.json.isEmpty() || entry.revision != project.revision)
         entry = {project.revision, projectJson(project, m_world.accounts().at(project.account))};
-    }
     return entry.json;
 }
 

@@ -7,6 +7,8 @@
 #include "sandbox/Random.h"
 #include "sandbox/Seeding.h"
 
+using namespace Qt::StringLiterals;
+
 namespace tidemark::sandbox {
 
 namespace {
@@ -32,8 +34,8 @@ bool underWay(const Deployment& deployment) {
 QString drawOutcome(Random& random) {
     const double draw = random.real();
     if (draw < 0.84)
-        return QStringLiteral("READY");
-    return draw < 0.95 ? QStringLiteral("ERROR") : QStringLiteral("CANCELED");
+        return u"READY"_s;
+    return draw < 0.95 ? u"ERROR"_s : u"CANCELED"_s;
 }
 
 /// What follows a state, and after how many virtual seconds.
@@ -47,9 +49,9 @@ NextStep nextStep(const QString& state, const QString& outcome, Random& random) 
     if (state == u"QUEUED" && canceledEarly)
         return {outcome, 1 + 8 * random.real()};
     if (state == u"QUEUED")
-        return {QStringLiteral("INITIALIZING"), 1 + 5 * random.real()};
+        return {u"INITIALIZING"_s, 1 + 5 * random.real()};
     if (state == u"INITIALIZING")
-        return {QStringLiteral("BUILDING"), 1 + 3 * random.real()};
+        return {u"BUILDING"_s, 1 + 3 * random.real()};
     // Most builds are short, a few are long, failing ones end sooner.
     const double build = 16 + std::min(random.exponential(40), 200.0);
     return {outcome, outcome == u"READY" ? build : build * 0.6};
@@ -86,10 +88,9 @@ void World::setSpeed(double speed) {
 }
 
 std::optional<int> World::accountForToken(const QString& token) const {
-    for (int index = 0; index < m_accounts.size(); ++index) {
+    for (int index = 0; index < m_accounts.size(); ++index)
         if (m_accounts.at(index).token == token && !m_revoked.contains(token))
             return index;
-    }
     return std::nullopt;
 }
 
@@ -125,17 +126,16 @@ const Project* World::projectOfDeployment(const QString& uid) const {
 
 QStringList World::projectIds(int account) const {
     QStringList ids;
-    for (const auto& project : m_projects) {
+    for (const auto& project : m_projects)
         if (project->account == account)
             ids.append(project->id);
-    }
     return ids;
 }
 
 QString World::addProject(const QString& name, int account, const QString& id) {
     Random random = Random::stream(m_seed, madeDraws, m_made);
     auto project = std::make_unique<Project>();
-    project->id = id.isEmpty() ? QStringLiteral("prj_") + random.letters(28) : id;
+    project->id = id.isEmpty() ? u"prj_"_s + random.letters(28) : id;
     project->name = name;
     project->account = std::clamp(account, 0, static_cast<int>(m_accounts.size()) - 1);
     project->framework = catalog::framework(random);
@@ -272,10 +272,9 @@ void World::startLife(const Project& project, const Deployment& deployment, doub
 }
 
 void World::resumeLives() {
-    for (const auto& project : m_projects) {
+    for (const auto& project : m_projects)
         if (!project->deployments.isEmpty() && underWay(project->deployments.first()))
             startLife(*project, project->deployments.first(), m_timeLine.now(), {});
-    }
 }
 
 void World::pushSomewhere(double moment) {

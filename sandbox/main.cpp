@@ -10,6 +10,8 @@
 
 #include "sandbox/Sandbox.h"
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 using namespace tidemark::sandbox;
@@ -23,20 +25,15 @@ struct Arguments {
 std::optional<Arguments> parse(const QCoreApplication& application) {
     QCommandLineParser parser;
     parser.setApplicationDescription(
-        QStringLiteral("Stands in for the web services on 127.0.0.1. GET /sandbox lists its controls."));
+        u"Stands in for the web services on 127.0.0.1. GET /sandbox lists its controls."_s);
     parser.addHelpOption();
-    const QCommandLineOption port(QStringLiteral("port"), QStringLiteral("Port; 0 takes any free one."),
-                                  QStringLiteral("number"), QStringLiteral("0"));
-    const QCommandLineOption seed(QStringLiteral("seed"), QStringLiteral("Equal seeds give equal worlds."),
-                                  QStringLiteral("number"), QStringLiteral("1"));
-    const QCommandLineOption accounts(QStringLiteral("accounts"), QStringLiteral("How many accounts."),
-                                      QStringLiteral("number"), QStringLiteral("2"));
-    const QCommandLineOption projects(QStringLiteral("projects"), QStringLiteral("How many projects in all."),
-                                      QStringLiteral("number"), QStringLiteral("12"));
-    const QCommandLineOption speed(QStringLiteral("speed"),
-                                   QStringLiteral("How fast the world lives; 0 freezes it."),
-                                   QStringLiteral("factor"), QStringLiteral("1"));
-    const QCommandLineOption quiet(QStringLiteral("quiet"), QStringLiteral("Do not report the requests."));
+    const QCommandLineOption port(u"port"_s, u"Port; 0 takes any free one."_s, u"number"_s, u"0"_s);
+    const QCommandLineOption seed(u"seed"_s, u"Equal seeds give equal worlds."_s, u"number"_s, u"1"_s);
+    const QCommandLineOption accounts(u"accounts"_s, u"How many accounts."_s, u"number"_s, u"2"_s);
+    const QCommandLineOption projects(u"projects"_s, u"How many projects in all."_s, u"number"_s, u"12"_s);
+    const QCommandLineOption speed(u"speed"_s, u"How fast the world lives; 0 freezes it."_s, u"factor"_s,
+                                   u"1"_s);
+    const QCommandLineOption quiet(u"quiet"_s, u"Do not report the requests."_s);
     parser.addOptions({port, seed, accounts, projects, speed, quiet});
     parser.process(application);
 
@@ -48,10 +45,9 @@ std::optional<Arguments> parse(const QCoreApplication& application) {
     arguments.options.projects = parser.value(projects).toUShort(&valid[3]);
     arguments.options.speed = parser.value(speed).toDouble(&valid[4]);
     arguments.quiet = parser.isSet(quiet);
-    for (const bool each : valid) {
+    for (const bool each : valid)
         if (!each)
             return std::nullopt;
-    }
     return arguments;
 }
 

@@ -1,6 +1,7 @@
 #include <QImage>
 
 #include "app/VercelLogoShape.h"
+#include "presentation/StatePresentation.h"
 #include "tests/TestProgram.h"
 #include "tests/app/Rig.h"
 

@@ -201,10 +201,9 @@ private:
     }
 
     [[nodiscard]] std::optional<MenuItem> entry(const QString& project, const QString& title) const {
-        for (const auto& item : shown(project).menu) {
+        for (const auto& item : shown(project).menu)
             if (item.titleNow() == title)
                 return item;
-        }
         return std::nullopt;
     }
 

@@ -2,7 +2,7 @@
 #include <QTemporaryDir>
 #include <csignal>
 
-#include "desktop/DBusMenu.h"
+#include "platform/tray/DBusMenu.h"
 #include "tests/TestProgram.h"
 #include "tests/app/DesktopSession.h"
 

@@ -1,10 +1,10 @@
-#include "app/ProjectStatusItem.h"
-
 #include <QImage>
 
+#include "app/ProjectStatusItem.h"
 #include "app/StatusCircle.h"
-#include "desktop/Characters.h"
-#include "desktop/StatusIcon.h"
+#include "platform/base/Characters.h"
+#include "platform/tray/StatusIcon.h"
+#include "presentation/StatePresentation.h"
 #include "tests/TestProgram.h"
 #include "tests/fakes/FakeNotificationCenter.h"
 #include "tests/fakes/FakeSoundPlayer.h"
@@ -21,12 +21,11 @@ namespace {
 /// A menu as one reads it: a line an entry, "--" for a separator, "*" before what can be chosen.
 QStringList readMenu(const Menu& menu) {
     QStringList lines;
-    for (const auto& item : menu) {
+    for (const auto& item : menu)
         if (item.isSeparator)
             lines << u"--"_s;
         else
             lines << (item.isEnabled() ? u"* "_s : QString()) + item.titleNow();
-    }
     return lines;
 }
 
@@ -44,10 +43,9 @@ QImage drawn(const QColor& color, const QString& letters, int scale) {
 QRect inkOf(const QImage& image) {
     QRect ink;
     for (int y = 0; y < image.height(); ++y) {
-        for (int x = 0; x < image.width(); ++x) {
+        for (int x = 0; x < image.width(); ++x)
             if (qGreen(image.pixel(x, y)) > 128)
                 ink |= QRect(x, y, 1, 1);
-        }
     }
     return ink;
 }
@@ -186,10 +184,9 @@ private Q_SLOTS:
         QFETCH(const QString, url);
         m_deployment.url = url;
         m_item->update(m_deployment);
-        for (const auto& item : shown().menu) {
+        for (const auto& item : shown().menu)
             if (item.action)
                 item.action();
-        }
         QCOMPARE(m_chosen, (QStringList{u"refresh"_s, u"preferences"_s, u"quit"_s}));
         QFETCH(const QStringList, opened);
         QCOMPARE(QUrl::toStringList(m_workspace.urls), opened);

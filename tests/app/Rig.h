@@ -126,10 +126,9 @@ public:
 
     /// The preferences window; null while it is not shown.
     [[nodiscard]] static QWindow* preferencesWindow() {
-        for (QWindow* window : QGuiApplication::topLevelWindows()) {
+        for (QWindow* window : QGuiApplication::topLevelWindows())
             if (window->isVisible() && window->title() == u"Tidemark Preferences"_s)
                 return window;
-        }
         return nullptr;
     }
 

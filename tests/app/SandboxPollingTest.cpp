@@ -1,7 +1,7 @@
 #include <QTemporaryDir>
 
 #include "app/AppDelegate.h"
-#include "desktop/NetworkHttpClient.h"
+#include "platform/http/NetworkHttpClient.h"
 #include "sandbox/Sandbox.h"
 #include "tests/TestProgram.h"
 #include "tests/fakes/FakeKeychain.h"
@@ -185,10 +185,9 @@ private:
     /// What was requested, but for the domains.
     QStringList requests() {
         QStringList texts;
-        for (const auto& request : m_sandbox->log().entries()) {
+        for (const auto& request : m_sandbox->log().entries())
             if (!request.path.endsWith("/domains"_L1))
                 texts << QString::fromLatin1(request.method) + u' ' + request.path;
-        }
         return texts;
     }
 

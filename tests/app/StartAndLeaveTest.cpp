@@ -4,11 +4,11 @@
 #include <csignal>
 
 #include "config/ConfigStore.h"
-#include "desktop/SecretServiceKeychain.h"
+#include "platform/keyring/SecretServiceKeychain.h"
 #include "tests/TestProgram.h"
 #include "tests/app/DesktopSession.h"
-#include "tests/desktop/FakeNotificationService.h"
-#include "tests/desktop/RealKeyring.h"
+#include "tests/platform/keyring/RealKeyring.h"
+#include "tests/platform/session/FakeNotificationService.h"
 
 using namespace tidemark;
 using namespace tidemark::desktopsession;

@@ -1,8 +1,8 @@
 #include <QGuiApplication>
 
 #include "app/Tidemark.h"
-#include "desktop/SecretServiceKeychain.h"
-#include "desktop/TerminationSignals.h"
+#include "platform/base/TerminationSignals.h"
+#include "platform/keyring/SecretServiceKeychain.h"
 
 /// The program with the real keyring and a sandbox: keyring_program ADDRESS FOLDER
 int main(int argc, char** argv) {

@@ -1,9 +1,9 @@
 #include <QCoroTask>
 #include <QTemporaryDir>
 
-#include "cloudflare/AnalyticsLoader.h"
-#include "desktop/NetworkHttpClient.h"
-#include "desktop/TaskScope.h"
+#include "cloudflare/load/AnalyticsLoader.h"
+#include "platform/base/TaskScope.h"
+#include "platform/http/NetworkHttpClient.h"
 #include "sandbox/Sandbox.h"
 #include "tests/TestProgram.h"
 #include "tests/fakes/FakeHttpClient.h"
@@ -58,7 +58,7 @@ struct Scene {
     FakeHttpClient http;
     ManualClock clock;
     UserDefaults defaults{folder.filePath(u"defaults.ini"_s)};
-    std::unique_ptr<AppState> state = std::make_unique<AppState>(defaults, clock);
+    std::unique_ptr<AppState> state = std::make_unique<AppState>(defaults);
     qsizetype failing = 0;
     TaskScope tasks;
 };

@@ -1,5 +1,4 @@
 #include "config/KeychainHelper.h"
-
 #include "tests/TestProgram.h"
 #include "tests/fakes/FakeKeychain.h"
 

@@ -9,6 +9,8 @@
 
 namespace tidemark {
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 QString pathAndQuery(const QUrl& url) {
@@ -106,7 +108,7 @@ QCoro::Task<tl::expected<int, TransportError>> FakeHttpClient::download(HttpDown
 }
 
 QString FakeHttpClient::key(HttpMethod method, const QString& target) {
-    return (method == HttpMethod::get ? QStringLiteral("GET ") : QStringLiteral("POST ")) + target;
+    return (method == HttpMethod::get ? u"GET "_s : u"POST "_s) + target;
 }
 
 const FakeHttpClient::Prepared* FakeHttpClient::find(const HttpRequest& request) const {
@@ -125,8 +127,7 @@ HttpResult FakeHttpClient::resultFor(const HttpRequest& request) {
         const Responder responder = prepared->responder;
         return responder(request);
     }
-    const QString message =
-        QStringLiteral("Nothing was prepared for ") + key(request.method, request.url.toString());
+    const QString message = u"Nothing was prepared for "_s + key(request.method, request.url.toString());
     QTest::qFail(qPrintable(message), __FILE__, __LINE__);
     return tl::unexpected(TransportError::other);
 }

@@ -6,7 +6,7 @@
 #include <functional>
 #include <memory>
 
-#include "desktop/HttpClient.h"
+#include "platform/http/HttpClient.h"
 
 namespace tidemark {
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "desktop/LoginItem.h"
+#include "platform/session/LoginItem.h"
 
 namespace tidemark {
 

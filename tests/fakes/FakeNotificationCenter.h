@@ -1,10 +1,10 @@
 #pragma once
 
-#include "desktop/NotificationCenter.h"
-
 #include <QList>
 #include <QTimer>
 #include <utility>
+
+#include "platform/session/NotificationCenter.h"
 
 namespace tidemark {
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "desktop/SoundPlayer.h"
-
 #include <QStringList>
+
+#include "platform/session/SoundPlayer.h"
 
 namespace tidemark {
 

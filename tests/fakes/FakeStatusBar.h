@@ -2,7 +2,7 @@
 
 #include <QHash>
 
-#include "desktop/StatusItem.h"
+#include "platform/tray/StatusItem.h"
 
 namespace tidemark {
 

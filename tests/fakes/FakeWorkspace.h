@@ -1,9 +1,9 @@
 #pragma once
 
-#include "desktop/Workspace.h"
-
 #include <QList>
 #include <QStringList>
+
+#include "platform/session/Workspace.h"
 
 namespace tidemark {
 

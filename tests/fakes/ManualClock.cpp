@@ -26,10 +26,9 @@ struct ManualClock::Sleeper : QObject {
 ManualClock::ManualClock(TimePoint start) : m_start(start) {}
 
 ManualClock::~ManualClock() {
-    for (const auto& entry : m_sleepers) {
+    for (const auto& entry : m_sleepers)
         if (const auto sleeper = entry.lock())
             sleeper->end();
-    }
 }
 
 Clock::TimePoint ManualClock::now() const {

@@ -5,7 +5,7 @@
 #include <list>
 #include <memory>
 
-#include "desktop/Clock.h"
+#include "platform/base/Clock.h"
 
 namespace tidemark {
 

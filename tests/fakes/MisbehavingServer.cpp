@@ -7,6 +7,8 @@
 
 namespace tidemark {
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 /// The length of the whole request at the start of `received`; 0 while it is not there yet.
@@ -14,7 +16,7 @@ qsizetype requestLength(const QByteArray& received) {
     const qsizetype headEnd = received.indexOf("\r\n\r\n");
     if (headEnd < 0)
         return 0;
-    static const QRegularExpression pattern(QStringLiteral("\r\ncontent-length: *(\\d+)"),
+    static const QRegularExpression pattern(u"\r\ncontent-length: *(\\d+)"_s,
                                             QRegularExpression::CaseInsensitiveOption);
     const auto match = pattern.match(QString::fromLatin1(received.first(headEnd)));
     const qsizetype length = headEnd + 4 + match.captured(1).toLongLong();
@@ -42,8 +44,7 @@ MisbehavingServer::~MisbehavingServer() {
 }
 
 QUrl MisbehavingServer::url(const QString& pathAndQuery) const {
-    return QUrl(QStringLiteral("%1://127.0.0.1:%2%3")
-                    .arg(m_isSecure ? QStringLiteral("https") : QStringLiteral("http"))
+    return QUrl(u"%1://127.0.0.1:%2%3"_s.arg(m_isSecure ? u"https"_s : u"http"_s)
                     .arg(m_server->serverPort())
                     .arg(pathAndQuery));
 }

@@ -37,18 +37,16 @@ public:
 
     /// The first visible item whose name begins so; null when there is none.
     [[nodiscard]] QQuickItem* see(const QString& name) const {
-        for (QQuickItem* item : visibleItems(screen().rootObject())) {
+        for (QQuickItem* item : visibleItems(screen().rootObject()))
             if (nameOf(item).startsWith(name))
                 return item;
-        }
         return nullptr;
     }
     /// The first one of exactly that name and role.
     [[nodiscard]] QQuickItem* see(const QString& name, QAccessible::Role role) const {
-        for (QQuickItem* item : visibleItems(screen().rootObject())) {
+        for (QQuickItem* item : visibleItems(screen().rootObject()))
             if (nameOf(item) == name && QAccessible::queryAccessibleInterface(item)->role() == role)
                 return item;
-        }
         return nullptr;
     }
     [[nodiscard]] QAccessible::State stateOf(const QString& name) const {

@@ -1,7 +1,6 @@
-#include "notify/UpdateController.h"
-
 #include <QTemporaryDir>
 
+#include "notify/UpdateController.h"
 #include "tests/TestProgram.h"
 #include "tests/fakes/FakeHttpClient.h"
 #include "tests/fakes/FakeWorkspace.h"

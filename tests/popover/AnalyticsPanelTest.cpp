@@ -18,10 +18,9 @@ ZoneAnalytics card(const QString& id, const QList<DayStats>& days) {
 /// The heights of the bars in sight, in order.
 QList<qreal> barHeights(const Person& person) {
     QList<qreal> heights;
-    for (QQuickItem* item : visibleItems(person.view->rootObject())) {
+    for (QQuickItem* item : visibleItems(person.view->rootObject()))
         if (item->property("barHeight").isValid())
             heights.append(item->property("barHeight").toReal());
-    }
     return heights;
 }
 
@@ -40,10 +39,9 @@ private Q_SLOTS:
         const QString nothing = u"No matching Cloudflare zones found.\nCheck your token in Preferences."_s;
         const auto seen = [&person, &nothing] {
             QStringList contents;
-            for (const QString& name : {u"Loading analytics…"_s, nothing, u"Refused"_s, u"shop, "_s}) {
+            for (const QString& name : {u"Loading analytics…"_s, nothing, u"Refused"_s, u"shop, "_s})
                 if (person.see(name))
                     contents.append(name);
-            }
             return contents;
         };
         QCOMPARE(seen(), QStringList{nothing});

@@ -208,15 +208,13 @@ private Q_SLOTS:
         QStringList shown;
         for (int round = 0; round < 300; ++round) {
             QStringList wanted;
-            for (int i = 0; i < 12; ++i) {
+            for (int i = 0; i < 12; ++i)
                 if (random.bounded(3) > 0)
                     wanted.insert(random.bounded(wanted.size() + 1), u"/%1"_s.arg(i));
-            }
             QMap<QString, QPersistentModelIndex> kept;
-            for (int i = 0; i < shown.size(); ++i) {
+            for (int i = 0; i < shown.size(); ++i)
                 if (wanted.contains(shown.at(i)))
                     kept.insert(shown.at(i), model.index(i));
-            }
             QList<RowListModel::Entry> entries;
             for (const QString& line : wanted)
                 entries.append({.rowId = line.sliced(1), .section = {}});

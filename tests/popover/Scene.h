@@ -72,7 +72,7 @@ public:
     QTemporaryDir folder;
     ManualClock clock;
     UserDefaults defaults{folder.filePath(u"defaults.ini"_s)};
-    AppState state{defaults, clock};
+    AppState state{defaults};
     FakeWorkspace workspace;
     int preferencesOpened = 0;
     int dashboardOpened = 0;

@@ -1,8 +1,7 @@
-#include "preferences/AccountDraft.h"
-
 #include <QUuid>
 
 #include "preferences/AccountCardModel.h"
+#include "preferences/AccountDraft.h"
 #include "tests/TestProgram.h"
 
 using namespace tidemark;

@@ -150,10 +150,9 @@ private Q_SLOTS:
         m_scene->press(Qt::Key_A, Qt::ControlModifier);
         const auto enabled = [](QQuickItem* field) {
             QStringList titles;
-            for (const MenuItem& item : textFieldMenu(field)) {
+            for (const MenuItem& item : textFieldMenu(field))
                 if (item.isEnabled())
                     titles << item.title;
-            }
             return titles.join(u' ');
         };
         QCOMPARE(enabled(token), u"Paste Select All"_s);
@@ -161,10 +160,9 @@ private Q_SLOTS:
         m_scene->click(token);
         m_scene->press(Qt::Key_A, Qt::ControlModifier);
         QCOMPARE(enabled(token), u"Cut Copy Paste Select All"_s);
-        for (const MenuItem& item : textFieldMenu(token)) {
+        for (const MenuItem& item : textFieldMenu(token))
             if (item.title == u"Paste"_s)
                 item.action();
-        }
         QCOMPARE(token->property("text").toString(), u"pasted"_s);
         QTest::mousePress(&m_scene->screen(), Qt::RightButton, {},
                           token->mapToScene(token->boundingRect().center()).toPoint());
@@ -382,10 +380,9 @@ private:
     }
     /// The field of that name, counted from 0.
     [[nodiscard]] QQuickItem* fieldItem(const QString& name, int number) const {
-        for (QQuickItem* item : visibleItems(m_scene->screen().rootObject())) {
+        for (QQuickItem* item : visibleItems(m_scene->screen().rootObject()))
             if (nameOf(item) == name && number-- == 0)
                 return item;
-        }
         return nullptr;
     }
     [[nodiscard]] QQuickItem* field(const QString& name, int number) const { return fieldItem(name, number); }

@@ -20,10 +20,9 @@ void save(const ViewUser& scene, const QString& name) {
 }
 
 void scrollTo(const PreferencesScene& scene, qreal y) {
-    for (QQuickItem* item : visibleItems(scene.screen().rootObject())) {
+    for (QQuickItem* item : visibleItems(scene.screen().rootObject()))
         if (item->inherits("QQuickFlickable") && item->height() > 200)
             item->setProperty("contentY", qMin(y, item->property("contentHeight").toReal() - item->height()));
-    }
 }
 
 AppConfiguration twoAccounts() {

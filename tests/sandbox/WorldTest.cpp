@@ -1,7 +1,6 @@
-#include "sandbox/World.h"
-
 #include <QSet>
 
+#include "sandbox/World.h"
 #include "tests/TestProgram.h"
 
 using namespace tidemark::sandbox;

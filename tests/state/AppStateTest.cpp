@@ -71,21 +71,6 @@ private Q_SLOTS:
         QTEST((QList{m_state->liveCount(), m_state->buildingCount(), m_state->errorCount()}), "counts");
     }
 
-    void stalenessIsTold() {
-        QCOMPARE(m_state->stalenessDescription(u"p"_s),
-                 u"Not successfully checked since Tidemark started."_s);
-        const auto checkedBefore = [this](std::chrono::seconds age) {
-            m_state->setLastCheckedAt(u"p"_s, m_clock.now() - age);
-            return m_state->stalenessDescription(u"p"_s);
-        };
-        const QString text = u"Showing the status from the last successful check, %1 ago."_s;
-        QCOMPARE(checkedBefore(-5s), text.arg(u"-5s"_s));
-        QCOMPARE(checkedBefore(59s), text.arg(u"59s"_s));
-        QCOMPARE(checkedBefore(60s), text.arg(u"1m"_s));
-        QCOMPARE(checkedBefore(3599s), text.arg(u"59m"_s));
-        QCOMPARE(checkedBefore(200'000s), text.arg(u"55h"_s));
-    }
-
     void projectsAreSortedByCharacterCode() {
         // U+FF21 comes before the emoji, although the emoji's UTF-16 units are smaller.
         const QStringList ordered{u"B"_s, u"a"_s, u"a-b"_s, u"ab"_s, u"é"_s, u"\uff21"_s, u"\U0001F680"_s};
@@ -231,7 +216,7 @@ private:
     void restart() {
         cleanup();
         m_defaults = std::make_unique<UserDefaults>(path());
-        m_state = std::make_unique<AppState>(*m_defaults, m_clock);
+        m_state = std::make_unique<AppState>(*m_defaults);
     }
 
     std::unique_ptr<QTemporaryDir> m_folder;

@@ -1,0 +1,32 @@
+#pragma once
+
+#include "platform/keyring/SecretServiceKeychain.h"
+
+namespace tidemark::sandbox {
+
+/// The desktop's keyring, with items of its own: never those of the program that the user runs for real.
+class DemoKeyring final : public Keychain {
+public:
+    void beginSession(Prompting prompting) override { m_keyring.beginSession(prompting); }
+    void endSession() override { m_keyring.endSession(); }
+    [[nodiscard]] bool wasLost() const override { return m_keyring.wasLost(); }
+    [[nodiscard]] std::unique_ptr<KeychainWatcher> makeWatcher() override { return m_keyring.makeWatcher(); }
+    [[nodiscard]] std::optional<QByteArray> copyMatching(const KeychainQuery& query) override {
+        return m_keyring.copyMatching(own(query));
+    }
+    [[nodiscard]] bool add(const KeychainQuery& attributes, const QByteArray& data) override {
+        return m_keyring.add(own(attributes), data);
+    }
+    void deleteMatching(const KeychainQuery& query) override { m_keyring.deleteMatching(own(query)); }
+    void cancel() override { m_keyring.cancel(); }
+
+private:
+    static KeychainQuery own(KeychainQuery query) {
+        query.service += QStringLiteral(".Demo");
+        return query;
+    }
+
+    SecretServiceKeychain m_keyring;
+};
+
+}  // namespace tidemark::sandbox

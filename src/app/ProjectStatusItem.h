@@ -1,0 +1,63 @@
+#pragma once
+
+#include <QColor>
+#include <QString>
+#include <functional>
+#include <memory>
+#include <optional>
+
+#include "notify/NotificationManager.h"
+#include "platform/base/Clock.h"
+#include "platform/session/Workspace.h"
+#include "platform/tray/StatusItem.h"
+#include "vercel/Deployment.h"
+#include "vercel/VercelProject.h"
+
+namespace tidemark {
+
+/// The panel entry of one pinned project: a pill in the colour of its newest deployment's state, with a tool
+/// tip and a menu. It is loading until it is given a deployment or an error; from then on it shows the last
+/// deployment it was given, and the error if that came later. UI thread only.
+class ProjectStatusItem {
+public:
+    /// What it works with; all of it outlives the item.
+    struct Services {
+        StatusBar& statusBar;
+        NotificationManager& notifications;
+        Workspace& workspace;
+        const Clock& clock;
+    };
+    /// What its menu can do. "Check for Updates…" is there only if `onCheckForUpdates` is.
+    struct Actions {
+        std::function<void()> onRefresh;
+        std::function<void()> onPreferences;
+        std::function<void()> onCheckForUpdates;
+        std::function<void()> onQuit;
+    };
+
+    ProjectStatusItem(VercelProject project, Services services, Actions actions);
+
+    /// Shows the deployment and forgets the error.
+    void update(const Deployment& deployment);
+    /// Tells that the last check failed and why.
+    void setError(const QString& message);
+
+private:
+    void show(const QColor& color, const QString& toolTip);
+    void buildMenu();
+    [[nodiscard]] Menu errorEntries() const;
+    [[nodiscard]] Menu deploymentEntries(const Deployment& deployment) const;
+    [[nodiscard]] Menu actionEntries() const;
+    [[nodiscard]] MenuItem link(const QString& identifier, const QString& title, const QUrl& address) const;
+    [[nodiscard]] QString letters() const;
+
+    VercelProject m_project;
+    Services m_services;
+    Actions m_actions;
+    std::optional<Deployment> m_latestDeployment;
+    std::optional<QString> m_lastError;
+    QColor m_color;
+    std::unique_ptr<StatusItem> m_statusItem;
+};
+
+}  // namespace tidemark

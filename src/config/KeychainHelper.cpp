@@ -1,0 +1,71 @@
+#include "config/KeychainHelper.h"
+
+#include <QStringDecoder>
+#include <QStringEncoder>
+#include <tuple>
+
+using namespace Qt::StringLiterals;
+
+namespace tidemark::KeychainHelper {
+
+namespace {
+
+KeychainQuery queryEither(const QString& account) {
+    return {.service = u"com.tidemark"_s, .account = account, .synchronizable = std::nullopt};
+}
+
+std::optional<QString> text(const QByteArray& data) {
+    // A leading byte order mark is part of the text.
+    QStringDecoder decoder(QStringDecoder::Utf8,
+                           QStringConverter::Flag::Stateless | QStringConverter::Flag::ConvertInitialBom);
+    QString decoded = decoder(data);
+    if (decoder.hasError())
+        return std::nullopt;
+    return decoded;
+}
+
+}  // namespace
+
+KeychainQuery query(const QString& account, bool synchronizable) {
+    KeychainQuery attributes = queryEither(account);
+    attributes.synchronizable = synchronizable;
+    return attributes;
+}
+
+std::optional<QString> loadItem(Keychain& keychain, const QString& account, bool synchronizable) {
+    const auto data = keychain.copyMatching(query(account, synchronizable));
+    return data ? text(*data) : std::nullopt;
+}
+
+std::optional<QString> loadLegacyItem(Keychain& keychain, const QString& account) {
+    const KeychainQuery either = queryEither(account);
+    const auto data = keychain.copyMatching(either);
+    if (!data)
+        return std::nullopt;
+    keychain.deleteMatching(either);
+    return text(*data);
+}
+
+void save(Keychain& keychain, const QString& value, const QString& account) {
+    QStringEncoder encoder(QStringEncoder::Utf8, QStringConverter::Flag::Stateless);
+    const QByteArray data = encoder(value);
+    if (encoder.hasError())
+        return;
+    keychain.deleteMatching(query(account, true));
+    keychain.deleteMatching(query(account, false));
+    if (!keychain.add(query(account, true), data))
+        std::ignore = keychain.add(query(account, false), data);
+}
+
+std::optional<QString> loadToken(Keychain& keychain, const QString& account) {
+    if (auto token = loadItem(keychain, account, true))
+        return token;
+    if (auto token = loadItem(keychain, account, false))
+        return token;
+    auto token = loadLegacyItem(keychain, account);
+    if (token)
+        save(keychain, *token, account);
+    return token;
+}
+
+}  // namespace tidemark::KeychainHelper

@@ -1,0 +1,82 @@
+#include "controls/ToolTip.h"
+
+#include <QCursor>
+#include <QQuickWindow>
+#include <QTimerEvent>
+
+#include "controls/ToolTipHost.h"
+
+namespace tidemark {
+
+namespace {
+
+/// How long the pointer rests first, in milliseconds.
+constexpr int restingTime = 600;
+
+ToolTipHost* hostOf(const QQuickItem* item) {
+    return item ? dynamic_cast<ToolTipHost*>(item->window()) : nullptr;
+}
+
+}  // namespace
+
+ToolTip::~ToolTip() {
+    hide();
+}
+
+void ToolTip::setItem(QQuickItem* item) {
+    if (item == m_item)
+        return;
+    m_item = item;
+    Q_EMIT itemChanged();
+}
+
+void ToolTip::setHovered(bool isHovered) {
+    if (isHovered == m_isHovered)
+        return;
+    m_isHovered = isHovered;
+    m_delay.stop();
+    // What has no text leaves the window to what lies within it.
+    if (m_isHovered && !m_text.isEmpty())
+        m_delay.start(restingTime, this);
+    else
+        hide();
+    Q_EMIT hoveredChanged();
+}
+
+void ToolTip::setText(const QString& text) {
+    if (text == m_text)
+        return;
+    m_text = text;
+    const ToolTipHost* host = hostOf(m_item);
+    m_isShown = m_isShown && host && host->toolTip().isVisible();
+    if (m_isShown)
+        show();
+    else if (m_isHovered && !m_text.isEmpty() && !m_delay.isActive())
+        m_delay.start(restingTime, this);
+    Q_EMIT textChanged();
+}
+
+void ToolTip::timerEvent(QTimerEvent* event) {
+    if (event->timerId() != m_delay.timerId()) {
+        QObject::timerEvent(event);
+        return;
+    }
+    m_delay.stop();
+    show();
+}
+
+void ToolTip::show() {
+    if (ToolTipHost* host = hostOf(m_item)) {
+        host->toolTip().showText(m_text, QCursor::pos(), m_item->window());
+        m_isShown = true;
+    }
+}
+
+void ToolTip::hide() {
+    ToolTipHost* host = hostOf(m_item);
+    if (m_isShown && host)
+        host->toolTip().hide();
+    m_isShown = false;
+}
+
+}  // namespace tidemark

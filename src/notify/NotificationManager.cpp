@@ -1,0 +1,107 @@
+#include "notify/NotificationManager.h"
+
+#include <array>
+#include <charconv>
+#include <utility>
+
+#include "presentation/StatePresentation.h"
+
+namespace tidemark {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QString inspectorUrlKey = u"inspectorUrl"_s;
+const QString announcementKey = u"announcement"_s;
+
+/// Seconds since 1970 as the shortest decimal that reads back to the same number, always with a point.
+QString secondsText(Clock::TimePoint time) {
+    const double seconds = std::chrono::duration<double>(time.time_since_epoch()).count();
+    // The longest double in this notation has less than 400 characters.
+    std::array<char, 512> buffer{};
+    const auto [end, error] =
+        std::to_chars(buffer.data(), buffer.data() + buffer.size(), seconds, std::chars_format::fixed);
+    Q_ASSERT(error == std::errc());
+    const QString text = QString::fromLatin1(buffer.data(), end - buffer.data());
+    return text.contains(u'.') ? text : text + u".0"_s;
+}
+
+NotificationCenter::UserInfo userInfo(const Deployment& deployment) {
+    if (!deployment.inspectorUrl)
+        return {};
+    return {{inspectorUrlKey, *deployment.inspectorUrl}};
+}
+
+}  // namespace
+
+NotificationManager::NotificationManager(NotificationCenter& center, SoundPlayer& sounds,
+                                         Workspace& workspace, const Clock& clock, const Bundle& bundle)
+    : m_center(center),
+      m_sounds(sounds),
+      m_clock(clock),
+      m_hasBundleIdentifier(!bundle.identifier.isEmpty()) {
+    if (!m_hasBundleIdentifier)
+        return;
+    m_center.setResponseHandler(
+        [&workspace, onAnnouncementClick = m_onAnnouncementClick](const NotificationCenter::UserInfo& info) {
+            if (info.contains(announcementKey) && *onAnnouncementClick)
+                (*onAnnouncementClick)();
+            if (const auto url = webAddress(info.value(inspectorUrlKey)))
+                workspace.openURL(*url);
+        });
+}
+
+void NotificationManager::checkAndNotify(const QString& projectId, const QString& projectName,
+                                         const Deployment& deployment) {
+    const DeploymentState state = deployment.deploymentState();
+    const auto known = m_previousStates.constFind(projectId);
+    const bool isFirstSighting = known == m_previousStates.cend();
+    const DeploymentState oldState = isFirstSighting ? state : *known;
+    m_previousStates.insert(projectId, state);
+    if (!m_hasBundleIdentifier || oldState == state)
+        return;
+    requestPermissionIfNeeded();
+    m_center.add({.identifier = projectId + u'-' + secondsText(m_clock.now()),
+                  .title = projectName,
+                  .body = displayLabel(oldState) + u"  →  "_s + displayLabel(state),
+                  .userInfo = userInfo(deployment)});
+    if (m_soundEnabled)
+        playSound(state);
+}
+
+void NotificationManager::announce(const QString& title, const QString& body,
+                                   std::function<void()> onDropped) {
+    if (!m_hasBundleIdentifier)
+        return;
+    requestPermissionIfNeeded();
+    m_center.add({.identifier = announcementKey + u'-' + secondsText(m_clock.now()),
+                  .title = title,
+                  .body = body,
+                  .userInfo = {{announcementKey, title}}},
+                 std::move(onDropped));
+}
+
+void NotificationManager::requestPermissionIfNeeded() {
+    if (!std::exchange(m_hasRequestedPermission, true))
+        m_center.requestAuthorization();
+}
+
+void NotificationManager::playSound(DeploymentState state) {
+    switch (state) {
+        case DeploymentState::ready:
+            m_sounds.play(u"Glass"_s);
+            return;
+        case DeploymentState::error:
+        case DeploymentState::canceled:
+            m_sounds.play(u"Basso"_s);
+            return;
+        case DeploymentState::building:
+        case DeploymentState::initializing:
+        case DeploymentState::queued:
+        case DeploymentState::unknown:
+            return;
+    }
+}
+
+}  // namespace tidemark

@@ -1,0 +1,30 @@
+#include "platform/session/DesktopWorkspace.h"
+
+#include <QDesktopServices>
+#include <QFileInfo>
+
+#include "platform/base/ActivationToken.h"
+
+namespace tidemark {
+namespace {
+
+void launch(const QUrl& url) {
+    QDesktopServices::openUrl(url);
+    // The opener has inherited it.
+    withdrawActivationToken();
+}
+
+}  // namespace
+
+void DesktopWorkspace::openURL(const QUrl& url) {
+    if (webAddress(url.toString(QUrl::FullyEncoded)))
+        launch(url);
+}
+
+void DesktopWorkspace::openFile(const QString& path) {
+    const QFileInfo file(path);
+    if (file.isFile())
+        launch(QUrl::fromLocalFile(file.absoluteFilePath()));
+}
+
+}  // namespace tidemark

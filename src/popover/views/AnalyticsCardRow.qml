@@ -1,0 +1,135 @@
+pragma ComponentBehavior: Bound
+
+import QtQuick
+import Tidemark.Controls
+import Tidemark.Popover
+
+/// One site of the analytics list: a line that expands into its week.
+ExpandableRow {
+    id: row
+
+    required property PopoverModel popover
+
+    isExpanded: card.isExpanded
+    headHeight: head.height
+    details: AnalyticsDetails {
+        width: row.width
+        height: implicitHeight
+        card: card
+    }
+
+    function takeFocus(): void {
+        head.forceActiveFocus(Qt.TabFocusReason);
+    }
+
+    function toggle(): void {
+        beginToggle();
+        card.toggleExpanded();
+    }
+
+    AnalyticsCardModel {
+        id: card
+
+        popover: row.popover
+        rowId: row.rowId
+    }
+
+    Pressable {
+        id: head
+
+        width: row.width
+        height: 16 + Math.max(project.implicitHeight + 1 + zone.implicitHeight,
+                              views.implicitHeight + 1 + visitors.implicitHeight)
+        focus: true
+        label: card.projectName + ", " + card.zoneName + ", " + card.views + ", " + card.visitors
+        activeFocusOnTab: row.ListView.isCurrentItem || activeFocus
+        focusRing.anchors.margins: 2
+        Accessible.description: card.isExpanded ? "Expanded" : "Collapsed"
+        onPressed: row.toggle()
+
+        Rectangle {
+            anchors.fill: parent
+            visible: head.hovered
+            color: DS.hover
+        }
+
+        Item {
+            id: names
+
+            anchors.left: parent.left
+            anchors.leftMargin: 14
+            anchors.right: totals.left
+            anchors.rightMargin: 9
+            anchors.verticalCenter: parent.verticalCenter
+            height: project.implicitHeight + 1 + zone.implicitHeight
+
+            Label {
+                id: project
+
+                width: parent.width
+                text: card.projectName
+                font.pixelSize: 13
+
+                HoverTip {
+                    text: project.truncated ? card.projectName : ""
+                }
+            }
+
+            Label {
+                id: zone
+
+                y: project.implicitHeight + 1
+                width: parent.width
+                text: card.zoneName
+                color: DS.textFaint
+
+                HoverTip {
+                    text: zone.truncated ? card.zoneName : ""
+                }
+            }
+        }
+
+        Item {
+            id: totals
+
+            anchors.right: chevron.left
+            anchors.rightMargin: 9
+            anchors.verticalCenter: parent.verticalCenter
+            // A hostile figure leaves the names some room.
+            width: Math.min(Math.max(views.implicitWidth, visitors.implicitWidth), head.width / 2)
+            height: views.implicitHeight + 1 + visitors.implicitHeight
+
+            Label {
+                id: views
+
+                width: parent.width
+                horizontalAlignment: Text.AlignRight
+                text: card.views
+                color: DS.live
+                font.pixelSize: 12
+                font.weight: Font.Medium
+            }
+
+            Label {
+                id: visitors
+
+                y: views.implicitHeight + 1
+                width: parent.width
+                horizontalAlignment: Text.AlignRight
+                text: card.visitors
+                color: DS.textMuted
+            }
+        }
+
+        Symbol {
+            id: chevron
+
+            anchors.right: parent.right
+            anchors.rightMargin: 14
+            anchors.verticalCenter: parent.verticalCenter
+            name: card.isExpanded ? "chevron.up" : "chevron.down"
+            fontSize: 9
+            color: DS.textFaint
+        }
+    }
+}

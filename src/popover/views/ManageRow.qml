@@ -1,0 +1,133 @@
+import QtQuick
+import Tidemark.Controls
+import Tidemark.Popover
+
+/// One project of the manage panel.
+ProjectListRow {
+    id: row
+
+    required property string rowId
+    required property PopoverModel popover
+
+    /// The first row of a section has the section's caption above it.
+    readonly property bool isFirst: ListView.section !== ListView.previousSection
+
+    implicitHeight: line.y + line.height
+
+    function takeFocus(): void {
+        track.forceActiveFocus(Qt.TabFocusReason);
+    }
+
+    onRowIdChanged: track.isAnimated = false
+    Accessible.role: Accessible.ListItem
+    Accessible.name: project.deployedText === "" ? project.name : project.name + ", " + project.deployedText
+
+    ManageRowModel {
+        id: project
+
+        popover: row.popover
+        rowId: row.rowId
+    }
+
+    SectionLabel {
+        id: caption
+
+        width: row.width
+        visible: row.isFirst
+        caption: row.ListView.section
+    }
+
+    Item {
+        id: line
+
+        y: row.isFirst ? caption.implicitHeight : 0
+        width: row.width
+        height: 14 + lines.height
+
+        HoverHandler {
+            id: hover
+        }
+
+        Rectangle {
+            anchors.fill: parent
+            visible: hover.hovered
+            color: DS.hover
+        }
+
+        Dot {
+            id: dot
+
+            x: 14
+            anchors.verticalCenter: parent.verticalCenter
+            size: 7
+            color: project.dotColor
+        }
+
+        Item {
+            id: lines
+
+            anchors.left: dot.right
+            anchors.leftMargin: 9
+            anchors.right: project.isTracked ? pin.left : track.left
+            anchors.rightMargin: 9
+            y: 7
+            height: name.implicitHeight + (project.deployedText !== "" ? 1 + deployed.implicitHeight : 0)
+
+            Label {
+                id: name
+
+                width: parent.width
+                text: project.name
+                color: project.isTracked ? DS.text : DS.textFaint
+                font.pixelSize: 13
+
+                HoverTip {
+                    text: name.truncated ? project.name : ""
+                }
+            }
+
+            Label {
+                id: deployed
+
+                anchors.bottom: parent.bottom
+                width: parent.width
+                visible: text !== ""
+                text: project.deployedText
+                color: DS.textFaint
+            }
+        }
+
+        IconButton {
+            id: pin
+
+            anchors.right: track.left
+            anchors.rightMargin: 9
+            anchors.verticalCenter: parent.verticalCenter
+            visible: project.isTracked
+            activeFocusOnTab: row.ListView.isCurrentItem || activeFocus
+            symbol: project.isPinned ? "pin.fill" : "pin"
+            fontSize: 10
+            color: project.isPinned ? DS.live : DS.textDim
+            label: "Pin " + project.name
+            toolTip: project.pinToolTip
+            Accessible.role: Accessible.CheckBox
+            Accessible.checkable: true
+            Accessible.checked: project.isPinned
+            Accessible.onToggleAction: pin.pressed()
+            onPressed: project.togglePinned()
+        }
+
+        MockupToggle {
+            id: track
+
+            anchors.right: parent.right
+            anchors.rightMargin: 14
+            anchors.verticalCenter: parent.verticalCenter
+            activeFocusOnTab: row.ListView.isCurrentItem || activeFocus
+            focus: true
+            isOn: project.isTracked
+            label: "Track " + project.name
+            onPressed: project.toggleTracked()
+        }
+    }
+}

@@ -1,0 +1,63 @@
+import QtQuick
+import Tidemark.Controls
+import Tidemark.Popover
+
+/// What can be pressed with the pointer, the keyboard or an assistive tool. It has no look of its own but the
+/// focus ring.
+Item {
+    id: control
+
+    /// What a screen reader says.
+    required property string label
+    property string toolTip
+    property alias hovered: hover.hovered
+    /// How far around it a click still counts.
+    property real reach: 0
+    property alias focusRing: ring
+
+    signal pressed
+
+    activeFocusOnTab: true
+    Accessible.role: Accessible.Button
+    Accessible.name: label
+    Accessible.description: toolTip
+    Accessible.focusable: true
+    Accessible.onPressAction: {
+        if (enabled)
+            control.pressed();
+    }
+    Keys.onPressed: event => {
+        const isOurs = event.key === Qt.Key_Space || event.key === Qt.Key_Return || event.key === Qt.Key_Enter;
+        event.accepted = isOurs;
+        // A key that is held presses once.
+        if (isOurs && !event.isAutoRepeat)
+            control.pressed();
+    }
+
+    HoverTip {
+        id: hover
+
+        text: control.toolTip
+    }
+
+    MouseArea {
+        property bool isClicked: false
+
+        anchors.fill: parent
+        anchors.margins: -control.reach
+        onPressed: control.forceActiveFocus(Qt.MouseFocusReason)
+        onClicked: {
+            isClicked = true;
+            control.pressed();
+        }
+        // The second half of a double click that began on something else, which has moved away, is not meant.
+        onDoubleClicked: {
+            if (isClicked)
+                control.pressed();
+        }
+    }
+
+    FocusRing {
+        id: ring
+    }
+}

@@ -1,0 +1,19 @@
+import QtQuick
+import Tidemark.Controls
+import Tidemark.Popover
+
+/// The platform's own health.
+Dot {
+    id: dot
+
+    required property string toolTip
+
+    size: 6
+    Accessible.role: Accessible.StaticText
+    Accessible.name: toolTip
+
+    HoverTip {
+        text: dot.toolTip
+        margin: 4
+    }
+}

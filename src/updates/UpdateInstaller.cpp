@@ -1,0 +1,200 @@
+#include "updates/UpdateInstaller.h"
+
+#include <unistd.h>
+
+#include <QCoroFuture>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QHostAddress>
+#include <QtConcurrentRun>
+#include <algorithm>
+#include <cerrno>
+
+#include "platform/session/Workspace.h"
+#include "updates/Ed25519.h"
+#include "updates/UpdateArchive.h"
+
+namespace tidemark {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr qint64 largestArchive = qint64{256} * 1024 * 1024;
+
+/// This machine itself, which the HTTP client allows or not.
+bool isLoopbackAddress(const QUrl& url) {
+    return url.host() == "localhost"_L1 || QHostAddress(url.host()).isLoopback();
+}
+
+/// A name that says what is in it, whatever the feed says.
+QString packageName(const AppcastItem& release) {
+    QString version;
+    for (const QChar c : release.version.left(40)) {
+        const bool isPlain = c.unicode() < 0x80 && (c.isLetterOrNumber() || c == u'.' || c == u'-');
+        version += isPlain ? c : u'_';
+    }
+    return u"tidemark-"_s + version + u".deb"_s;
+}
+
+/// A package that was handed over before is not needed any more.
+void removePackages(const QString& folder) {
+    const QDir packages(folder, u"tidemark-*.deb"_s, QDir::NoSort, QDir::Files);
+    for (const QString& name : packages.entryList())
+        QFile::remove(packages.filePath(name));
+}
+
+mode_t permissionsOf(const QString& path) {
+    struct stat state{};
+    return ::stat(QFile::encodeName(path).constData(), &state) == 0 ? state.st_mode & 0777 : 0755;
+}
+
+}  // namespace
+
+QString UpdateFailure::description() const {
+    if (!folder.isEmpty() && error == UpdateError::notReplaceable)
+        return u"Tidemark cannot replace its own file in %1. Download the new version by hand."_s.arg(folder);
+    if (!folder.isEmpty() && error == UpdateError::diskFull)
+        return u"There is not enough room for the update in %1."_s.arg(folder);
+    const QString text = tidemark::description(error);
+    return cause ? text + u' ' + tidemark::description(*cause) : text;
+}
+
+UpdateInstaller::UpdateInstaller(HttpClient& http, Workspace& workspace, InstalledForm form,
+                                 QByteArray publicKey)
+    : m_http(http), m_workspace(workspace), m_form(std::move(form)), m_publicKey(std::move(publicKey)) {}
+
+std::optional<AppcastEnclosure> UpdateInstaller::fittingArchive(const AppcastItem& release) const {
+    const auto found = std::ranges::find(release.enclosures, m_form.archiveKind(), &AppcastEnclosure::kind);
+    return found == release.enclosures.end() ? std::nullopt : std::optional(*found);
+}
+
+std::optional<UpdateError> UpdateInstaller::refusal(const AppcastEnclosure& archive) const {
+    if (archive.url.scheme() != "https"_L1 && !isLoopbackAddress(archive.url))
+        return UpdateError::archiveInsecure;
+    if (archive.length <= 0)
+        return UpdateError::feedMalformed;
+    if (archive.length > largestArchive)
+        return UpdateError::archiveTooLarge;
+    if (!ed25519Key(m_publicKey))
+        return UpdateError::keyUnusable;
+    // What is no signature at all is none.
+    if (!ed25519Signature(archive.signature))
+        return UpdateError::archiveUnsigned;
+    return std::nullopt;
+}
+
+tl::expected<QString, UpdateFailure> UpdateInstaller::target(const AppcastItem& release) const {
+    if (!m_form.isAppImage()) {
+        QDir().mkpath(m_form.cacheFolder);
+        // An installer with more rights reads there what was verified here.
+        QFile::setPermissions(m_form.cacheFolder, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+        return m_form.cacheFolder + u'/' + packageName(release);
+    }
+    // The file itself, not the link that it may have been started by.
+    const QFileInfo file(QFileInfo(m_form.appImagePath).canonicalFilePath());
+    if (!file.isFile()) {
+        const QString folder = QFileInfo(m_form.appImagePath).absolutePath();
+        return tl::unexpected(UpdateFailure{.error = UpdateError::notReplaceable, .folder = folder});
+    }
+    return file.filePath();
+}
+
+UpdateFailure UpdateInstaller::storingFailure(int systemError, const QString& folder) const {
+    const bool isFull = systemError == ENOSPC || systemError == EDQUOT || systemError == EFBIG;
+    const UpdateError place = m_form.isAppImage() ? UpdateError::notReplaceable : UpdateError::notStorable;
+    return {.error = isFull ? UpdateError::diskFull : place, .folder = folder};
+}
+
+tl::expected<UpdateInstaller::Archive, UpdateFailure> UpdateInstaller::makeRoom(const QString& folder,
+                                                                                qint64 length) const {
+    UpdateArchive::removeLeftovers(folder);
+    if (!m_form.isAppImage())
+        removePackages(folder);
+    auto created = UpdateArchive::create(folder, length);
+    if (!created)
+        return tl::unexpected(storingFailure(created.error(), folder));
+    return *std::move(created);
+}
+
+QCoro::Task<UpdateInstaller::Result> UpdateInstaller::install(AppcastItem release, Progress progress,
+                                                              std::stop_token stop) {
+    const std::optional<AppcastEnclosure> enclosure = fittingArchive(release);
+    if (!enclosure)
+        co_return tl::unexpected(UpdateFailure{.error = UpdateError::noFittingArchive});
+    if (const auto error = refusal(*enclosure))
+        co_return tl::unexpected(UpdateFailure{.error = *error});
+    const auto path = target(release);
+    if (!path)
+        co_return tl::unexpected(path.error());
+    auto room = makeRoom(QFileInfo(*path).absolutePath(), enclosure->length);
+    if (!room)
+        co_return tl::unexpected(room.error());
+    // Nobody else owns it, so that it is closed, and gone unless it was placed, before anybody hears of the
+    // end.
+    const Archive archive = *std::move(room);
+
+    const std::optional<UpdateFailure> failure = co_await download(*enclosure, archive.get(), progress, stop);
+    if (stop.stop_requested())
+        co_return Outcome::cancelled;
+    if (failure)
+        co_return tl::unexpected(*failure);
+
+    progress(Step::verifying, archive->size());
+    const QFuture<bool> verification =
+        QtConcurrent::run([file = archive.get(), signature = *ed25519Signature(enclosure->signature),
+                           key = *ed25519Key(m_publicKey)] { return file->isSigned(signature, key); });
+    const bool isRight = co_await verification;
+    if (stop.stop_requested())
+        co_return Outcome::cancelled;
+    if (!isRight)
+        co_return tl::unexpected(UpdateFailure{.error = UpdateError::signatureWrong});
+    // The signature does not tell what it is for, and a package in its place would leave no program.
+    if (m_form.isAppImage() && archive->isPackage())
+        co_return tl::unexpected(UpdateFailure{.error = UpdateError::noFittingArchive});
+
+    const mode_t permissions = m_form.isAppImage() ? permissionsOf(*path) : 0644;
+    const QFuture<int> placement = QtConcurrent::run(
+        [file = archive.get(), path = *path, permissions] { return file->place(path, permissions); });
+    if (const int error = co_await placement)
+        co_return tl::unexpected(storingFailure(error, archive->folder()));
+    if (m_form.isAppImage())
+        co_return Outcome::installed;
+    if (stop.stop_requested()) {
+        QFile::remove(*path);
+        co_return Outcome::cancelled;
+    }
+    m_workspace.openFile(*path);
+    co_return Outcome::handedOver;
+}
+
+QCoro::Task<std::optional<UpdateFailure>> UpdateInstaller::download(AppcastEnclosure enclosure,
+                                                                    UpdateArchive* archive, Progress progress,
+                                                                    std::stop_token stop) {
+    int systemError = 0;
+    progress(Step::downloading, 0);
+    HttpSink sink = [&systemError, archive, progress](QByteArrayView piece) {
+        systemError = archive->append(piece);
+        progress(Step::downloading, archive->size());
+        return systemError == 0;
+    };
+    HttpDownload wanted{.url = enclosure.url, .limit = enclosure.length};
+    const auto status = co_await m_http.download(std::move(wanted), std::move(sink), stop);
+
+    if (systemError != 0)
+        co_return storingFailure(systemError, archive->folder());
+    if (status && *status != 200)
+        co_return UpdateFailure{.error = UpdateError::archiveUnreachable};
+    if (status && archive->size() == enclosure.length)
+        co_return std::nullopt;
+    // Something came, but not all of it, or more than that.
+    const bool isLost = !status && status.error() == TransportError::connectionLost && archive->size() > 0;
+    if (status || isLost || status.error() == TransportError::tooLarge)
+        co_return UpdateFailure{.error = UpdateError::archiveCut};
+    if (status.error() == TransportError::insecure && enclosure.url.scheme() != "https"_L1)
+        co_return UpdateFailure{.error = UpdateError::archiveInsecure};
+    co_return UpdateFailure{.error = UpdateError::archiveUnreachable, .cause = status.error()};
+}
+
+}  // namespace tidemark

@@ -1,0 +1,209 @@
+#include <QFile>
+#include <QProcess>
+#include <QScopeGuard>
+#include <QSslCertificate>
+#include <QSslKey>
+#include <QTemporaryDir>
+
+#include "platform/http/NetworkHttpClient.h"
+#include "tests/TestProgram.h"
+#include "tests/fakes/MisbehavingServer.h"
+#include "tests/platform/http/HttpExchange.h"
+
+using namespace tidemark;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const HttpResult refusal = failed(TransportError::insecure);
+
+/// A private key and a certificate for it, which nobody signed but itself. Made anew for each run.
+QSslConfiguration selfSigned(QTemporaryDir& folder) {
+    const QString key = folder.filePath(u"key.pem"_s);
+    const QString certificate = folder.filePath(u"certificate.pem"_s);
+    QProcess openssl;
+    openssl.start(
+        u"openssl"_s,
+        u"req -x509 -newkey ec -nodes -pkeyopt ec_paramgen_curve:prime256v1 -days 2 -subj /CN=localhost "
+        u"-addext subjectAltName=IP:127.0.0.1"_s.split(u' ') +
+            QStringList{u"-keyout"_s, key, u"-out"_s, certificate});
+    if (!openssl.waitForFinished(hangLimit) || openssl.exitCode() != 0)
+        qFatal("No certificate: %s", openssl.readAllStandardError().constData());
+    QFile keyFile(key);
+    std::ignore = keyFile.open(QIODevice::ReadOnly);
+    QSslConfiguration tls = QSslConfiguration::defaultConfiguration();
+    tls.setPrivateKey(QSslKey(&keyFile, QSsl::Ec));
+    tls.setLocalCertificate(QSslCertificate::fromPath(certificate).value(0));
+    tls.setPeerVerifyMode(QSslSocket::VerifyNone);
+    return tls;
+}
+
+}  // namespace
+
+class NetworkHttpClientTrustTest final : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void redirects() {
+        QByteArray location;
+        MisbehavingServer server([&location](QTcpSocket& socket, const QByteArray& request) {
+            if (request.startsWith("GET /start "))
+                socket.write(MisbehavingServer::answer("307 Moved", "moved", location));
+            else
+                socket.write(MisbehavingServer::answer("200 OK", "there"));
+        });
+        NetworkHttpClient client(loopbackOptions());
+        const HttpRequest start = get(server.url(u"/start"_s));
+        const HttpResult asItIs = answered(307, "moved");
+        QVERIFY(send(client, start) == asItIs);
+        location = "Location: /elsewhere?a=b\r\n";
+        QVERIFY(send(client, start) == answered(200, "there"));
+        QVERIFY(send(client, authorised(start.url)) == asItIs);
+        location = "Location: http://example.invalid/\r\n";
+        QVERIFY(send(client, start) == refusal);
+        location = "Location: file:///etc/hostname\r\n";
+        QVERIFY(send(client, start) == refusal);
+        location = "Location: /start\r\n";  // in circles
+        const qsizetype before = server.requests().size();
+        QVERIFY(send(client, start) == asItIs);
+        QVERIFY(server.requests().size() <= before + 11);
+    }
+
+    void addressesThatAreRefused() {
+        auto options = loopbackOptions();
+        NetworkHttpClient client(options);
+        for (const auto& url : {u"http://example.invalid/"_s, u"http://localhost.example.invalid/"_s,
+                                u"http://localhost@example.invalid/"_s, u"file:///etc/hostname"_s,
+                                u"https:///path"_s, QString()})
+            QVERIFY2(send(client, get(QUrl(url))) == refusal, qPrintable(url));
+        MisbehavingServer server(MisbehavingServer::writes(MisbehavingServer::answer("200 OK", "")));
+        options.insecureLoopback = NetworkHttpClient::InsecureLoopback::refused;
+        NetworkHttpClient strict(options);
+        QVERIFY(send(strict, get(server.url())) == refusal);
+        QCOMPARE(server.connectionCount(), 0);
+    }
+
+    void requestCarriesNothingOfItsOwn() {
+        MisbehavingServer server(MisbehavingServer::writes(
+            MisbehavingServer::answer("200 OK", "x", "Set-Cookie: a=b\r\nCache-Control: max-age=900\r\n")));
+        NetworkHttpClient client(loopbackOptions());
+        HttpRequest post = authorised(server.url(u"/v1/x?a=%2B%20"_s));
+        post.method = HttpMethod::post;
+        post.headers.emplace_back("Content-Type", "application/json");
+        post.body = "{}";
+        QVERIFY(send(client, post) == answered(200, "x"));
+        QVERIFY(send(client, get(server.url())) == answered(200, "x"));
+        QVERIFY(send(client, get(server.url())) == answered(200, "x"));
+
+        QCOMPARE(server.requests().size(), 3);
+        QCOMPARE(server.connectionCount(), 1);
+        const QByteArray first = server.requests().at(0).toLower();
+        QVERIFY(first.startsWith("post /v1/x?a=%2b%20 http/1.1\r\n"));
+        QVERIFY(first.endsWith("\r\n\r\n{}"));
+        for (const QByteArray line :
+             {"authorization: bearer secret", "content-type: application/json", "user-agent: tidemark/1.2.3"})
+            QCOMPARE(first.count("\r\n" + line + "\r\n"), 1);
+        const QByteArray last = server.requests().at(2).toLower();
+        for (const QByteArray name : {"cookie", "authorization", "if-", "cache", "upgrade", "referer"})
+            QVERIFY2(!last.contains("\r\n" + name), last.constData());
+    }
+
+    void tokenWithALineBreakIsNotSent() {
+        MisbehavingServer server(MisbehavingServer::writes(MisbehavingServer::answer("200 OK", "x", "")));
+        NetworkHttpClient client(loopbackOptions());
+        for (const QByteArray token : {"abc\n", "abc\r\nX-Evil: 1", "a\rb", "a\x7f"}) {
+            HttpRequest request = get(server.url());
+            request.headers = {{"authorization", "Bearer " + token}};
+            QVERIFY(send(client, request) == failed(TransportError::malformedHeader));
+        }
+        QCOMPARE(server.connectionCount(), 0);
+    }
+
+    /// HTTP/1.1 even when the server prefers its successor, and no way back to plain.
+    void tlsIsTakenSeriously() {
+        QTemporaryDir folder;
+        QSslConfiguration tls = selfSigned(folder);
+        tls.setAllowedNextProtocols({"h2", "http/1.1"});
+        MisbehavingServer plain(MisbehavingServer::writes(MisbehavingServer::answer("200 OK", "plain")));
+        const QByteArray location = "Location: " + plain.url().toEncoded() + "\r\n";
+        MisbehavingServer server(
+            [&location](QTcpSocket& socket, const QByteArray& request) {
+                socket.write(request.startsWith("GET /down")
+                                 ? MisbehavingServer::answer("302 Found", "", location)
+                                 : MisbehavingServer::answer("200 OK", "safe"));
+            },
+            tls);
+        auto options = loopbackOptions();
+        options.insecureLoopback = NetworkHttpClient::InsecureLoopback::refused;
+        NetworkHttpClient distrusting(options);
+        QVERIFY(send(distrusting, authorised(server.url())) == refusal);
+        QCOMPARE(server.requests().size(), 0);
+
+        const QSslConfiguration before = QSslConfiguration::defaultConfiguration();
+        const auto restore = qScopeGuard([&before] { QSslConfiguration::setDefaultConfiguration(before); });
+        QSslConfiguration trusting = before;
+        trusting.addCaCertificate(tls.localCertificate());
+        QSslConfiguration::setDefaultConfiguration(trusting);
+        NetworkHttpClient client(options);
+        QVERIFY(send(client, get(server.url())) == answered(200, "safe"));
+        QVERIFY(send(client, get(server.url(u"/down"_s))) == refusal);
+        QCOMPARE(plain.connectionCount(), 0);
+    }
+
+    /// The proxy sees the way to other machines, without the token, and nothing of what stays on this one.
+    void systemProxyIsUsed() {
+        MisbehavingServer proxy(MisbehavingServer::writesAndCloses(MisbehavingServer::answer(
+            "407 Who", "", "Proxy-Authenticate: Basic realm=\"x\"\r\nConnection: close\r\n")));
+        MisbehavingServer server(MisbehavingServer::writes(MisbehavingServer::answer("200 OK", "x")));
+        const auto restore = qScopeGuard([] {
+            qunsetenv("http_proxy");
+            qunsetenv("https_proxy");
+        });
+        qputenv("http_proxy", proxy.url().toEncoded());
+        qputenv("https_proxy", proxy.url().toEncoded());
+        NetworkHttpClient client(loopbackOptions());
+        QVERIFY(send(client, get(server.url())) == answered(200, "x"));
+        QCOMPARE(proxy.connectionCount(), 0);
+
+        const HttpRequest request = authorised(QUrl(u"https://example.invalid/v1"_s));
+        QCOMPARE(summary(send(client, request)), summary(failed(TransportError::proxyFailed)));
+        QVERIFY(proxy.requests().value(0).startsWith("CONNECT example.invalid:443 "));
+        for (const QByteArray& seen : proxy.requests())
+            QVERIFY(!seen.contains("secret"));
+    }
+
+    /// With the name and password of the proxy's address, from the first request on.
+    void proxyIsTheUsersOwn_data() {
+        QTest::addColumn<bool>("staysOpen");  // after it has asked who it is
+        QTest::newRow("on one connection") << true;
+        QTest::newRow("on another connection") << false;
+    }
+    void proxyIsTheUsersOwn() {
+        QFETCH(const bool, staysOpen);
+        const QByteArray wanted = "\r\nProxy-Authorization: Basic " + QByteArray("me:pass").toBase64();
+        MisbehavingServer proxy([&](QTcpSocket& socket, const QByteArray& request) {
+            const bool isKnown = request.contains(wanted);
+            socket.write(isKnown ? "HTTP/1.1 502 Far away\r\nContent-Length: 0\r\n\r\n"
+                                 : "HTTP/1.1 407 Who\r\nContent-Length: 0\r\nProxy-Authenticate: Basic "
+                                   "realm=\"x\"\r\n" +
+                                       QByteArray(staysOpen ? "\r\n" : "Connection: close\r\n\r\n"));
+            if (!staysOpen)
+                socket.disconnectFromHost();
+        });
+        const auto restore = qScopeGuard([] { qunsetenv("https_proxy"); });
+        QUrl url = proxy.url();
+        url.setUserName(u"me"_s);
+        url.setPassword(u"pass"_s);
+        qputenv("https_proxy", url.toEncoded());
+        NetworkHttpClient client(loopbackOptions());
+        const HttpRequest request = authorised(QUrl(u"https://example.invalid/v1"_s));
+        QVERIFY(!send(client, request));
+        QVERIFY(!proxy.requests().isEmpty());
+        QVERIFY(proxy.requests().constLast().contains(wanted));
+        for (const QByteArray& seen : proxy.requests())
+            QVERIFY(!seen.contains("secret"));
+    }
+};
+
+TIDEMARK_TEST(NetworkHttpClientTrustTest)
+#include "NetworkHttpClientTrustTest.moc"

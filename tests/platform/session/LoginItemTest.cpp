@@ -1,0 +1,104 @@
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+
+#include "platform/session/LoginItem.h"
+#include "tests/TestProgram.h"
+
+using namespace tidemark;
+using namespace Qt::StringLiterals;
+using Status = LoginItem::Status;
+
+class LoginItemTest final : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init() {
+        m_folder = std::make_unique<QTemporaryDir>();
+        m_entry = m_folder->filePath(u"config/autostart/com.tidemark.Tidemark.desktop"_s);
+    }
+
+    void registersAndUnregisters() {
+        auto login = item();
+        QCOMPARE(login.status(), Status::notRegistered);
+        QVERIFY(login.unregisterItem());
+        QVERIFY(login.registerItem());
+        QCOMPARE(login.status(), Status::enabled);
+        QVERIFY(login.unregisterItem());
+        QCOMPARE(login.status(), Status::notRegistered);
+        QVERIFY(!QFile::exists(m_entry));
+        // What is there and does not work is replaced.
+        write("[Desktop Entry]\nExec=/nowhere/tidemark\nHidden=true\n");
+        QVERIFY(login.registerItem());
+        QCOMPARE(login.status(), Status::enabled);
+    }
+
+    void programIsQuoted_data() {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QByteArray>("exec");
+        QTest::newRow("plain") << u"tidemark"_s << QByteArray("tidemark");
+        QTest::newRow("blank") << u"tide mark"_s << QByteArray("tide mark");
+        QTest::newRow("percent") << u"100%f"_s << QByteArray("100%%f");
+        QTest::newRow("shell") << u"a\"b`c$d"_s << QByteArray(R"(a\\"b\\`c\\$d)");
+        QTest::newRow("backslash") << u"a\\b"_s << QByteArray(R"(a\\\\b)");
+        QTest::newRow("other reserved") << u"~#'<>&|;()*?=ü"_s << QByteArray("~#'<>&|;()*?=ü");
+    }
+
+    void programIsQuoted() {
+        QFETCH(const QString, name);
+        QFETCH(const QByteArray, exec);
+        const QString program = m_folder->filePath(name);
+        QVERIFY(QFile::link(u"/bin/sh"_s, program));
+        auto login = item(program);
+        QVERIFY(login.registerItem());
+        QFile file(m_entry);
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        const QByteArray entry = file.readAll();
+        QVERIFY2(entry.contains("\nExec=\"" + m_folder->path().toUtf8() + '/' + exec + "\"\n"), entry);
+        QCOMPARE(login.status(), Status::enabled);
+        QVERIFY(QFile::remove(program));
+        QCOMPARE(login.status(), Status::notFound);
+    }
+
+    void entriesOfOthers() {
+        const auto status = [this](const QByteArray& lines) {
+            write("[Desktop Entry]\nType=Application\n" + lines);
+            return item().status();
+        };
+        QCOMPARE(status("Exec=sh -c true\n"), Status::enabled);
+        QCOMPARE(status("# Hidden=true\nHidden = false\n  Exec = /bin/sh\n"), Status::enabled);
+        QCOMPARE(status("Exec=/bin/sh\nHidden=true\n"), Status::requiresApproval);
+        QCOMPARE(status("Exec=/bin/sh\nX-GNOME-Autostart-enabled=false\n"), Status::requiresApproval);
+        QCOMPARE(status("Exec=/bin/sh\n[Desktop Action x]\nHidden=true\n"), Status::enabled);
+        QCOMPARE(status("Exec=/bin/sh\nTryExec=/nowhere/tidemark\n"), Status::notFound);
+        QCOMPARE(status("Exec=\n"), Status::notFound);
+        QCOMPARE(status("Exec=/etc/passwd\n"), Status::notFound);  // not executable
+        write("");
+        QCOMPARE(item().status(), Status::notFound);
+    }
+
+    void unwritableFolderIsReported() {
+        QFile obstacle(m_folder->filePath(u"config"_s));
+        QVERIFY(obstacle.open(QIODevice::WriteOnly));
+        auto login = item();
+        QVERIFY(!login.registerItem());
+        QCOMPARE(login.status(), Status::notRegistered);
+    }
+
+private:
+    [[nodiscard]] AutostartLoginItem item(const QString& program = u"/bin/sh"_s) const {
+        return {QFileInfo(m_entry).path(), u"com.tidemark.Tidemark"_s, u"Tidemark"_s, program};
+    }
+    void write(const QByteArray& entry) const {
+        QDir().mkpath(QFileInfo(m_entry).path());
+        QFile file(m_entry);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write(entry);
+    }
+
+    std::unique_ptr<QTemporaryDir> m_folder;
+    QString m_entry;
+};
+
+TIDEMARK_TEST(LoginItemTest)
+#include "LoginItemTest.moc"

@@ -1,0 +1,74 @@
+#include <QFile>
+#include <QTemporaryDir>
+
+#include "platform/session/DesktopWorkspace.h"
+#include "tests/TestProgram.h"
+
+namespace tidemark {
+namespace {
+
+using namespace Qt::StringLiterals;
+
+/// What is handed to the desktop's opener. Here that only notes it, its token in front, and then goes on
+/// running for as long as its own file is there: whoever waits for it waits for ever.
+class WorkspaceTest final : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase() {
+        write(u"xdg-open"_s,
+              "#!/bin/sh\nprintf '%s|%s\\n' \"$XDG_ACTIVATION_TOKEN\" \"$1\" >>\"$0.log\"\n"
+              "while [ -e \"$0\" ]; do sleep 0.05; done >/dev/null 2>&1\n");
+        qputenv("PATH", m_folder.path().toUtf8() + ':' + qgetenv("PATH"));
+    }
+
+    void opensWebPagesAndFiles() {
+        write(u"release notes #1.txt"_s, "x");
+        for (const char* refused : {"", "file:///etc/passwd", "javascript:alert(1)", "mailto:a@b.example",
+                                    "a.html", "https:///etc/passwd", "//a.example/", "ftp://a.example/"})
+            m_workspace.openURL(QUrl(QLatin1StringView(refused)));
+        for (const auto& refused : {path(u"missing.txt"_s), m_folder.path(), u"https://a.example/"_s, u""_s})
+            m_workspace.openFile(refused);
+
+        // The token is good for one activation.
+        qputenv("XDG_ACTIVATION_TOKEN", "token");
+        for (const auto& url : {u"https://vercel.com/a?b=c%20d&e=%22$HOME#f"_s, u"http://a.example"_s,
+                                u"https://a.example/é x"_s})
+            m_workspace.openURL(QUrl(url));
+        m_workspace.openFile(path(u"release notes #1.txt"_s));
+        QStringList expected{u"token|https://vercel.com/a?b=c%20d&e=%22$HOME#f"_s, u"|http://a.example"_s,
+                             u"|https://a.example/%C3%A9%20x"_s,
+                             u"|file://"_s + path(u"release%20notes%20%231.txt"_s)};
+        expected.sort();
+        QTRY_VERIFY(opened().size() >= expected.size());
+        QCOMPARE(opened(), expected);
+    }
+
+private:
+    [[nodiscard]] QString path(const QString& name) const { return m_folder.filePath(name); }
+
+    void write(const QString& name, const QByteArray& content) const {
+        QFile file(path(name));
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write(content);
+        file.setPermissions(file.permissions() | QFile::ExeOwner);
+    }
+
+    [[nodiscard]] QStringList opened() const {
+        QFile log(path(u"xdg-open.log"_s));
+        if (!log.open(QIODevice::ReadOnly))
+            return {};
+        QStringList lines = QString::fromUtf8(log.readAll()).split(u'\n', Qt::SkipEmptyParts);
+        lines.sort();
+        return lines;
+    }
+
+    QTemporaryDir m_folder;
+    DesktopWorkspace m_workspace;
+};
+
+}  // namespace
+}  // namespace tidemark
+
+TIDEMARK_GUI_TEST(tidemark::WorkspaceTest)
+#include "WorkspaceTest.moc"

@@ -1,0 +1,88 @@
+// A panel's side of a menu, with the library that panels use: reads the menu that the item with the bus name
+// argv[1] exports, and does what standard input says.
+//
+//   read           prints the menu, an entry a line: "--" for a separator, "* " before what can be chosen,
+//                  "[Control+q]" after one with a shortcut; then a line "end"
+//   show           tells the menu that it is about to be shown, and prints "shown" when it has answered
+//   click TITLE    chooses the entry that reads so
+
+#include <libdbusmenu-glib/client.h>
+#include <libdbusmenu-glib/menuitem.h>
+
+#include <iostream>
+#include <string>
+
+namespace {
+
+std::string line(const DbusmenuMenuitem* item) {
+    const char* type = dbusmenu_menuitem_property_get(item, DBUSMENU_MENUITEM_PROP_TYPE);
+    if (type && std::string(type) == DBUSMENU_CLIENT_TYPES_SEPARATOR)
+        return "--";
+    const char* label = dbusmenu_menuitem_property_get(item, DBUSMENU_MENUITEM_PROP_LABEL);
+    std::string text = label ? label : "?";
+    if (dbusmenu_menuitem_property_get_bool(item, DBUSMENU_MENUITEM_PROP_ENABLED))
+        text.insert(0, "* ");
+    if (GVariant* shortcut = dbusmenu_menuitem_property_get_variant(item, DBUSMENU_MENUITEM_PROP_SHORTCUT)) {
+        const char* modifier = nullptr;
+        const char* key = nullptr;
+        GVariant* keys = g_variant_get_child_value(shortcut, 0);
+        g_variant_get_child(keys, 0, "&s", &modifier);
+        g_variant_get_child(keys, 1, "&s", &key);
+        text += std::string(" [") + modifier + "+" + key + "]";
+        g_variant_unref(keys);
+    }
+    return text;
+}
+
+void read(DbusmenuClient* client) {
+    DbusmenuMenuitem* root = dbusmenu_client_get_root(client);
+    for (GList* i = root ? dbusmenu_menuitem_get_children(root) : nullptr; i; i = i->next)
+        std::cout << line(static_cast<DbusmenuMenuitem*>(i->data)) << '\n';
+    std::cout << "end" << '\n' << std::flush;
+}
+
+void show(DbusmenuClient* client) {
+    dbusmenu_menuitem_send_about_to_show(
+        dbusmenu_client_get_root(client),
+        [](DbusmenuMenuitem* /*root*/, void* /*data*/) { std::cout << "shown" << '\n'
+                                                                   << std::flush; },
+        nullptr);
+}
+
+void click(DbusmenuClient* client, const std::string& title) {
+    for (GList* i = dbusmenu_menuitem_get_children(dbusmenu_client_get_root(client)); i; i = i->next) {
+        auto* item = static_cast<DbusmenuMenuitem*>(i->data);
+        if (line(item).starts_with("* " + title)) {
+            dbusmenu_menuitem_handle_event(item, DBUSMENU_MENUITEM_EVENT_ACTIVATED, g_variant_new_int32(0),
+                                           0);
+        }
+    }
+}
+
+gboolean onInput(GIOChannel* input, GIOCondition /*condition*/, void* client) {
+    char* text = nullptr;
+    gsize end = 0;
+    if (g_io_channel_read_line(input, &text, nullptr, &end, nullptr) != G_IO_STATUS_NORMAL)
+        std::exit(0);
+    const std::string command(text, end);
+    g_free(text);
+    auto* menu = static_cast<DbusmenuClient*>(client);
+    if (command == "read")
+        read(menu);
+    else if (command == "show")
+        show(menu);
+    else if (command.starts_with("click "))
+        click(menu, command.substr(6));
+    return TRUE;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    if (argc != 2)
+        return 2;
+    DbusmenuClient* client = dbusmenu_client_new(argv[1], "/MenuBar");
+    GIOChannel* input = g_io_channel_unix_new(0);
+    g_io_add_watch(input, static_cast<GIOCondition>(G_IO_IN | G_IO_HUP), onInput, client);
+    g_main_loop_run(g_main_loop_new(nullptr, FALSE));
+}
