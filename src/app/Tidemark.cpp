@@ -9,7 +9,7 @@
 #include <cstdio>
 #include <utility>
 
-#include "app/TrayAdvisor.h"
+#include "app/items/TrayAdvisor.h"
 #include "platform/base/ActivationToken.h"
 #include "platform/base/TerminationSignals.h"
 #include "platform/keyring/SecretServiceKeychain.h"

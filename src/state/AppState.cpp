@@ -247,11 +247,19 @@ void AppState::setErrors(const ByProject<QString>& errors) {
 }
 
 void AppState::setError(const QString& projectId, const QString& error) {
+    m_redeployErrors.remove(projectId);
+    m_errors.insert(projectId, error);
+    Q_EMIT errorsChanged();
+}
+
+void AppState::setRedeployError(const QString& projectId, const QString& error) {
+    m_redeployErrors.insert(projectId);
     m_errors.insert(projectId, error);
     Q_EMIT errorsChanged();
 }
 
 void AppState::removeError(const QString& projectId) {
+    m_redeployErrors.remove(projectId);
     m_errors.remove(projectId);
     Q_EMIT errorsChanged();
 }

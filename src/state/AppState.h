@@ -114,7 +114,13 @@ public:
     [[nodiscard]] const ByProject<QString>& errors() const { return m_errors; }
     void setErrors(const ByProject<QString>& errors);
     void setError(const QString& projectId, const QString& error);
+    /// The same with the error of a failed redeploy, which is told where it was asked for and nowhere else.
+    void setRedeployError(const QString& projectId, const QString& error);
     void removeError(const QString& projectId);
+    /// Whether the last error came from a redeploy.
+    [[nodiscard]] bool hasRedeployError(const QString& projectId) const {
+        return m_redeployErrors.contains(projectId);
+    }
 
     /// The time of the last successful poll of each project.
     [[nodiscard]] const ByProject<Clock::TimePoint>& lastCheckedAt() const { return m_lastCheckedAt; }
@@ -191,6 +197,7 @@ private:
     ByProject<QString> m_productionDomains;
     ProjectIds m_domainsCheckedThisSession;
     ByProject<QString> m_errors;
+    ProjectIds m_redeployErrors;
     ByProject<Clock::TimePoint> m_lastCheckedAt;
     ProjectIds m_emptyProjectIds;
     bool m_isLoadingProjects = false;

@@ -211,7 +211,7 @@ private Q_SLOTS:
 
     void anyIntervalCanBeWaited() {
         QFETCH(const qint64, configured);
-        QTEST(static_cast<qint64>(AppDelegate::pollingInterval(configured).count()), "waited");
+        QTEST(static_cast<qint64>(DeploymentPoller::pollingInterval(configured).count()), "waited");
     }
 
     void thePlatformStatusIsAskedEveryFiveMinutes() {

@@ -55,7 +55,8 @@ public:
     StatusNotifierItem(QString applicationName, QString id, const QString& menuPath);
 
     void setImage(const StatusImage& image);
-    void setAttributedTitle(const AttributedTitle& title);
+    void setDot(const QColor& color);
+    void setLabel(const QString& label);
     void setToolTip(const QString& toolTip);
     void setAction(StatusItem::Action action) { m_action = std::move(action); }
     /// The item is its menu and nothing else. It then refuses to be activated, at which some panels open the

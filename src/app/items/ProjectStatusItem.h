@@ -39,10 +39,15 @@ public:
 
     /// Shows the deployment and forgets the error.
     void update(const Deployment& deployment);
-    /// Tells that the last check failed and why.
+    /// Shows that the last check failed, and why, beside the last known deployment.
     void setError(const QString& message);
+    /// Forgets the error of a project without deployments: it is loading again.
+    void clearError();
+    [[nodiscard]] const std::optional<Deployment>& latestDeployment() const { return m_latestDeployment; }
+    [[nodiscard]] const std::optional<QString>& lastError() const { return m_lastError; }
 
 private:
+    void showLoading();
     void show(const QColor& color, const QString& toolTip);
     void buildMenu();
     [[nodiscard]] Menu errorEntries() const;

@@ -1,4 +1,4 @@
-#include "app/StatusCircle.h"
+#include "app/items/StatusCircle.h"
 
 #include <QFontDatabase>
 #include <QFontMetricsF>

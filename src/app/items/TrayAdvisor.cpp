@@ -1,4 +1,4 @@
-#include "app/TrayAdvisor.h"
+#include "app/items/TrayAdvisor.h"
 
 #include <algorithm>
 #include <array>

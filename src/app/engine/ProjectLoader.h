@@ -1,0 +1,50 @@
+#pragma once
+
+#include <QCoroTask>
+#include <QList>
+#include <QObject>
+#include <stop_token>
+
+#include "app/engine/VercelClients.h"
+#include "platform/base/Clock.h"
+#include "platform/base/TaskScope.h"
+#include "state/AppState.h"
+
+namespace tidemark {
+
+/// Fetches the project lists of the configured accounts and hands them to the state. UI thread only.
+class ProjectLoader final : public QObject {
+    Q_OBJECT
+
+public:
+    /// All of them outlive the loader. Requests end when `quit` is stopped.
+    ProjectLoader(AppState& state, VercelClients clients, Clock& clock, std::stop_token quit);
+
+    /// Fetches the lists of all accounts, one after the other. An account that fails keeps the projects that
+    /// are known of it. An account that the network did not let through, as at a login, is asked again every
+    /// minute until it answers, or until the next load.
+    void loadProjects();
+
+Q_SIGNALS:
+    /// A load has ended: polling starts anew. Not emitted without an account to ask.
+    void loaded();
+    /// A list that was late has come.
+    void lateListLoaded();
+
+private:
+    [[nodiscard]] QCoro::Task<> load();
+    /// Fetches the lists of these accounts. Gives those that the network did not let through.
+    [[nodiscard]] QCoro::Task<QList<VercelAccount>> fetchProjects(QList<VercelAccount> accounts,
+                                                                  std::stop_token stop);
+    [[nodiscard]] QCoro::Task<> fetchLateProjects(QList<VercelAccount> missing, std::stop_token stop);
+
+    AppState& m_state;
+    VercelClients m_clients;
+    Clock& m_clock;
+    std::stop_token m_quit;
+    TaskHandle m_lateTask;
+    /// Last, so that its tasks end first.
+    TaskScope m_tasks;
+};
+
+}  // namespace tidemark
