@@ -19,7 +19,9 @@
 
 namespace tidemark {
 
-/// The one model that the engine writes and every view reads. UI thread only.
+/// The one model that the engine writes and every view reads. UI thread only. It has many operations because
+/// each field can be read, assigned as a whole, changed by entry where it is a map or set, and observed by
+/// itself.
 ///
 /// Every field has a change signal of its own, emitted right after the change. Assigning a whole value that
 /// equals the old one is silent; only `allProjects`, `deployments`, `recentDeployments`, `analyticsCards`,

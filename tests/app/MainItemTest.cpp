@@ -7,7 +7,7 @@
 
 using namespace tidemark;
 
-class MainStatusItemTest final : public QObject {
+class MainItemTest final : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
@@ -115,5 +115,5 @@ private Q_SLOTS:
     }
 };
 
-TIDEMARK_GUI_TEST(MainStatusItemTest)
-#include "MainStatusItemTest.moc"
+TIDEMARK_GUI_TEST(MainItemTest)
+#include "MainItemTest.moc"

@@ -16,7 +16,7 @@ QStringList withoutDomains(QStringList timeline) {
 
 }  // namespace
 
-class PollingTest final : public QObject {
+class DeploymentPollerTest final : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
@@ -248,5 +248,5 @@ private:
     std::unique_ptr<Rig> m_rig;
 };
 
-TIDEMARK_GUI_TEST(PollingTest)
-#include "PollingTest.moc"
+TIDEMARK_GUI_TEST(DeploymentPollerTest)
+#include "DeploymentPollerTest.moc"
