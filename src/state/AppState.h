@@ -28,8 +28,8 @@ namespace tidemark {
 /// `config` and `redeployHandler` tell of every assignment. Changing one entry of a map or set always tells.
 ///
 /// `trackedIds`, `individualIds`, `productionDomains` and `productionOnly` go to the user defaults each time
-/// they are assigned or changed, also when the value is the same. What is pinned is always tracked. Ids
-/// without a known project may stand in every set and map and mean nothing.
+/// they are assigned or changed, also when the value is the same. Pinned projects are always tracked. Sets
+/// and maps may contain ids of unknown projects; they are ignored.
 class AppState final : public QObject {
     Q_OBJECT
 
@@ -44,7 +44,7 @@ public:
 
     // Derived values, computed at every call.
 
-    /// The tracked ones of `allProjects`, sorted by name as those are.
+    /// The tracked projects of `allProjects`, in that order: sorted by name.
     [[nodiscard]] QList<VercelProject> trackedProjects() const;
     /// One state for all tracked projects: `error` if any newest deployment failed, else `canceled`, else
     /// `building` for any in progress, else `ready` if all are, else `unknown`.
@@ -116,7 +116,7 @@ public:
     [[nodiscard]] const ByProject<QString>& errors() const { return m_errors; }
     void setErrors(const ByProject<QString>& errors);
     void setError(const QString& projectId, const QString& error);
-    /// The same with the error of a failed redeploy, which is told where it was asked for and nowhere else.
+    /// The same with the error of a failed redeploy. The popover shows it; the pinned item does not.
     void setRedeployError(const QString& projectId, const QString& error);
     void removeError(const QString& projectId);
     /// Whether the last error came from a redeploy.
@@ -138,7 +138,7 @@ public:
     [[nodiscard]] bool isLoadingProjects() const { return m_isLoadingProjects; }
     void setIsLoadingProjects(bool isLoading);
 
-    /// The current configuration, tokens included; absent until a usable one was loaded or any was saved.
+    /// The current configuration, tokens included; absent until a usable one was loaded, or one was saved.
     [[nodiscard]] const std::optional<AppConfiguration>& config() const { return m_config; }
     void setConfig(std::optional<AppConfiguration> config);
 

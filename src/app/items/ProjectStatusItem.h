@@ -20,14 +20,14 @@ namespace tidemark {
 /// deployment it was given, and the error if that came later. UI thread only.
 class ProjectStatusItem {
 public:
-    /// What it works with; all of it outlives the item.
+    /// All of it outlives the item.
     struct Services {
         StatusBar& statusBar;
         NotificationManager& notifications;
         Workspace& workspace;
         const Clock& clock;
     };
-    /// What its menu can do. "Check for Updates…" is there only if `onCheckForUpdates` is.
+    /// The actions of its menu. Without `onCheckForUpdates` there is no entry "Check for Updates…".
     struct Actions {
         std::function<void()> onRefresh;
         std::function<void()> onPreferences;
