@@ -12,7 +12,7 @@ AppDelegate::AppDelegate(Services services)
       m_configuration(m_appState, {.keychain = m_services.keychain,
                                    .keychainWorker = m_services.keychainWorker,
                                    .configPath = m_services.configPath}),
-      m_projectLoader(m_appState, m_clients, m_services.clock, m_quit.get_token()),
+      m_projectLoader(m_appState, m_clients, m_services.clock),
       m_poller(m_appState, m_clients, m_services.clock, m_services.notifications, m_quit.get_token()),
       m_statusPoller(m_appState, m_services.http, m_services.endpoints.vercelStatus, m_services.clock,
                      m_quit.get_token()),

@@ -157,6 +157,19 @@ void AppState::integrateProjects(const QList<VercelProject>& projects, const QSt
     setAllProjects(merged);
     setTrackedIds(tracked);
     m_defaults.setValue(seenProjectIdsKey, toList(seen.unite(incoming)));
+    persistProjects();
+}
+
+void AppState::keepProjectsOf(const QSet<QString>& accountIds) {
+    QList<VercelProject> kept = m_allProjects;
+    kept.removeIf([&](const VercelProject& project) { return !accountIds.contains(project.accountId); });
+    if (kept.size() == m_allProjects.size())
+        return;
+    setAllProjects(kept);
+    persistProjects();
+}
+
+void AppState::persistProjects() {
     m_defaults.setValue(cachedProjectsKey, encodeProjects(m_allProjects));
 }
 

@@ -64,6 +64,9 @@ public:
     void setIndividual(const QString& projectId, bool individual);
     /// Takes over one account's complete project list and tracks the projects that were never seen before.
     void integrateProjects(const QList<VercelProject>& projects, const QString& accountId);
+    /// Forgets the projects of all other accounts, in the list and in its cache. Whether they are tracked and
+    /// pinned is remembered. Silent if there are none.
+    void keepProjectsOf(const QSet<QString>& accountIds);
 
     // Fields.
 
@@ -180,6 +183,7 @@ private:
     template <typename Matches>
     [[nodiscard]] int countTracked(Matches matches) const;
 
+    void persistProjects();
     void persistTrackedIds();
     void persistIndividualIds();
     void persistProductionDomains();

@@ -49,36 +49,6 @@ private Q_SLOTS:
         QCOMPARE(m_rig->state().allProjects(), (QList<VercelProject>{{u"q1"_s, u"q1"_s, u"B"_s}}));
     }
 
-    void aFailedProjectListKeepsWhatIsKnown() {
-        const AppConfiguration configuration{.accounts = {Rig::account(u"A"_s), Rig::account(u"B"_s)}};
-        m_rig->store(configuration);
-        m_rig->listProjects(u"A"_s, {u"p1"_s});
-        m_rig->listProjects(u"B"_s, {u"q1"_s});
-        m_rig->launch();
-        m_rig->quit();
-        // The next run: A's list fails, B has a new project, one is gone.
-        m_rig->http.answer(HttpMethod::get, u"/v9/projects?limit=100&teamId=team-A"_s, httpAnswer(500));
-        m_rig->listProjects(u"B"_s, {u"q2"_s});
-        m_rig->launch();
-        QStringList names;
-        for (const auto& project : m_rig->state().allProjects())
-            names << project.name;
-        QCOMPARE(names, (QStringList{u"p1"_s, u"q2"_s}));
-        QVERIFY(!m_rig->state().isLoadingProjects());
-        QVERIFY(m_rig->state().deployments().contains(u"p1"_s));
-    }
-
-    void cachedProjectsAreThereBeforeTheFirstAnswer() {
-        m_rig->store({.accounts = {Rig::account(u"A"_s)}});
-        m_rig->listProjects(u"A"_s, {u"p1"_s});
-        m_rig->launch();
-        m_rig->quit();
-        m_rig->http.hold(HttpMethod::get, u"/v9/projects?limit=100&teamId=team-A"_s);
-        m_rig->launch();
-        QCOMPARE(m_rig->state().trackedProjects().size(), 1);
-        QVERIFY(m_rig->state().isLoadingProjects());
-    }
-
     void theLoginItemFollowsTheConfiguration() {
         m_rig->loginItem.refuses = true;
         m_rig->launch();

@@ -1,5 +1,6 @@
 #include "app/engine/ProjectLoader.h"
 
+#include <QSet>
 #include <algorithm>
 #include <array>
 #include <utility>
@@ -23,31 +24,34 @@ bool isHeldBack(const VercelError& error) {
 
 }  // namespace
 
-ProjectLoader::ProjectLoader(AppState& state, VercelClients clients, Clock& clock, std::stop_token quit)
-    : m_state(state), m_clients(std::move(clients)), m_clock(clock), m_quit(std::move(quit)) {}
+ProjectLoader::ProjectLoader(AppState& state, VercelClients clients, Clock& clock)
+    : m_state(state), m_clients(std::move(clients)), m_clock(clock) {}
 
 void ProjectLoader::loadProjects() {
-    m_tasks.start([this](std::stop_token) { return load(); });
+    m_loadTask.requestStop();
+    m_state.setIsLoadingProjects(false);
+    const auto& config = m_state.config();
+    if (!config || config->accounts.isEmpty())
+        return;
+    QSet<QString> accountIds;
+    for (const auto& account : config->accounts)
+        accountIds.insert(account.id);
+    m_state.keepProjectsOf(accountIds);
+    m_loadTask = m_tasks.start([this, configuration = *config](std::stop_token stop) {
+        return load(configuration, std::move(stop));
+    });
 }
 
-QCoro::Task<> ProjectLoader::load() {
-    const auto config = m_state.config();
-    m_lateTask.requestStop();
-    if (!config || config->accounts.isEmpty())
-        co_return;
+QCoro::Task<> ProjectLoader::load(AppConfiguration configuration, std::stop_token stop) {
     m_state.setIsLoadingProjects(true);
-    QCoro::Task<QList<VercelAccount>> fetching = fetchProjects(config->accounts, m_quit);
+    QCoro::Task<QList<VercelAccount>> fetching = fetchProjects(configuration.accounts, stop);
     const QList<VercelAccount> missing = co_await fetching;
-    if (m_quit.stop_requested())
+    if (stop.stop_requested())
         co_return;
     m_state.setIsLoadingProjects(false);
     Q_EMIT loaded();
-    // They may have been replaced meanwhile.
-    if (!missing.isEmpty() && m_state.config()->accounts == config->accounts) {
-        m_lateTask.requestStop();
-        m_lateTask = m_tasks.start(
-            [this, missing](std::stop_token stop) { return fetchLateProjects(missing, std::move(stop)); });
-    }
+    QCoro::Task<> waiting = fetchLateProjects(missing, stop);
+    co_await waiting;
 }
 
 QCoro::Task<QList<VercelAccount>> ProjectLoader::fetchProjects(QList<VercelAccount> accounts,
@@ -57,8 +61,8 @@ QCoro::Task<QList<VercelAccount>> ProjectLoader::fetchProjects(QList<VercelAccou
         if (account.apiToken.isEmpty())
             continue;
         const VercelAPIClient client = m_clients.forAccount(account);
-        auto projects = co_await client.fetchAllProjects(m_quit);
-        if (m_quit.stop_requested() || stop.stop_requested())
+        auto projects = co_await client.fetchAllProjects(stop);
+        if (stop.stop_requested())
             break;
         if (!projects) {
             if (isHeldBack(projects.error()))
@@ -79,7 +83,7 @@ QCoro::Task<> ProjectLoader::fetchLateProjects(QList<VercelAccount> missing, std
             co_return;
         QCoro::Task<QList<VercelAccount>> fetching = fetchProjects(missing, stop);
         const QList<VercelAccount> stillMissing = co_await fetching;
-        if (m_quit.stop_requested() || stop.stop_requested())
+        if (stop.stop_requested())
             co_return;
         if (stillMissing.size() < missing.size())
             Q_EMIT lateListLoaded();

@@ -17,12 +17,13 @@ class ProjectLoader final : public QObject {
     Q_OBJECT
 
 public:
-    /// All of them outlive the loader. Requests end when `quit` is stopped.
-    ProjectLoader(AppState& state, VercelClients clients, Clock& clock, std::stop_token quit);
+    /// All of them outlive the loader.
+    ProjectLoader(AppState& state, VercelClients clients, Clock& clock);
 
-    /// Fetches the lists of all accounts, one after the other. An account that fails keeps the projects that
-    /// are known of it. An account that the network did not let through, as at a login, is asked again every
-    /// minute until it answers, or until the next load.
+    /// Fetches the lists of all accounts, one after the other. An account that fails keeps its known
+    /// projects. An account that the network did not let through, as at a login, is asked again every minute
+    /// until it answers. Projects of accounts that are not configured any more leave the state. A new load
+    /// stops the one under way, whose accounts may be outdated.
     void loadProjects();
 
 Q_SIGNALS:
@@ -32,7 +33,7 @@ Q_SIGNALS:
     void lateListLoaded();
 
 private:
-    [[nodiscard]] QCoro::Task<> load();
+    [[nodiscard]] QCoro::Task<> load(AppConfiguration configuration, std::stop_token stop);
     /// Fetches the lists of these accounts. Gives those that the network did not let through.
     [[nodiscard]] QCoro::Task<QList<VercelAccount>> fetchProjects(QList<VercelAccount> accounts,
                                                                   std::stop_token stop);
@@ -41,8 +42,8 @@ private:
     AppState& m_state;
     VercelClients m_clients;
     Clock& m_clock;
-    std::stop_token m_quit;
-    TaskHandle m_lateTask;
+    /// The load under way, and afterwards the wait for late lists.
+    TaskHandle m_loadTask;
     /// Last, so that its tasks end first.
     TaskScope m_tasks;
 };

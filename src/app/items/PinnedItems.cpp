@@ -32,13 +32,20 @@ void show(ProjectStatusItem& item, const AppState& state, const QString& project
 PinnedItems::PinnedItems(const AppState& state, ProjectStatusItem::Services services, Actions actions)
     : m_state(state), m_services(services), m_actions(std::move(actions)) {
     connect(&m_state, &AppState::individualIdsChanged, this, [this] { m_sync.schedule(); });
+    connect(&m_state, &AppState::allProjectsChanged, this, [this] { m_removal.schedule(); });
     for (const auto changed : {&AppState::deploymentsChanged, &AppState::errorsChanged})
         connect(&m_state, changed, this, [this] { m_update.schedule(); });
 }
 
+void PinnedItems::removeItems() {
+    std::erase_if(m_items, [this](const auto& item) {
+        return !m_state.individualIds().contains(item.first) || !m_state.project(item.first);
+    });
+}
+
 void PinnedItems::syncIndividualItems() {
+    removeItems();
     const auto& wanted = m_state.individualIds();
-    std::erase_if(m_items, [&wanted](const auto& item) { return !wanted.contains(item.first); });
     // In order of their names. A pinned project that is not known yet waits for the next project list.
     for (const auto& project : m_state.allProjects())
         if (wanted.contains(project.id) && !m_items.contains(project.id))

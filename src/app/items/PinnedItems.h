@@ -29,11 +29,14 @@ public:
     /// All of them outlive the items.
     PinnedItems(const AppState& state, ProjectStatusItem::Services services, Actions actions);
 
-    /// Makes and removes items so that there is one for each pinned project that is known.
+    /// Makes and removes items so that there is one for each pinned project that is known. A project that is
+    /// not known any more loses its item at once; new items wait for this call, so that they come in the
+    /// order of their names.
     void syncIndividualItems();
 
 private:
     [[nodiscard]] std::unique_ptr<ProjectStatusItem> makeItem(const VercelProject& project) const;
+    void removeItems();
     /// Hands each item the newest deployment and the last error, where it shows others.
     void updateItems();
 
@@ -42,6 +45,7 @@ private:
     Actions m_actions;
     std::map<QString, std::unique_ptr<ProjectStatusItem>> m_items;
     DeferredCall m_sync{[this] { syncIndividualItems(); }};
+    DeferredCall m_removal{[this] { removeItems(); }};
     DeferredCall m_update{[this] { updateItems(); }};
 };
 
