@@ -12,7 +12,7 @@ AppDelegate::AppDelegate(Services services)
       m_configuration(m_appState, {.keychain = m_services.keychain,
                                    .keychainWorker = m_services.keychainWorker,
                                    .configPath = m_services.configPath}),
-      m_projectLoader(m_appState, m_clients, m_services.clock),
+      m_projectLoader(m_appState, m_clients, m_services.clock, m_quit.get_token()),
       m_poller(m_appState, m_clients, m_services.clock, m_services.notifications, m_quit.get_token()),
       m_statusPoller(m_appState, m_services.http, m_services.endpoints.vercelStatus, m_services.clock,
                      m_quit.get_token()),
@@ -61,6 +61,7 @@ void AppDelegate::connectParts() {
     connect(&m_configuration, &ConfigurationService::applied, this, &AppDelegate::apply);
     // Not every keyring reports everything.
     connect(m_windows.get(), &Windows::popoverAboutToShow, &m_configuration, &ConfigurationService::loadLate);
+    connect(&m_appState, &AppState::productionOnlyChanged, this, [this] { m_poller.filterChanged(); });
     connect(&m_projectLoader, &ProjectLoader::loaded, this, [this] {
         m_pinnedItems->syncIndividualItems();
         m_poller.startPolling();

@@ -28,6 +28,10 @@ public:
     /// same state again changes nothing.
     void checkAndNotify(const QString& projectId, const QString& projectName, const Deployment& deployment);
 
+    /// Forgets all states, so that the next deployment of each project is a first sighting: the production
+    /// filter has changed, and answers under different filters are not changes of state.
+    void forgetStates() { m_previousStates.clear(); }
+
     /// Tells the user something about the program itself, without a chime. A click on it runs the handler
     /// that was set last. When nothing can show it, `onDropped` is called, from the event loop.
     void announce(const QString& title, const QString& body, std::function<void()> onDropped);

@@ -26,12 +26,19 @@ DeploymentPoller::DeploymentPoller(AppState& state, VercelClients clients, Clock
       m_quit(std::move(quit)) {}
 
 void DeploymentPoller::startPolling() {
+    m_isRunning = true;
     m_pollingTask.requestStop();
     m_pollingTask = m_tasks.start([this](std::stop_token stop) { return runPollingLoop(stop); });
 }
 
 void DeploymentPoller::startPollingIfIdle() {
     if (m_isIdle)
+        startPolling();
+}
+
+void DeploymentPoller::filterChanged() {
+    m_notifications.forgetStates();
+    if (m_isRunning)
         startPolling();
 }
 
@@ -93,7 +100,7 @@ QCoro::Task<PollOutcome> DeploymentPoller::fetchAndUpdate(QString projectId, Ver
                                                           bool productionOnly) {
     auto deployments =
         co_await client.fetchRecentDeployments(projectId, deploymentLimit, productionOnly, m_quit);
-    if (m_quit.stop_requested())
+    if (m_quit.stop_requested() || productionOnly != m_state.productionOnly())
         co_return PollOutcome::finished;
     if (!deployments) {
         const bool isLimited = isRateLimited(deployments.error());

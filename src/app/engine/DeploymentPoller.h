@@ -45,9 +45,14 @@ public:
     /// finds new projects in its next plan, and goes on resting if it has to.
     void startPollingIfIdle();
 
+    /// The production filter has changed: nothing that was known counts as a change any more, and the loop
+    /// starts anew at once if it is running.
+    void filterChanged();
+
     /// Polls one project once, if its account has a token, outside of the loop.
     void refresh(const QString& projectId);
-    /// Polls one project once and writes the result into the state.
+    /// Polls one project once and writes the result into the state. The answer is dropped if the production
+    /// filter changed meanwhile.
     [[nodiscard]] QCoro::Task<PollOutcome> fetchAndUpdate(QString projectId, VercelAPIClient client,
                                                           bool productionOnly);
 
@@ -67,6 +72,7 @@ private:
     Clock& m_clock;
     NotificationManager& m_notifications;
     std::stop_token m_quit;
+    bool m_isRunning = false;
     bool m_isIdle = true;
     TaskHandle m_pollingTask;
     /// Last, so that its tasks end first.

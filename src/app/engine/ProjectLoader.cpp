@@ -24,8 +24,8 @@ bool isHeldBack(const VercelError& error) {
 
 }  // namespace
 
-ProjectLoader::ProjectLoader(AppState& state, VercelClients clients, Clock& clock)
-    : m_state(state), m_clients(std::move(clients)), m_clock(clock) {}
+ProjectLoader::ProjectLoader(AppState& state, VercelClients clients, Clock& clock, std::stop_token quit)
+    : m_state(state), m_clients(std::move(clients)), m_clock(clock), m_quit(std::move(quit)) {}
 
 void ProjectLoader::loadProjects() {
     m_loadTask.requestStop();
@@ -46,7 +46,7 @@ QCoro::Task<> ProjectLoader::load(AppConfiguration configuration, std::stop_toke
     m_state.setIsLoadingProjects(true);
     QCoro::Task<QList<VercelAccount>> fetching = fetchProjects(configuration.accounts, stop);
     const QList<VercelAccount> missing = co_await fetching;
-    if (stop.stop_requested())
+    if (stop.stop_requested() || m_quit.stop_requested())
         co_return;
     m_state.setIsLoadingProjects(false);
     Q_EMIT loaded();
@@ -62,7 +62,7 @@ QCoro::Task<QList<VercelAccount>> ProjectLoader::fetchProjects(QList<VercelAccou
             continue;
         const VercelAPIClient client = m_clients.forAccount(account);
         auto projects = co_await client.fetchAllProjects(stop);
-        if (stop.stop_requested())
+        if (stop.stop_requested() || m_quit.stop_requested())
             break;
         if (!projects) {
             if (isHeldBack(projects.error()))
@@ -79,11 +79,11 @@ QCoro::Task<QList<VercelAccount>> ProjectLoader::fetchProjects(QList<VercelAccou
 QCoro::Task<> ProjectLoader::fetchLateProjects(QList<VercelAccount> missing, std::stop_token stop) {
     while (!missing.isEmpty()) {
         co_await m_clock.sleep(lateProjectsInterval, stop);
-        if (stop.stop_requested())
+        if (stop.stop_requested() || m_quit.stop_requested())
             co_return;
         QCoro::Task<QList<VercelAccount>> fetching = fetchProjects(missing, stop);
         const QList<VercelAccount> stillMissing = co_await fetching;
-        if (stop.stop_requested())
+        if (stop.stop_requested() || m_quit.stop_requested())
             co_return;
         if (stillMissing.size() < missing.size())
             Q_EMIT lateListLoaded();

@@ -17,8 +17,8 @@ class ProjectLoader final : public QObject {
     Q_OBJECT
 
 public:
-    /// All of them outlive the loader.
-    ProjectLoader(AppState& state, VercelClients clients, Clock& clock);
+    /// All of them outlive the loader. Nothing is loaded or emitted any more once `quit` is stopped.
+    ProjectLoader(AppState& state, VercelClients clients, Clock& clock, std::stop_token quit);
 
     /// Fetches the lists of all accounts, one after the other. An account that fails keeps its known
     /// projects. An account that the network did not let through, as at a login, is asked again every minute
@@ -42,6 +42,7 @@ private:
     AppState& m_state;
     VercelClients m_clients;
     Clock& m_clock;
+    std::stop_token m_quit;
     /// The load under way, and afterwards the wait for late lists.
     TaskHandle m_loadTask;
     /// Last, so that its tasks end first.
