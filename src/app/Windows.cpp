@@ -37,13 +37,10 @@ PopoverModel::Actions Windows::popoverActions() {
             .onOpenAnalyticsDashboard =
                 [this] { m_services.workspace.openURL(m_services.endpoints.cloudflareDashboard); },
             .loadAnalytics =
-                [this](PopoverModel::AnalyticsReload reload, std::stop_token stop) {
+                [this](AnalyticsReload reload, std::stop_token stop) {
                     const AnalyticsLoader loader(m_state, m_services.http, m_services.clock,
                                                  m_services.endpoints.cloudflareApi);
-                    return loader.load(reload == PopoverModel::AnalyticsReload::always
-                                           ? AnalyticsLoader::Reload::always
-                                           : AnalyticsLoader::Reload::ifStale,
-                                       stop);
+                    return loader.load(reload, stop);
                 }};
 }
 

@@ -19,6 +19,9 @@
 
 namespace tidemark {
 
+/// Whether a load of the analytics is needed: only if they are not fresh, or always.
+enum class AnalyticsReload : quint8 { ifStale, always };
+
 /// The one model that the engine writes and every view reads. UI thread only. It has many operations because
 /// each field can be read, assigned as a whole, changed by entry where it is a map or set, and observed by
 /// itself.
