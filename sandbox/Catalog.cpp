@@ -1,7 +1,6 @@
 #include "sandbox/Catalog.h"
 
-#include <algorithm>
-#include <array>
+#include <QRegularExpression>
 
 using namespace Qt::StringLiterals;
 
@@ -9,118 +8,81 @@ namespace tidemark::sandbox::catalog {
 
 namespace {
 
-constexpr std::array accountNames = {u"Personal", u"Paper Heron", u"Northlight Labs", u"Tin Kettle",
-                                     u"Slow Harbour"};
-constexpr std::array accountSlugs = {u"juno", u"paper-heron", u"northlight", u"tin-kettle", u"slow-harbour"};
+const QStringList accountNames{u"Personal"_s, u"Paper Heron"_s, u"Northlight Labs"_s, u"Tin Kettle"_s,
+                               u"Slow Harbour"_s};
 
 // The order decides which account, state and zone each gets in a small world: see Seeding.cpp.
-constexpr std::array companyProjects = {u"storefront",     u"docs",          u"checkout-api",   u"journal",
-                                        u"booking-widget", u"admin-console", u"marketing-site", u"recipes",
-                                        u"image-proxy",    u"status-board",  u"newsletter",     u"trail_log"};
+const QStringList companyProjects =
+    u"storefront docs checkout-api journal booking-widget admin-console marketing-site recipes image-proxy "
+    u"status-board newsletter trail_log"_s.split(u' ');
+const QStringList products =
+    u"atlas beacon cedar drift ember fable grove harbour inkwell juniper kestrel lantern meadow nimbus "
+    u"orchard "
+    u"pebble quarry rowan saffron thicket umber velvet willow yarrow zephyr basalt copper dune fern glacier"_s
+        .split(u' ');
+const QStringList kinds =
+    u"web api docs admin landing dashboard mobile-web portal gateway preview search payments accounts blog "
+    u"widgets "
+    u"studio jobs auth assets playground"_s.split(u' ');
+const QStringList branches =
+    u"feat/guest-checkout feat/dark-mode fix/flaky-webhook chore/upgrade-deps fix/cart-rounding "
+    u"docs/quick-start "
+    u"renovate/typescript-5.x release/2024.3 feat/i18n-ja hotfix/tax-rates "
+    u"feat/very-long-branch-name-that-nobody-dares-to-rename-any-more"_s.split(u' ');
 
-constexpr std::array products = {u"atlas",   u"beacon",  u"cedar",   u"drift",   u"ember",   u"fable",
-                                 u"grove",   u"harbour", u"inkwell", u"juniper", u"kestrel", u"lantern",
-                                 u"meadow",  u"nimbus",  u"orchard", u"pebble",  u"quarry",  u"rowan",
-                                 u"saffron", u"thicket", u"umber",   u"velvet",  u"willow",  u"yarrow",
-                                 u"zephyr",  u"basalt",  u"copper",  u"dune",    u"fern",    u"glacier"};
-constexpr std::array kinds = {u"web",       u"api",        u"docs",     u"admin",   u"landing",
-                              u"dashboard", u"mobile-web", u"portal",   u"gateway", u"preview",
-                              u"search",    u"payments",   u"accounts", u"blog",    u"widgets",
-                              u"studio",    u"jobs",       u"auth",     u"assets",  u"playground"};
-
-constexpr std::array frameworks = {u"nextjs", u"astro", u"sveltekit", u"vite", u"nuxtjs", u"remix", u"hugo"};
-
-constexpr std::array branches = {u"feat/guest-checkout",
-                                 u"feat/dark-mode",
-                                 u"fix/flaky-webhook",
-                                 u"chore/upgrade-deps",
-                                 u"fix/cart-rounding",
-                                 u"feat/search-filters",
-                                 u"docs/quick-start",
-                                 u"refactor/session-store",
-                                 u"renovate/typescript-5.x",
-                                 u"feat/saved-views",
-                                 u"fix/safari-layout",
-                                 u"spike/edge-cache",
-                                 u"release/2024.3",
-                                 u"feat/i18n-ja",
-                                 u"hotfix/tax-rates",
-                                 u"feat/very-long-branch-name-that-nobody-"
-                                 u"dares-to-rename-any-more"};
-
-constexpr std::array messages = {
-    u"Keep the cart when the session is renewed",
-    u"Fix rounding of tax in the order summary",
-    u"Bump typescript from 5.4.2 to 5.4.5",
-    u"Show the delivery estimate before the address step",
-    u"Ship the spring collection 🌱\n\nThe photos of the last three items are still placeholders;\nthey "
-    u"follow on Monday.",
-    u"Cache product images at the edge for a day",
-    u"Retry the webhook when the queue is busy",
-    u"Make the date picker usable with a keyboard",
-    u"Drop the old banner",
-    u"日本語の翻訳を追加",
-    u"Load the map only when it scrolls into view",
-    u"Translate the booking flow into German",
-    u"Do not log out on a 403 from the avatar service",
-    u"Merge pull request #482 from feat/saved-views",
-    u"Größen in Zoll & cm – für alle Länder",
-    u"Explain rate limits in the quick start",
-    u"Move feature flags to the build",
-    u"fix: trailing slash on preview links",
-    u"feat(search): rank exact matches first",
-    u"Fix <title> when the name holds \"quotes\" & tags\n\nCloses #77",
-    u"chore: regenerate the lock file",
-    u"Speed up the first paint of the catalogue",
-    u"Revert \"Load fonts from our own host\"",
-    u"Add a print style sheet for invoices",
-    u"✨ Saved views, part 2 of 3\n\n* store them per user\n* share by link\n\nCo-authored-by: Ida",
-    u"Hide sold-out sizes behind a switch",
-    u"Correct the contrast of disabled buttons",
-    u"wip",
-    u"Wait for consent before loading analytics",
+const QStringList messages{
+    u"Keep the cart when the session is renewed"_s,
+    u"Fix rounding of tax in the order summary"_s,
+    u"Bump typescript from 5.4.2 to 5.4.5"_s,
+    u"Ship the spring collection 🌱\n\nThe photos of the last three items follow on Monday."_s,
+    u"Cache product images at the edge for a day"_s,
+    u"Make the date picker usable with a keyboard"_s,
+    u"Drop the old banner"_s,
+    u"日本語の翻訳を追加"_s,
+    u"Do not log out on a 403 from the avatar service"_s,
+    u"Merge pull request #482 from feat/saved-views"_s,
+    u"Größen in Zoll & cm – für alle Länder"_s,
+    u"feat(search): rank exact matches first"_s,
+    u"Fix <title> when the name holds \"quotes\" & tags\n\nCloses #77"_s,
+    u"chore: regenerate the lock file"_s,
+    u"✨ Saved views, part 2 of 3\n\n* store them per user\n* share by link\n\nCo-authored-by: Ida"_s,
+    u"wip"_s,
     u"Rewrite the import so that a single broken row no longer throws away the whole file, report every bad "
     u"row "
-    u"with its line and column, and keep the order of the ones that were fine"};
+    u"with its line and column, and keep the order of the ones that were fine"_s};
 
-template <std::size_t size>
-QString pick(Random& random, const std::array<const char16_t*, size>& choices) {
-    return QString::fromUtf16(choices[static_cast<std::size_t>(random.below(static_cast<int>(size)))]);
-}
+constexpr auto hexDigits = "0123456789abcdef"_L1;
 
-template <std::size_t size>
-QString at(const std::array<const char16_t*, size>& choices, quint64 index) {
-    return QString::fromUtf16(choices[index % size]);
+QString at(const QStringList& choices, quint64 index) {
+    return choices.at(static_cast<qsizetype>(index % static_cast<quint64>(choices.size())));
 }
 
 }  // namespace
 
 AccountName accountName(quint64 index) {
-    const quint64 round = index / accountNames.size();
-    if (round == 0)
-        return {at(accountNames, index), at(accountSlugs, index)};
-    return {u"%1 %2"_s.arg(at(accountNames, index)).arg(round + 1),
-            u"%1-%2"_s.arg(at(accountSlugs, index)).arg(round + 1)};
+    const quint64 round = index / static_cast<quint64>(accountNames.size());
+    QString name = at(accountNames, index);
+    if (round > 0)
+        name += u" %1"_s.arg(round + 1);
+    return {name, index == 0 ? u"juno"_s : hostLabel(name)};
 }
 
 QString projectName(quint64 index) {
-    if (index < companyProjects.size())
+    const auto dozen = static_cast<quint64>(companyProjects.size());
+    if (index < dozen)
         return at(companyProjects, index);
-    const quint64 rest = index - companyProjects.size();
-    const QString name = at(products, rest) + u'-' + at(kinds, rest / products.size() + rest);
-    const quint64 round = rest / (products.size() * kinds.size());
+    const quint64 rest = index - dozen;
+    const auto count = static_cast<quint64>(products.size());
+    const QString name = at(products, rest) + u'-' + at(kinds, rest / count + rest);
+    const quint64 round = rest / (count * static_cast<quint64>(kinds.size()));
     return round == 0 ? name : u"%1-%2"_s.arg(name).arg(round + 1);
-}
-
-QString framework(Random& random) {
-    return pick(random, frameworks);
 }
 
 Commit commit(Random& random, bool production, quint64 turn) {
     Commit commit;
     commit.message = at(messages, turn);
-    commit.ref = production ? u"main"_s : pick(random, branches);
-    commit.sha = random.hex(40);
+    commit.ref = production ? u"main"_s : branches.at(random.below(static_cast<int>(branches.size())));
+    commit.sha = random.letters(40, hexDigits);
     return commit;
 }
 
@@ -128,7 +90,8 @@ Deployment deployment(Random& random, const Project& project, const SandboxAccou
                       bool production, quint64 turn) {
     Deployment made;
     made.uid = u"dpl_"_s + random.letters(28);
-    made.url = hostLabel(project.name) + u'-' + random.lowerLetters(9) + u'-' + account.slug + defaultSuffix;
+    made.url = hostLabel(project.name) + u'-' + random.letters(9, "0123456789abcdefghijklmnopqrstuvwxyz"_L1) +
+               u'-' + account.slug + defaultSuffix;
     made.state = u"QUEUED"_s;
     made.created = created;
     if (production)
@@ -158,11 +121,8 @@ QStringList aliases(const Project& project, const SandboxAccount& account, const
 }
 
 QString hostLabel(const QString& text) {
-    QString label = text.toLower();
-    std::replace_if(
-        label.begin(), label.end(),
-        [](QChar letter) { return letter.unicode() >= 128 || !letter.isLetterOrNumber(); }, u'-');
-    return label.left(40);
+    static const QRegularExpression other(u"[^a-z0-9]"_s);
+    return text.toLower().replace(other, u"-"_s).left(40);
 }
 
 }  // namespace tidemark::sandbox::catalog

@@ -21,10 +21,8 @@ struct AccountName {
 /// A project's name; the first dozen are those of a small company, any number of them are distinct.
 [[nodiscard]] QString projectName(quint64 index);
 
-[[nodiscard]] QString framework(Random& random);
-
-/// A commit as developers write them; now and then with a body, an emoji or another script. Thirty turns in a
-/// row have thirty messages. A production commit is on the main branch.
+/// A commit as developers write them; now and then with a body, an emoji or another script. Turns in a row
+/// have different messages. A production commit is on the main branch.
 [[nodiscard]] Commit commit(Random& random, bool production, quint64 turn);
 
 /// A deployment of the project that has just been queued.

@@ -82,8 +82,12 @@ Connection::Connection(QTcpSocket* socket, HttpServer::Handler handler, QObject*
 
 void Connection::receive() {
     m_received += m_socket->readAll();
-    if (m_isAnswering)
+    if (m_isAnswering) {
+        // Requests sent ahead wait, but not any amount of them.
+        if (m_received.size() > headLimit + bodyLimit)
+            m_socket->abort();
         return;
+    }
     const qsizetype headEnd = m_received.indexOf("\r\n\r\n");
     if (headEnd < 0 && m_received.size() <= headLimit)
         return;
@@ -135,7 +139,11 @@ void Connection::deliver(const Reply& reply) {
         case Delivery::endless:
             writeHead("Transfer-Encoding: chunked\r\n");
             connect(m_socket, &QTcpSocket::bytesWritten, this, &Connection::sendMoreBlanks);
-            m_socket->write(QByteArray::number(m_reply.body.size(), 16) + "\r\n" + m_reply.body + "\r\n");
+            // An empty chunk would end the answer.
+            if (m_reply.body.isEmpty())
+                sendMoreBlanks();
+            else
+                m_socket->write(QByteArray::number(m_reply.body.size(), 16) + "\r\n" + m_reply.body + "\r\n");
             break;
     }
 }

@@ -241,10 +241,7 @@ Reply ControlService::setToken(const QJsonObject& wish) {
     if (token.isEmpty())
         return refusal(400, u"A \"token\" is needed."_s);
     const bool revoked = wish.value(u"revoked"_s).toBool(true);
-    if (revoked)
-        m_world.revokeToken(token);
-    else
-        m_world.restoreToken(token);
+    m_world.setRevoked(token, revoked);
     return Reply::json({{u"revoked"_s, revoked}});
 }
 

@@ -80,8 +80,6 @@ struct Project {
     QString name{};
     /// Index into the world's accounts.
     int account = 0;
-    QString framework{};
-    QString repository{};
     qint64 created = 0;
     /// Unique in a world: the project list is sorted by it, newest first, and pages are cut at it.
     qint64 updated = 0;

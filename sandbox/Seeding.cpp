@@ -109,8 +109,6 @@ Project seedProject(const SandboxOptions& options, const QList<SandboxAccount>& 
     project.id = u"prj_"_s + random.letters(28);
     project.name = catalog::projectName(static_cast<quint64>(index));
     project.account = accountOf(index, static_cast<int>(accounts.size()));
-    project.framework = catalog::framework(random);
-    project.repository = project.name;
     project.updated = now - 20 * minute * (index + 1) - random.between(0, 19 * 60'000);
     project.created = project.updated - 24 * hour * random.between(20, 900);
     const SandboxAccount& account = accounts.at(project.account);
@@ -132,7 +130,7 @@ QList<Zone> seedZones(const SandboxOptions& options, const std::vector<std::uniq
     quint64 index = 0;
     const auto add = [&](const QString& name, ZoneTraffic traffic) {
         Random random = Random::stream(options.seed, zoneDraws, index++);
-        zones.append({.id = random.hex(32),
+        zones.append({.id = random.letters(32, "0123456789abcdef"_L1),
                       .name = name,
                       .traffic = traffic,
                       .dailyRequests = static_cast<qint64>(1500 + random.exponential(60'000))});

@@ -17,6 +17,10 @@ using namespace Qt::StringLiterals;
 constexpr int defaultLimit = 20;
 constexpr int largestLimit = 100;
 
+QByteArray compact(const QJsonObject& document) {
+    return QJsonDocument(document).toJson(QJsonDocument::Compact);
+}
+
 Reply failure(int status, const QString& code, const QString& message) {
     const QJsonObject error{{u"code"_s, code}, {u"message"_s, message}};
     return Reply::json({{u"error"_s, error}}, status);
@@ -39,28 +43,21 @@ qint64 cursorOf(const Request& request) {
     return valid ? until : std::numeric_limits<qint64>::max();
 }
 
-/// Closes a list's document; 0 for no further or no earlier page.
-Reply listReply(JsonText& json, int count, qint64 next, qint64 previous) {
-    const auto cursor = [&json](QByteArrayView name, qint64 value) {
-        if (value != 0)
-            json.number(name, value);
-        else
-            json.null(name);
-    };
-    json.closeArray().openObject("pagination").number("count", count);
-    cursor("next", next);
-    cursor("prev", previous);
-    return {.body = json.closeObject().closeObject().bytes()};
+/// A list's document; 0 for no further or no earlier page.
+Reply listReply(const QByteArray& name, const QByteArrayList& items, qint64 next, qint64 previous) {
+    const auto cursor = [](qint64 value) { return value == 0 ? QJsonValue() : QJsonValue(value); };
+    const QJsonObject pagination{
+        {u"count"_s, items.size()}, {u"next"_s, cursor(next)}, {u"prev"_s, cursor(previous)}};
+    return {.body =
+                "{\"" + name + "\":[" + items.join(',') + "],\"pagination\":" + compact(pagination) + '}'};
 }
 
 QString indicatorText(const QString& indicator) {
-    if (indicator == u"none")
-        return u"All Systems Operational"_s;
-    if (indicator == u"minor")
-        return u"Minor Service Outage"_s;
-    if (indicator == u"major")
-        return u"Partial System Outage"_s;
-    return indicator == u"critical" ? u"Major Service Outage"_s : indicator;
+    static const QHash<QString, QString> texts{{u"none"_s, u"All Systems Operational"_s},
+                                               {u"minor"_s, u"Minor Service Outage"_s},
+                                               {u"major"_s, u"Partial System Outage"_s},
+                                               {u"critical"_s, u"Major Service Outage"_s}};
+    return texts.value(indicator, indicator);
 }
 
 }  // namespace
@@ -126,23 +123,21 @@ Reply VercelService::route(const Request& request, int account) {
 Reply VercelService::listProjects(const Request& request, int account) {
     const int limit = limitOf(request);
     const qint64 until = cursorOf(request);
-    JsonText json;
-    json.openObject().openArray("projects");
-    int count = 0;
+    QByteArrayList page;
     qint64 first = 0;
     qint64 last = 0;
     for (int index = 0; index < m_world.projectCount(); ++index) {
         const Project& project = m_world.projectAt(index);
         if (project.account != account || project.updated >= until)
             continue;
-        if (count == limit)
-            return listReply(json, count, last, first);
-        if (count++ == 0)
+        if (page.size() == limit)
+            return listReply("projects", page, last, first);
+        if (page.isEmpty())
             first = project.updated;
-        json.raw({}, rendered(project));
+        page.append(rendered(project));
         last = project.updated;
     }
-    return listReply(json, count, 0, first);
+    return listReply("projects", page, 0, first);
 }
 
 Reply VercelService::listDeployments(const Request& request, int account) const {
@@ -170,22 +165,19 @@ Reply VercelService::listDeployments(const Request& request, int account) const 
     const auto limit = static_cast<std::size_t>(limitOf(request));
     const bool more = found.size() > limit;
     found.resize(std::min(found.size(), limit));
-    JsonText json;
-    json.openObject().openArray("deployments");
+    QByteArrayList page;
     for (const auto& [deployment, project] : found)
-        writeDeployment(json, *deployment, *project, m_world.accounts().at(account));
+        page.append(
+            compact(deploymentDocument(*deployment, *project, m_world.accounts().at(account), u"uid"_s)));
     const qint64 next = more ? found.back().first->created : 0;
-    return listReply(json, static_cast<int>(found.size()), next,
-                     found.empty() ? 0 : found.front().first->created);
+    return listReply("deployments", page, next, found.empty() ? 0 : found.front().first->created);
 }
 
 Reply VercelService::listDomains(const Request& request, const Project& project) const {
-    const QList<Domain> domains = project.domains.mid(0, limitOf(request));
-    JsonText json;
-    json.openObject().openArray("domains");
-    for (const Domain& domain : domains)
-        writeDomain(json, domain, project);
-    return listReply(json, static_cast<int>(domains.size()), 0, 0);
+    QByteArrayList page;
+    for (const Domain& domain : project.domains.mid(0, limitOf(request)))
+        page.append(compact(domainDocument(domain, project)));
+    return listReply("domains", page, 0, 0);
 }
 
 Reply VercelService::createDeployment(const Request& request, int account) {
@@ -197,9 +189,8 @@ Reply VercelService::createDeployment(const Request& request, int account) {
     if (project == nullptr || project->account != account)
         return notFound(u"Deployment"_s);
     m_world.redeploy(source);
-    JsonText json;
-    writeDeployment(json, project->deployments.first(), *project, m_world.accounts().at(account), "id");
-    return {.body = json.bytes()};
+    return Reply::json(
+        deploymentDocument(project->deployments.first(), *project, m_world.accounts().at(account), u"id"_s));
 }
 
 const Project* VercelService::ownProject(const QString& idOrName, int account) const {
@@ -210,7 +201,7 @@ const Project* VercelService::ownProject(const QString& idOrName, int account) c
 const QByteArray& VercelService::rendered(const Project& project) {
     Rendered& entry = m_rendered[project.id];
     if (entry.json.isEmpty() || entry.revision != project.revision)
-        entry = {project.revision, projectJson(project, m_world.accounts().at(project.account))};
+        entry = {project.revision, compact(projectDocument(project, m_world.accounts().at(project.account)))};
     return entry.json;
 }
 

@@ -98,13 +98,11 @@ bool World::cloudflareAccepts(const QString& token) const {
     return token == m_cloudflareToken && !m_revoked.contains(token);
 }
 
-void World::revokeToken(const QString& token) {
-    if (!m_revoked.contains(token))
-        m_revoked.append(token);
-}
-
-void World::restoreToken(const QString& token) {
-    m_revoked.removeAll(token);
+void World::setRevoked(const QString& token, bool isRevoked) {
+    if (isRevoked)
+        m_revoked.insert(token);
+    else
+        m_revoked.remove(token);
 }
 
 const Project& World::projectAt(int index) const {
@@ -132,14 +130,12 @@ QStringList World::projectIds(int account) const {
     return ids;
 }
 
-QString World::addProject(const QString& name, int account, const QString& id) {
+QString World::addProject(const QString& name, int account) {
     Random random = Random::stream(m_seed, madeDraws, m_made);
     auto project = std::make_unique<Project>();
-    project->id = id.isEmpty() ? u"prj_"_s + random.letters(28) : id;
+    project->id = u"prj_"_s + random.letters(28);
     project->name = name;
     project->account = std::clamp(account, 0, static_cast<int>(m_accounts.size()) - 1);
-    project->framework = catalog::framework(random);
-    project->repository = catalog::hostLabel(name);
     project->created = now();
     project->updated = m_projects.empty() ? now() : std::max(now(), m_projects.front()->updated + 1);
     project->domains = seedDomains(m_seed + 1, m_made++, *project, m_accounts.at(project->account));
@@ -155,15 +151,6 @@ bool World::removeProject(const QString& idOrName) {
         return false;
     m_byId.remove(project->id);
     std::erase_if(m_projects, [project](const auto& each) { return each.get() == project; });
-    return true;
-}
-
-bool World::renameProject(const QString& idOrName, const QString& name) {
-    Project* project = find(idOrName);
-    if (project == nullptr)
-        return false;
-    project->name = name;
-    ++project->revision;
     return true;
 }
 
@@ -222,15 +209,6 @@ std::optional<QString> World::redeploy(const QString& uid) {
                                      [&](const Deployment& each) { return each.uid == uid; });
     NewDeployment fields{.production = source->target == u"production", .commit = source->commit};
     return push(project->id, fields);
-}
-
-bool World::setDomains(const QString& idOrName, const QList<Domain>& domains) {
-    Project* project = find(idOrName);
-    if (project == nullptr)
-        return false;
-    project->domains = domains;
-    ++project->revision;
-    return true;
 }
 
 void World::schedule(double moment, Event event) {

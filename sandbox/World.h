@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QHash>
+#include <QSet>
 #include <functional>
 #include <map>
 #include <memory>
@@ -38,8 +39,7 @@ public:
     [[nodiscard]] bool cloudflareAccepts(const QString& token) const;
 
     /// Refuses a token, of either service, from now on, or accepts it again.
-    void revokeToken(const QString& token);
-    void restoreToken(const QString& token);
+    void setRevoked(const QString& token, bool isRevoked);
 
     // Projects, in the order of the project list.
 
@@ -51,10 +51,9 @@ public:
     /// Ids of an account's projects.
     [[nodiscard]] QStringList projectIds(int account) const;
 
-    /// Comes first in the list from now on; gives its id. An empty `id` makes one up.
-    QString addProject(const QString& name, int account, const QString& id = {});
+    /// Comes first in the list from now on; gives its id.
+    QString addProject(const QString& name, int account);
     bool removeProject(const QString& idOrName);
-    bool renameProject(const QString& idOrName, const QString& name);
 
     // Deployments.
 
@@ -70,15 +69,12 @@ public:
     /// Deploys the source of an earlier deployment again; gives the new one's uid.
     std::optional<QString> redeploy(const QString& uid);
 
-    bool setDomains(const QString& idOrName, const QList<Domain>& domains);
-
     // The other two services.
 
     [[nodiscard]] const QString& statusIndicator() const { return m_statusIndicator; }
     void setStatusIndicator(const QString& indicator) { m_statusIndicator = indicator; }
 
     [[nodiscard]] const QList<Zone>& zones() const { return m_zones; }
-    void setZones(const QList<Zone>& zones) { m_zones = zones; }
 
 private:
     struct Event {
@@ -106,7 +102,7 @@ private:
     TimeLine m_timeLine;
     QList<SandboxAccount> m_accounts;
     QString m_cloudflareToken;
-    QStringList m_revoked;
+    QSet<QString> m_revoked;
     std::vector<std::unique_ptr<Project>> m_projects;
     QHash<QString, Project*> m_byId;
     QList<Zone> m_zones;

@@ -111,7 +111,7 @@ private Q_SLOTS:
         start(2);
         QTRY_COMPARE(state().allProjects().size(), 2);
         finishFirstCycle();
-        m_sandbox->world()->revokeToken(m_sandbox->accounts().last().token);
+        m_sandbox->world()->setRevoked(m_sandbox->accounts().last().token, true);
         m_clock->advance(30s);
         QTRY_VERIFY(!state().errors().isEmpty());
         QCOMPARE(*state().errors().cbegin(), u"Invalid API token (401)"_s);

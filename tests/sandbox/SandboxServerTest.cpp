@@ -123,6 +123,19 @@ private Q_SLOTS:
         QVERIFY(timer.elapsed() >= bodyOf(answer).size() - 1);
     }
 
+    void floodDuringAnAnswerIsCutOff() {
+        Scene scene({.kind = FaultKind::stall});
+        const auto socket = scene.connection();
+        QTRY_COMPARE(scene.sandbox.log().total(), 1);
+        const QByteArray flood(1'000'000, ' ');
+        int sent = 0;
+        while (socket->state() == QAbstractSocket::ConnectedState && sent++ < 100) {
+            socket->write(flood);
+            socket->waitForBytesWritten(hangLimit);
+        }
+        QVERIFY2(sent < 100, qPrintable(QString::number(sent)));
+    }
+
     void resetIsNoAnswer() {
         const Scene scene({.kind = FaultKind::reset});
         const auto socket = scene.connection();

@@ -97,7 +97,7 @@ private Q_SLOTS:
         QCOMPARE(status(token, 1), 200);
         QCOMPARE(status(token, 2), 403);
         QCOMPARE(status(sandbox.cloudflareToken(), 1), 401);
-        sandbox.world()->revokeToken(token);
+        sandbox.world()->setRevoked(token, true);
         QCOMPARE(status(token, 1), 401);
     }
 
@@ -123,8 +123,8 @@ private Q_SLOTS:
 
     void commitTextsSurviveTheWire() {
         Sandbox sandbox(frozen());
-        for (const auto& message : {u"one\n\ttwo\r\nC:\\new \"x\" </script> \u0001\u007f"_s,
-                                    u"Größe 日本語 🌱"_s, u"half a pair at the end 🌱"_s.chopped(1), u""_s}) {
+        for (const auto& message :
+             {u"one\n\ttwo\r\nC:\\new \"x\" </script> \u0001\u007f"_s, u"Größe 日本語 🌱"_s, u""_s}) {
             sandbox.world()->push(u"docs"_s, {.state = u"READY"_s, .commit = Commit{.message = message}});
             const QJsonValue meta = deployments(sandbox).at(0)[u"meta"];
             QCOMPARE(meta[u"githubCommitMessage"], QJsonValue(message));

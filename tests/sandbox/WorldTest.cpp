@@ -131,8 +131,6 @@ private Q_SLOTS:
 
     void projectsComeAndGo() {
         WorldScene scene;
-        QVERIFY(scene.world->renameProject(u"docs"_s, u"handbook"_s));
-        QVERIFY(scene.world->project(u"docs"_s) == nullptr);
         QVERIFY(scene.world->push(scene.world->addProject(u"fresh"_s, 1)));
         while (scene.world->projectCount() > 0)
             QVERIFY(scene.world->removeProject(scene.world->projectAt(0).id));
