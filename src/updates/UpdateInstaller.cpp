@@ -6,7 +6,6 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QHostAddress>
 #include <QtConcurrentRun>
 #include <algorithm>
 #include <cerrno>
@@ -22,11 +21,6 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr qint64 largestArchive = qint64{256} * 1024 * 1024;
-
-/// This machine itself, which the HTTP client allows or not.
-bool isLoopbackAddress(const QUrl& url) {
-    return url.host() == "localhost"_L1 || QHostAddress(url.host()).isLoopback();
-}
 
 /// A name that says what is in it, whatever the feed says.
 QString packageName(const AppcastItem& release) {
@@ -71,7 +65,8 @@ std::optional<AppcastEnclosure> UpdateInstaller::fittingArchive(const AppcastIte
 }
 
 std::optional<UpdateError> UpdateInstaller::refusal(const AppcastEnclosure& archive) const {
-    if (archive.url.scheme() != "https"_L1 && !isLoopbackAddress(archive.url))
+    // Whether plain http is allowed to this machine itself is up to the HTTP client.
+    if (archive.url.scheme() != "https"_L1 && !isLoopback(archive.url.host()))
         return UpdateError::archiveInsecure;
     if (archive.length <= 0)
         return UpdateError::feedMalformed;
