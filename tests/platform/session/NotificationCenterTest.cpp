@@ -157,6 +157,17 @@ private Q_SLOTS:
         QTRY_VERIFY(isShown());
     }
 
+    void silentServiceDoesNotHoldUpTheEnd() {
+        m_service->isSilent = true;
+        m_center->add(titled(u"lost"_s));
+        QTRY_VERIFY(m_service->callCount > 0);
+        bool hasLoopRun = false;
+        QMetaObject::invokeMethod(this, [&hasLoopRun] { hasLoopRun = true; }, Qt::QueuedConnection);
+        m_center.reset();
+        QVERIFY(!hasLoopRun);
+        QTRY_VERIFY(hasLoopRun);
+    }
+
     void tellsWhatNobodyShowed() {
         int dropped = 0;
         const auto add = [this, &dropped] { m_center->add(titled(u"one"_s), [&dropped] { ++dropped; }); };
