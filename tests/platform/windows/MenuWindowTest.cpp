@@ -14,7 +14,7 @@ namespace {
 
 using Gesture = std::function<void(MenuWindow&)>;
 
-/// The middle of an entry among `count` ones that are alike.
+/// The centre of an entry among `count` entries of the same height.
 QPoint middle(const MenuWindow& window, int index, int count = 4) {
     return {window.width() / 2, window.height() * (2 * index + 1) / (2 * count)};
 }
@@ -138,7 +138,7 @@ private Q_SLOTS:
         window.popup(menuOf(QString(50, u'a') + u"bc"_s), screen.center());
         QVERIFY(screen.contains(window.geometry()));
         keys({Qt::Key_End, Qt::Key_Up, Qt::Key_Home})(window);
-        // The pointer at the lower edge scrolls to the end.
+        // The pointer at the lower edge scrolls the menu to its end.
         const QPoint bottom(20, window.height() - 12);
         QTest::mouseMove(&window, bottom);
         const auto isChosenByClick = [&] {
@@ -159,7 +159,7 @@ private Q_SLOTS:
         window.setMenu(menuOf(u"yxabc"_s));
         QTest::mouseClick(&window, Qt::LeftButton, {}, place);
         QCOMPARE(told(), QString());
-        // It was shown by that click, and stays the highlighted one.
+        // The release belongs to the click that opened the menu, and the entry stays highlighted.
         window.setMenu(menuOf(u"Yabcx"_s));
         keys({Qt::Key_Return})(window);
         QCOMPARE(told(), u"x"_s);
@@ -172,7 +172,8 @@ private Q_SLOTS:
     }
 
 private:
-    /// An entry a letter, with its title and shortcut; a capital one is disabled, a dash a separator.
+    /// Makes an entry of each letter, which is its title and shortcut. Capital letters are disabled, dashes
+    /// are separators.
     [[nodiscard]] Menu menuOf(const QString& letters) {
         Menu menu;
         for (const QChar letter : letters) {
@@ -185,7 +186,7 @@ private:
         return menu;
     }
 
-    /// What was told since the last time, in order.
+    /// The events since the last call, in order.
     [[nodiscard]] QString told() {
         QCoreApplication::processEvents();
         return std::exchange(m_told, {});
