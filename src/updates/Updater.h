@@ -28,7 +28,7 @@ class Updater final : public QObject {
 public:
     enum class Stage : quint8 {
         idle,
-        checking,  ///< a check by the user; a scheduled check stays in its stage until it has found a release
+        checking,  ///< for the user; a scheduled check changes the stage only when it finds a release
         upToDate,
         available,    ///< `release` is newer
         downloading,  ///< see `bytesReceived`

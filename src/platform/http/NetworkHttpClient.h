@@ -45,7 +45,7 @@ private:
 
     [[nodiscard]] QCoro::Task<HttpResult> run(std::shared_ptr<Exchange> exchange, std::stop_token stop);
     [[nodiscard]] bool isAllowed(const QUrl& url) const;
-    /// Created by the first request, because it would delay the start of the program.
+    /// Created by the first request, because creating it would delay the start of the program.
     std::shared_ptr<QNetworkAccessManager> network();
     /// Drops connections that a suspend or a network change has killed. Otherwise the next request would only
     /// time out.

@@ -12,9 +12,9 @@
 
 namespace tidemark {
 
-/// The body of an answer with one of the statuses `successes`, else the failure. `Failure` is a variant of
-/// the service's own error, whose default value stands for an answer that is not HTTP, TransportError and
-/// perhaps others.
+/// The body of an answer with one of the statuses `successes`, else the failure. `Failure` is a variant that
+/// can hold a TransportError. Its first type is the service's own error, whose default value stands for an
+/// answer that is not HTTP.
 template <typename Failure>
 [[nodiscard]] tl::expected<QByteArray, Failure> successfulBody(HttpResult result,
                                                                std::initializer_list<int> successes) {

@@ -7,8 +7,7 @@
 namespace tidemark {
 
 /// The desktop's keyring (Secret Service standard). Items have the attributes "service", "account" and
-/// "synchronizable"
-/// ("true" or "false") and are stored in the default collection.
+/// "synchronizable" ("true" or "false") and are stored in the default collection.
 ///
 /// Without a session bus or a keyring, calls find and store nothing and do not wait.
 class SecretServiceKeychain final : public Keychain {

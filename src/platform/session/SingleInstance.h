@@ -26,8 +26,8 @@ public:
     ~SingleInstance() override;
 
     /// Takes the name or activates its owner. Blocks until the bus and the owner have answered, up to two
-    /// seconds for each call; there are two calls as a rule and ten at most. Call once, before anything is
-    /// shown.
+    /// seconds for each call. The first process makes one call and a second process two, or ten at most when
+    /// the owner keeps changing. Call once, before anything is shown.
     [[nodiscard]] Role claim();
     /// Gives up the name.
     void release();

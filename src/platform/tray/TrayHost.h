@@ -12,12 +12,10 @@ enum class TrayHost : quint8 {
     /// Reports clicks to the item. Some of these trays, such as GNOME's, show no item without a menu.
     usual,
     /// Shows items without a menu, and reports right clicks to them as well. For a menu without entries it
-    /// would open an
-    /// empty box.
+    /// would open an empty box.
     menuOptional,
     /// The service behind the Ayatana indicators' applets, such as MATE's. It opens the menu on a left click
-    /// and does not
-    /// report the click. It loads icons by name only.
+    /// and does not report the click. It loads icons by name only.
     indicators,
 };
 
