@@ -98,6 +98,7 @@ Q_SIGNALS:
     void ItemsPropertiesUpdated(const QList<tidemark::DBusMenuProperties>& updated,
                                 const QList<tidemark::DBusMenuRemovedProperties>& removed);
     void LayoutUpdated(uint revision, int parent);
+    /// Part of the protocol. Never emitted, because nothing in the program opens the menu.
     void ItemActivationRequested(int id, uint timestamp);
 
 private:

@@ -295,7 +295,6 @@ void MenuWindow::hideEvent(QHideEvent* /*event*/) {
         m_isOpen = false;
         m_rows.clear();
         m_current = -1;
-        Q_EMIT closed();
     }
 }
 

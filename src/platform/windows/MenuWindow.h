@@ -18,9 +18,10 @@ namespace tidemark {
 /// program does not load anyway.
 ///
 /// It grabs the pointer and the keyboard while it is open. Choosing an entry, a click outside of it, Escape
-/// and the loss of the focus close it. close() closes it like any window; see
-/// QGuiApplication::quitOnLastWindowClosed. Destroying it emits no closed(); a slot of closed() must destroy
-/// it with deleteLater(). It is made for X11 and XWayland, because a Wayland client cannot place its windows.
+/// and the loss of the focus close it. The action of a chosen entry runs after that from the event loop,
+/// unless the window is destroyed before. close() closes it like any window; see
+/// QGuiApplication::quitOnLastWindowClosed. It is made for X11 and XWayland, because a Wayland client cannot
+/// place its windows.
 class MenuWindow final : public QRasterWindow {
     Q_OBJECT
 
@@ -30,7 +31,7 @@ public:
     /// Opens the menu with a corner at `place` in Qt's global coordinates, downwards, or upwards where there
     /// is no room below. It stays on the screen and beside its panels. Pass `panel` if there is one at that
     /// place, because Qt does not know panels when there are several screens. Titles are MenuItem::titleNow.
-    /// A menu that is open already is closed first, without closed(). A menu without entries is not shown.
+    /// A menu that is open already is closed first. A menu without entries is not shown.
     ///
     /// May be called while the button of the click is still pressed. Its release chooses an entry only after
     /// the pointer was dragged there.
@@ -39,12 +40,6 @@ public:
     /// never gets narrower. The highlighted entry stays highlighted, even if it moves. A click that began
     /// before an entry moved chooses nothing. A menu without entries is closed.
     void setMenu(const Menu& menu);
-    [[nodiscard]] bool isOpen() const { return m_isOpen; }
-
-Q_SIGNALS:
-    /// The menu was closed. If an entry was chosen, its action runs after this from the event loop, unless
-    /// the window is destroyed before.
-    void closed();
 
 protected:
     bool event(QEvent* event) override;
