@@ -3,8 +3,8 @@
 #include <QCoreApplication>
 #include <QTest>
 
-/// How long a test waits for something to happen. Only a hang reaches it, on a busy machine too: how long
-/// something takes is measured by the benchmarks and asserted by no test.
+/// The limit of every wait in a test. Only a hang reaches it, even on a busy machine. Tests assert no
+/// durations; benchmarks measure them.
 inline constexpr int hangLimit = 300'000;  // ms
 
 // QtTest's own waits give up after five seconds.

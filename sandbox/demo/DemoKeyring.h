@@ -4,7 +4,7 @@
 
 namespace tidemark::sandbox {
 
-/// The desktop's keyring, with items of its own: never those of the program that the user runs for real.
+/// The desktop's keyring. The demo's items have a service name of their own, so it never touches real tokens.
 class DemoKeyring final : public Keychain {
 public:
     void beginSession(Prompting prompting) override { m_keyring.beginSession(prompting); }

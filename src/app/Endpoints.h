@@ -5,7 +5,8 @@
 
 namespace tidemark {
 
-/// Every address outside this machine that the program knows.
+/// Every address outside this machine that the program knows, but for the feed of releases, which belongs to
+/// the build (`Bundle::feedUrl`).
 struct Endpoints {
     /// Scheme and host of the Vercel REST API.
     QUrl vercelApi;

@@ -9,7 +9,7 @@
 #include <cstdio>
 #include <utility>
 
-#include "app/TrayAdvisor.h"
+#include "app/items/TrayAdvisor.h"
 #include "platform/base/ActivationToken.h"
 #include "platform/base/TerminationSignals.h"
 #include "platform/keyring/SecretServiceKeychain.h"
@@ -78,11 +78,11 @@ int Tidemark::run() {
         return 0;
     // Windows come and go; the program stays in the panel.
     QGuiApplication::setQuitOnLastWindowClosed(false);
-    // It ends with the session, of which a dead bus is the end.
+    // A dead bus means that the session has ended, and the program ends with it.
     QDBusConnection::sessionBus().connect({}, u"/org/freedesktop/DBus/Local"_s,
                                           u"org.freedesktop.DBus.Local"_s, u"Disconnected"_s,
                                           QCoreApplication::instance(), SLOT(quit()));
-    // Whether it is there at the next login the user says in the preferences.
+    // The user decides in the preferences whether it starts at login; the session manager does not.
     QObject::connect(qGuiApp, &QGuiApplication::saveStateRequest, qGuiApp,
                      [](QSessionManager& session) { session.setRestartHint(QSessionManager::RestartNever); });
     const TerminationSignals signals([] { QCoreApplication::quit(); });
@@ -94,7 +94,7 @@ int Tidemark::run() {
         });
     const int code = runDelegate();
     if (startsAgain) {
-        // The new program would hand over to this one.
+        // Otherwise the new program would hand over to this one.
         m_instance.release();
         QProcess::startDetached(programPath(), {});
     }
@@ -120,7 +120,7 @@ int Tidemark::runDelegate() {
                          offerActivationToken(activationToken);
                          delegate.showPopover();
                      });
-    // Guarded: the centre may still deliver a click when the delegate has gone.
+    // Guarded, because the notification center may deliver a click after the delegate has gone.
     m_notifications.setAnnouncementHandler([shown = QPointer(&delegate)] {
         if (shown)
             shown->showPopover();

@@ -28,6 +28,10 @@ public:
     /// call. The first call for a project only remembers the state.
     void checkAndNotify(const QString& projectId, const QString& projectName, const Deployment& deployment);
 
+    /// Forgets all states, so that the next deployment of each project is only remembered. Call when the
+    /// production filter changes, because deployments under different filters are no changes of state.
+    void forgetStates() { m_previousStates.clear(); }
+
     /// Shows a notification about the program itself, without a sound. A click on it runs the announcement
     /// handler. `onDropped` is called, from the event loop, when no service shows it.
     void announce(const QString& title, const QString& body, std::function<void()> onDropped);

@@ -39,10 +39,8 @@ PanelSummary PanelSummary::of(const AppState& state) {
     summary.countText =
         tracked.size() == 1 ? u"1 project tracked"_s : u"%1 projects tracked"_s.arg(tracked.size());
     setBadge(summary, state, tracked);
-    if (state.isLoadingProjects())
-        summary.content = Content::loading;
-    else
-        summary.content = tracked.isEmpty() ? Content::nothingTracked : Content::list;
+    summary.isLoading = state.isLoadingProjects();
+    summary.isNothingTracked = !summary.isLoading && tracked.isEmpty();
     const auto& errors = state.errors();
     summary.showsConnectionWarning =
         !tracked.isEmpty() && std::ranges::all_of(tracked, [&errors](const VercelProject& project) {

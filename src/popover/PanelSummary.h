@@ -1,5 +1,7 @@
 #pragma once
 
+#include <qqmlintegration.h>
+
 #include <QColor>
 #include <QObject>
 #include <QString>
@@ -11,16 +13,22 @@ namespace tidemark {
 /// What the deployments panel says of all tracked projects together.
 struct PanelSummary {
     Q_GADGET
+    QML_VALUE_TYPE(panelSummary)
+    Q_PROPERTY(QString countText MEMBER countText FINAL)
+    Q_PROPERTY(QString badgeText MEMBER badgeText FINAL)
+    Q_PROPERTY(QColor badgeColor MEMBER badgeColor FINAL)
+    Q_PROPERTY(bool isLoading MEMBER isLoading FINAL)
+    Q_PROPERTY(bool isNothingTracked MEMBER isNothingTracked FINAL)
+    Q_PROPERTY(bool showsConnectionWarning MEMBER showsConnectionWarning FINAL)
+    Q_PROPERTY(QString connectionError MEMBER connectionError FINAL)
 
 public:
-    /// What stands where the list does.
-    enum class Content : quint8 { loading, nothingTracked, list };
-    Q_ENUM(Content)
-
     QString countText;
     QString badgeText;
     QColor badgeColor;
-    Content content = Content::nothingTracked;
+    /// The project lists are loading: a spinner stands in place of the list.
+    bool isLoading = false;
+    bool isNothingTracked = true;
     /// No tracked project could be checked.
     bool showsConnectionWarning = false;
     /// One of the errors.

@@ -18,7 +18,7 @@ PopoverModel::PopoverModel(AppState& state, const Clock& clock, Workspace& works
       m_actions(std::move(actions)) {
     const auto listsChanged = [this] {
         m_areListsStale = true;
-        scheduleRefresh();
+        m_refresh.schedule();
     };
     connect(&state, &AppState::allProjectsChanged, this, listsChanged);
     connect(&state, &AppState::trackedIdsChanged, this, listsChanged);
@@ -28,9 +28,8 @@ PopoverModel::PopoverModel(AppState& state, const Clock& clock, Workspace& works
                                &AppState::emptyProjectIdsChanged, &AppState::lastCheckedAtChanged,
                                &AppState::isLoadingProjectsChanged, &AppState::individualIdsChanged,
                                &AppState::productionOnlyChanged, &AppState::vercelPlatformStatusChanged,
-                               &AppState::analyticsErrorChanged, &AppState::isLoadingAnalyticsChanged}) {
-        connect(&state, changed, this, &PopoverModel::scheduleRefresh);
-    }
+                               &AppState::analyticsErrorChanged, &AppState::isLoadingAnalyticsChanged})
+        connect(&state, changed, this, [this] { m_refresh.schedule(); });
 }
 
 PopoverModel::~PopoverModel() {
@@ -56,18 +55,6 @@ void PopoverModel::setActive(bool active) {
 
 void PopoverModel::refreshAges() {
     Q_EMIT refreshed();
-}
-
-void PopoverModel::scheduleRefresh() {
-    if (!m_isActive || m_isRefreshScheduled)
-        return;
-    m_isRefreshScheduled = true;
-    const auto refreshIfActive = [this] {
-        m_isRefreshScheduled = false;
-        if (m_isActive)
-            refresh();
-    };
-    QMetaObject::invokeMethod(this, refreshIfActive, Qt::QueuedConnection);
 }
 
 void PopoverModel::refresh() {

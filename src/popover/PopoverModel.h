@@ -11,6 +11,7 @@
 #include <stop_token>
 
 #include "platform/base/Clock.h"
+#include "platform/base/DeferredCall.h"
 #include "platform/base/TaskScope.h"
 #include "platform/session/Workspace.h"
 #include "popover/PanelSummary.h"
@@ -31,13 +32,7 @@ class PopoverModel final : public QObject {
     Q_PROPERTY(QString versionText READ versionText CONSTANT FINAL)
     Q_PROPERTY(QColor platformDotColor READ platformDotColor NOTIFY refreshed FINAL)
     Q_PROPERTY(QString platformToolTip READ platformToolTip NOTIFY refreshed FINAL)
-    Q_PROPERTY(QString countText READ countText NOTIFY summaryChanged FINAL)
-    Q_PROPERTY(QString badgeText READ badgeText NOTIFY summaryChanged FINAL)
-    Q_PROPERTY(QColor badgeColor READ badgeColor NOTIFY summaryChanged FINAL)
-    Q_PROPERTY(bool isLoading READ isLoading NOTIFY summaryChanged FINAL)
-    Q_PROPERTY(bool isNothingTracked READ isNothingTracked NOTIFY summaryChanged FINAL)
-    Q_PROPERTY(bool showsConnectionWarning READ showsConnectionWarning NOTIFY summaryChanged FINAL)
-    Q_PROPERTY(QString connectionError READ connectionError NOTIFY summaryChanged FINAL)
+    Q_PROPERTY(tidemark::PanelSummary summary READ summary NOTIFY summaryChanged FINAL)
     Q_PROPERTY(bool productionOnly READ productionOnly NOTIFY refreshed FINAL)
     Q_PROPERTY(QString productionToolTip READ productionToolTip NOTIFY refreshed FINAL)
     Q_PROPERTY(QAbstractItemModel* trackedProjects READ trackedProjects CONSTANT FINAL)
@@ -49,8 +44,6 @@ class PopoverModel final : public QObject {
     Q_PROPERTY(QString filter READ filter WRITE setFilter NOTIFY filterChanged FINAL)
 
 public:
-    enum class AnalyticsReload : quint8 { ifStale, always };
-
     /// What the popover's buttons do outside of it. None may be called while the model is destroyed.
     struct Actions {
         std::function<void()> onOpenPreferences;
@@ -78,15 +71,7 @@ public:
     [[nodiscard]] QString versionText() const { return m_versionText; }
     [[nodiscard]] QColor platformDotColor() const;
     [[nodiscard]] QString platformToolTip() const;
-    [[nodiscard]] QString countText() const { return m_summary.countText; }
-    [[nodiscard]] QString badgeText() const { return m_summary.badgeText; }
-    [[nodiscard]] QColor badgeColor() const { return m_summary.badgeColor; }
-    [[nodiscard]] bool isLoading() const { return m_summary.content == PanelSummary::Content::loading; }
-    [[nodiscard]] bool isNothingTracked() const {
-        return m_summary.content == PanelSummary::Content::nothingTracked;
-    }
-    [[nodiscard]] bool showsConnectionWarning() const { return m_summary.showsConnectionWarning; }
-    [[nodiscard]] QString connectionError() const { return m_summary.connectionError; }
+    [[nodiscard]] const PanelSummary& summary() const { return m_summary; }
     [[nodiscard]] bool productionOnly() const { return m_state.productionOnly(); }
     [[nodiscard]] QString productionToolTip() const;
     /// The deployments list.
@@ -140,7 +125,6 @@ Q_SIGNALS:
     void rowChanged(const QString& rowId);
 
 private:
-    void scheduleRefresh();
     void refresh();
     void refreshLists();
     void foldCards();
@@ -153,8 +137,11 @@ private:
     const QString m_versionText;
     const Actions m_actions;
     bool m_isActive = false;
-    bool m_isRefreshScheduled = false;
     bool m_areListsStale = true;
+    DeferredCall m_refresh{[this] {
+        if (m_isActive)
+            refresh();
+    }};
     PanelSummary m_summary;
     RowListModel m_trackedProjects;
     RowListModel m_managedProjects;

@@ -1,7 +1,10 @@
 #pragma once
 
+#include <qqmlintegration.h>
+
 #include <QColor>
 #include <QList>
+#include <QObject>
 #include <QString>
 
 #include "platform/base/Clock.h"
@@ -11,6 +14,15 @@ namespace tidemark {
 
 /// One older deployment of a project, as a line of its history.
 struct HistoryEntry {
+    Q_GADGET
+    QML_VALUE_TYPE(historyEntry)
+    Q_PROPERTY(QColor dotColor MEMBER dotColor FINAL)
+    Q_PROPERTY(QString ref MEMBER ref FINAL)
+    Q_PROPERTY(QString word MEMBER word FINAL)
+    Q_PROPERTY(QColor wordColor MEMBER wordColor FINAL)
+    Q_PROPERTY(QString age MEMBER age FINAL)
+
+public:
     QColor dotColor;
     QString ref;
     QString word;
@@ -23,6 +35,29 @@ struct HistoryEntry {
 /// Everything that one line of the deployments list shows, collapsed and expanded. What there is nothing of
 /// is empty.
 struct ProjectRow {
+    Q_GADGET
+    QML_VALUE_TYPE(projectRow)
+    Q_PROPERTY(QString name MEMBER name FINAL)
+    Q_PROPERTY(QColor dotColor MEMBER dotColor FINAL)
+    Q_PROPERTY(QString word MEMBER word FINAL)
+    Q_PROPERTY(QColor wordColor MEMBER wordColor FINAL)
+    Q_PROPERTY(QString domain MEMBER domain FINAL)
+    Q_PROPERTY(QString domainUrl MEMBER domainUrl FINAL)
+    Q_PROPERTY(QString placeholder MEMBER placeholder FINAL)
+    Q_PROPERTY(QString summary MEMBER summary FINAL)
+    Q_PROPERTY(QString pushedAt MEMBER pushedAt FINAL)
+    Q_PROPERTY(QString pushedToolTip MEMBER pushedToolTip FINAL)
+    Q_PROPERTY(QString errorToolTip MEMBER errorToolTip FINAL)
+    Q_PROPERTY(QString branch MEMBER branch FINAL)
+    Q_PROPERTY(QString commitMessage MEMBER commitMessage FINAL)
+    Q_PROPERTY(QString buildDuration MEMBER buildDuration FINAL)
+    Q_PROPERTY(QString error MEMBER error FINAL)
+    Q_PROPERTY(QString staleness MEMBER staleness FINAL)
+    Q_PROPERTY(QString inspectorUrl MEMBER inspectorUrl FINAL)
+    Q_PROPERTY(QString deploymentUrl MEMBER deploymentUrl FINAL)
+    Q_PROPERTY(QList<tidemark::HistoryEntry> history MEMBER history FINAL)
+
+public:
     QString name;
     QColor dotColor;
     QString word;

@@ -16,51 +16,6 @@ constexpr auto copiedTime = 1500ms;
 
 }  // namespace
 
-void HistoryModel::setEntries(const QList<HistoryEntry>& entries) {
-    if (entries == m_entries)
-        return;
-    if (entries.size() == m_entries.size()) {
-        m_entries = entries;
-        Q_EMIT dataChanged(index(0), index(rowCount() - 1));
-        return;
-    }
-    beginResetModel();
-    m_entries = entries;
-    endResetModel();
-}
-
-int HistoryModel::rowCount(const QModelIndex& parent) const {
-    return parent.isValid() ? 0 : static_cast<int>(m_entries.size());
-}
-
-QVariant HistoryModel::data(const QModelIndex& index, int role) const {
-    if (!checkIndex(index, CheckIndexOption::IndexIsValid))
-        return {};
-    const HistoryEntry& entry = m_entries.at(index.row());
-    switch (role) {
-        case dotColorRole:
-            return entry.dotColor;
-        case refRole:
-            return entry.ref;
-        case wordRole:
-            return entry.word;
-        case wordColorRole:
-            return entry.wordColor;
-        case ageRole:
-            return entry.age;
-        default:
-            return {};
-    }
-}
-
-QHash<int, QByteArray> HistoryModel::roleNames() const {
-    return {{dotColorRole, "dotColor"},
-            {refRole, "ref"},
-            {wordRole, "word"},
-            {wordColorRole, "wordColor"},
-            {ageRole, "age"}};
-}
-
 void ProjectRowModel::startAnew() {
     m_isCopied = false;
     m_row = {};
@@ -71,7 +26,6 @@ void ProjectRowModel::refresh() {
     if (row == m_row)
         return;
     m_row = row;
-    m_history.setEntries(row.history);
     Q_EMIT changed();
 }
 

@@ -15,7 +15,8 @@ public:
     /// How long ago, in whole words: "5 minutes ago", "3 hours ago".
     [[nodiscard]] static QString relative(Clock::TimePoint time, Clock::TimePoint now);
 
-    /// A medium date, or the word for it, and a short time: "Yesterday, 7:25 PM", "Nov 20, 2026, 7:25 PM".
+    /// A medium date, or a word such as "Yesterday", and a short time: "Yesterday, 7:25 PM", "Nov 20, 2026,
+    /// 7:25 PM".
     [[nodiscard]] static QString absolute(Clock::TimePoint time);
 
     /// A medium date and a time with seconds: "Nov 20, 2026, 7:25:13 PM".

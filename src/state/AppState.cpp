@@ -25,7 +25,7 @@ QStringList toList(const QSet<QString>& set) {
     return {set.cbegin(), set.cend()};
 }
 
-/// The stored dictionary; empty when it is none or has a value that is not text.
+/// The stored dictionary; empty if the value is no dictionary of strings.
 QHash<QString, QString> toDomains(const QVariant& value) {
     QHash<QString, QString> domains;
     const QVariantMap map = value.toMap();
@@ -37,7 +37,8 @@ QHash<QString, QString> toDomains(const QVariant& value) {
     return domains;
 }
 
-/// Where a UTF-16 unit stands among code points: surrogates belong to characters beyond all others.
+/// The rank of a UTF-16 unit in code point order: surrogates encode characters above U+FFFF, so they come
+/// last.
 int codePointRank(QChar unit) {
     return unit.isSurrogate() ? unit.unicode() + 0x10000 : unit.unicode();
 }
@@ -55,7 +56,8 @@ AppState::AppState(UserDefaults& defaults)
       m_productionDomains(toDomains(defaults.value(productionDomainsKey))),
       m_trackedIds(toSet(defaults.stringArray(trackedIdsKey))),
       m_individualIds(toSet(defaults.stringArray(individualIdsKey))) {
-    // What was just read is not written back: a store that cannot be read now keeps what it holds.
+    // Values that were just read are not written back, so that a file that cannot be read now keeps its
+    // contents.
     const QByteArray cached = defaults.data(cachedProjectsKey);
     if (!cached.isEmpty())
         m_allProjects = decodeProjects(cached).value_or(QList<VercelProject>());
@@ -155,6 +157,19 @@ void AppState::integrateProjects(const QList<VercelProject>& projects, const QSt
     setAllProjects(merged);
     setTrackedIds(tracked);
     m_defaults.setValue(seenProjectIdsKey, toList(seen.unite(incoming)));
+    persistProjects();
+}
+
+void AppState::keepProjectsOf(const QSet<QString>& accountIds) {
+    QList<VercelProject> kept = m_allProjects;
+    kept.removeIf([&](const VercelProject& project) { return !accountIds.contains(project.accountId); });
+    if (kept.size() == m_allProjects.size())
+        return;
+    setAllProjects(kept);
+    persistProjects();
+}
+
+void AppState::persistProjects() {
     m_defaults.setValue(cachedProjectsKey, encodeProjects(m_allProjects));
 }
 
@@ -247,11 +262,19 @@ void AppState::setErrors(const ByProject<QString>& errors) {
 }
 
 void AppState::setError(const QString& projectId, const QString& error) {
+    m_redeployErrors.remove(projectId);
+    m_errors.insert(projectId, error);
+    Q_EMIT errorsChanged();
+}
+
+void AppState::setRedeployError(const QString& projectId, const QString& error) {
+    m_redeployErrors.insert(projectId);
     m_errors.insert(projectId, error);
     Q_EMIT errorsChanged();
 }
 
 void AppState::removeError(const QString& projectId) {
+    m_redeployErrors.remove(projectId);
     m_errors.remove(projectId);
     Q_EMIT errorsChanged();
 }

@@ -19,15 +19,20 @@
 
 namespace tidemark {
 
-/// The one model that the engine writes and every view reads. UI thread only.
+/// Whether a load of the analytics is needed: only if they are not fresh, or always.
+enum class AnalyticsReload : quint8 { ifStale, always };
+
+/// The one model that the engine writes and every view reads. UI thread only. It has many operations because
+/// each field can be read, assigned as a whole, changed by entry where it is a map or set, and observed by
+/// itself.
 ///
 /// Every field has a change signal of its own, emitted right after the change. Assigning a whole value that
 /// equals the old one is silent; only `allProjects`, `deployments`, `recentDeployments`, `analyticsCards`,
 /// `config` and `redeployHandler` tell of every assignment. Changing one entry of a map or set always tells.
 ///
 /// `trackedIds`, `individualIds`, `productionDomains` and `productionOnly` go to the user defaults each time
-/// they are assigned or changed, also when the value is the same. What is pinned is always tracked. Ids
-/// without a known project may stand in every set and map and mean nothing.
+/// they are assigned or changed, also when the value is the same. Pinned projects are always tracked. Sets
+/// and maps may contain ids of unknown projects; they are ignored.
 class AppState final : public QObject {
     Q_OBJECT
 
@@ -42,7 +47,7 @@ public:
 
     // Derived values, computed at every call.
 
-    /// The tracked ones of `allProjects`, sorted by name as those are.
+    /// The tracked projects of `allProjects`, in that order: sorted by name.
     [[nodiscard]] QList<VercelProject> trackedProjects() const;
     /// One state for all tracked projects: `error` if any newest deployment failed, else `canceled`, else
     /// `building` for any in progress, else `ready` if all are, else `unknown`.
@@ -62,6 +67,9 @@ public:
     void setIndividual(const QString& projectId, bool individual);
     /// Takes over one account's complete project list and tracks the projects that were never seen before.
     void integrateProjects(const QList<VercelProject>& projects, const QString& accountId);
+    /// Forgets the projects of all other accounts, in the list and in its cache. Whether they are tracked and
+    /// pinned is remembered. Silent if there are none.
+    void keepProjectsOf(const QSet<QString>& accountIds);
 
     // Fields.
 
@@ -114,7 +122,13 @@ public:
     [[nodiscard]] const ByProject<QString>& errors() const { return m_errors; }
     void setErrors(const ByProject<QString>& errors);
     void setError(const QString& projectId, const QString& error);
+    /// The same with the error of a failed redeploy. The popover shows it; the pinned item does not.
+    void setRedeployError(const QString& projectId, const QString& error);
     void removeError(const QString& projectId);
+    /// Whether the last error came from a redeploy.
+    [[nodiscard]] bool hasRedeployError(const QString& projectId) const {
+        return m_redeployErrors.contains(projectId);
+    }
 
     /// The time of the last successful poll of each project.
     [[nodiscard]] const ByProject<Clock::TimePoint>& lastCheckedAt() const { return m_lastCheckedAt; }
@@ -130,7 +144,7 @@ public:
     [[nodiscard]] bool isLoadingProjects() const { return m_isLoadingProjects; }
     void setIsLoadingProjects(bool isLoading);
 
-    /// The current configuration, tokens included; absent until a usable one was loaded or any was saved.
+    /// The current configuration, tokens included; absent until a usable one was loaded, or one was saved.
     [[nodiscard]] const std::optional<AppConfiguration>& config() const { return m_config; }
     void setConfig(std::optional<AppConfiguration> config);
 
@@ -172,6 +186,7 @@ private:
     template <typename Matches>
     [[nodiscard]] int countTracked(Matches matches) const;
 
+    void persistProjects();
     void persistTrackedIds();
     void persistIndividualIds();
     void persistProductionDomains();
@@ -191,6 +206,7 @@ private:
     ByProject<QString> m_productionDomains;
     ProjectIds m_domainsCheckedThisSession;
     ByProject<QString> m_errors;
+    ProjectIds m_redeployErrors;
     ByProject<Clock::TimePoint> m_lastCheckedAt;
     ProjectIds m_emptyProjectIds;
     bool m_isLoadingProjects = false;

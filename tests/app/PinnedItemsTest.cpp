@@ -1,16 +1,9 @@
-
 #include "tests/TestProgram.h"
 #include "tests/app/Rig.h"
 
 using namespace tidemark;
 
-namespace {
-
-const QString redeployTarget = u"/v13/deployments?forceNew=1&teamId=team-A"_s;
-
-}  // namespace
-
-/// Pinned projects, their announcements and redeploys, with the whole engine among fakes.
+/// Pinned projects and their announcements, with the whole engine among fakes.
 class PinnedItemsTest final : public QObject {
     Q_OBJECT
 
@@ -69,6 +62,29 @@ private Q_SLOTS:
         m_rig->settle();
         QVERIFY(entry(u"web"_s, u"Showing last known status:"_s));
         QVERIFY(entry(u"web"_s, u"Status: ⏳ Building"_s));
+    }
+
+    void aProjectWhoseListBecomesEmptyForgetsItsError_data() {
+        QTest::addColumn<QStringList>("before");  // no state: the first check fails
+        QTest::addColumn<QString>("toolTip");
+        QTest::newRow("known") << QStringList{u"READY"_s} << u"web: READY"_s;
+        QTest::newRow("never known") << QStringList() << u"web: loading…"_s;
+    }
+
+    void aProjectWhoseListBecomesEmptyForgetsItsError() {
+        QFETCH(const QStringList, before);
+        if (before.isEmpty())
+            m_rig->answerDeployments(u"web"_s, httpAnswer(500));
+        m_rig->launch();
+        m_rig->state().setIndividual(u"web"_s, true);
+        m_rig->clock.advance(5s);
+        m_rig->answerDeployments(u"web"_s, httpAnswer(500));
+        m_rig->clock.advance(30s);
+        QCOMPARE(shown(u"web"_s).toolTip, u"web: last check failed — HTTP error 500"_s);
+        m_rig->answerDeployments(u"web"_s, QStringList());
+        m_rig->clock.advance(30s);
+        QTEST(shown(u"web"_s).toolTip, "toolTip");
+        QVERIFY(!entry(u"web"_s, u"⚠️ Last check failed"_s));
     }
 
     void aChangeIsAnnouncedOnceAndOpensItsPage() {
@@ -136,59 +152,6 @@ private Q_SLOTS:
         QCOMPARE(m_rig->takeTimeline(), QStringList());
     }
 
-    void aRedeployThatCannotBeIsIgnored() {
-        m_rig->answerDeployments(u"api"_s, httpAnswer(500));
-        m_rig->launch();
-        m_rig->clock.advance(5s);
-        const auto before = m_rig->http.requests().size();
-        redeploy(u"api"_s);       // never polled successfully
-        redeploy(u"vanished"_s);  // not known
-        m_rig->state().setConfig(AppConfiguration{.accounts = {Rig::account(u"A"_s, {})}});
-        redeploy(u"web"_s);  // no token
-        m_rig->state().setConfig(std::nullopt);
-        redeploy(u"web"_s);
-        QCOMPARE(m_rig->http.requests().size(), before);
-        QCOMPARE(m_rig->state().errors().size(), 1);
-    }
-
-    void aRefusedRedeployIsTold() {
-        m_rig->launch();
-        m_rig->state().setIndividual(u"web"_s, true);
-        m_rig->clock.advance(5s);
-        const int titles = m_rig->statusBar.items.value(u"tidemark"_s).titleCount;
-        m_rig->http.answer(HttpMethod::post, redeployTarget, httpAnswer(403));
-        redeploy(u"web"_s);
-        QCOMPARE(m_rig->state().errors().value(u"web"_s), u"Redeploy failed: HTTP error 403"_s);
-        QCOMPARE(m_rig->statusBar.items.value(u"tidemark"_s).titleCount, titles + 1);
-        QCOMPARE(shown(u"web"_s).toolTip, u"web: READY"_s);
-        m_rig->clock.advance(30s);
-        QVERIFY(m_rig->state().errors().isEmpty());
-    }
-
-    void quittingDuringARedeployEndsIt_data() {
-        QTest::addColumn<bool>("isAnswered");
-        QTest::newRow("request") << false;
-        QTest::newRow("wait") << true;
-    }
-
-    void quittingDuringARedeployEndsIt() {
-        QFETCH(const bool, isAnswered);
-        m_rig->launch();
-        m_rig->clock.advance(5s);
-        m_rig->http.answer(HttpMethod::post, redeployTarget, httpAnswer(200, "{}"));
-        if (!isAnswered)
-            m_rig->http.hold(HttpMethod::post, redeployTarget);
-        bool isDone = false;
-        const auto handler = m_rig->state().redeployHandler();
-        handler(u"web"_s).then([&isDone] { isDone = true; });
-        m_rig->settle();
-        QVERIFY(!isDone);
-        m_rig->quit();
-        m_rig->settle();
-        QVERIFY(isDone);  // whoever waits for it is let go
-        handler(u"web"_s);
-    }
-
 private:
     [[nodiscard]] QStringList pinned() const {
         QStringList ids = m_rig->statusBar.items.keys();
@@ -211,11 +174,6 @@ private:
         const auto item = entry(project, title);
         QVERIFY(item && item->action);
         item->action();
-        m_rig->settle();
-    }
-
-    void redeploy(const QString& project) {
-        m_rig->state().redeployHandler()(project);
         m_rig->settle();
     }
 

@@ -1,7 +1,7 @@
 #include <QImage>
 
-#include "app/ProjectStatusItem.h"
-#include "app/StatusCircle.h"
+#include "app/items/ProjectStatusItem.h"
+#include "app/items/StatusCircle.h"
 #include "platform/base/Characters.h"
 #include "platform/tray/StatusIcon.h"
 #include "presentation/StatePresentation.h"

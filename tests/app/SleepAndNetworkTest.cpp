@@ -50,45 +50,6 @@ private Q_SLOTS:
         QVERIFY(m_rig->notificationCenter.requests.isEmpty());
     }
 
-    /// A first start on a machine whose network comes after the login.
-    void aListThatTheNetworkHeldBackIsFetchedLater() {
-        m_rig = std::make_unique<Rig>();
-        m_rig->store({.accounts = {Rig::account(u"A"_s), Rig::account(u"B"_s), Rig::account(u"C"_s)}});
-        m_rig->answerList(u"A"_s, tl::unexpected(TransportError::hostNotFound));
-        m_rig->answerList(u"B"_s, httpAnswer(401));
-        m_rig->answerList(u"C"_s, tl::unexpected(TransportError::timedOut));
-        m_rig->launch();
-        passMinutes(2);
-        QVERIFY(m_rig->state().allProjects().isEmpty());
-        m_rig->listProjects(u"C"_s, {u"q1"_s});
-        passMinutes(1);
-        m_rig->listProjects(u"A"_s, {u"p1"_s});
-        passMinutes(1);
-        QCOMPARE(m_rig->takeTimeline().filter(u"list"_s),
-                 (QStringList{u"0 list A"_s, u"0 list B"_s, u"0 list C"_s, u"60 list A"_s, u"60 list C"_s,
-                              u"120 list A"_s, u"120 list C"_s, u"180 list A"_s, u"180 list C"_s,
-                              u"240 list A"_s}));
-        passMinutes(1);
-        QCOMPARE(m_rig->state().deployments().size(), 2);
-        // An account that goes while its list is on the way is not shown any more.
-        m_rig->answerList(u"A"_s, tl::unexpected(TransportError::offline));
-        m_rig->save({.accounts = {Rig::account(u"A"_s), Rig::account(u"C"_s)}});
-        m_rig->listProjects(u"A"_s, {u"p2"_s});
-        m_rig->http.hold(HttpMethod::get, u"/v9/projects?limit=100&teamId=team-A"_s);
-        passMinutes(1);
-        m_rig->save({.accounts = {Rig::account(u"C"_s)}});
-        m_rig->http.release(HttpMethod::get, u"/v9/projects?limit=100&teamId=team-A"_s);
-        m_rig->settle();
-        QVERIFY(!m_rig->state().project(u"p2"_s));
-        // Saved anew, the former accounts are not asked any more.
-        m_rig->answerList(u"A"_s, tl::unexpected(TransportError::offline));
-        m_rig->save({.accounts = {Rig::account(u"A"_s)}});
-        m_rig->save({.accounts = {Rig::account(u"C"_s)}});
-        m_rig->takeTimeline();
-        passMinutes(2);
-        QCOMPARE(m_rig->takeTimeline().filter(u"list"_s), QStringList());
-    }
-
     void aRequestUnderWayAtTheSuspendCostsOnlyItself() {
         m_rig->clock.advance(10s);
         m_rig->http.hold(HttpMethod::get, m_rig->deploymentsTarget(u"p2"_s));
@@ -150,13 +111,6 @@ private Q_SLOTS:
     }
 
 private:
-    void passMinutes(int minutes) {
-        for (int i = 0; i < minutes; ++i) {
-            m_rig->clock.advance(60s);
-            m_rig->settle();
-        }
-    }
-
     /// The polls of the next `duration`, each with the seconds until then.
     QStringList pollsWithin(std::chrono::seconds duration) {
         m_rig->restartTimeline();

@@ -1,6 +1,6 @@
 #include <QTemporaryDir>
 
-#include "app/TrayAdvisor.h"
+#include "app/items/TrayAdvisor.h"
 #include "tests/TestProgram.h"
 #include "tests/fakes/FakeNotificationCenter.h"
 #include "tests/fakes/FakeSoundPlayer.h"

@@ -12,7 +12,7 @@
 using namespace tidemark;
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
-using Reload = AnalyticsLoader::Reload;
+using Reload = AnalyticsReload;
 
 namespace {
 

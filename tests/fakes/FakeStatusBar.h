@@ -11,11 +11,12 @@ class FakeStatusBar final : public StatusBar {
 public:
     struct Shown {
         StatusImage image;
-        AttributedTitle title;
+        QColor dot;
+        QString label;
         QString toolTip;
         StatusItem::Action action;
         Menu menu;
-        int titleCount = 0;
+        int labelCount = 0;
         int imageCount = 0;
     };
 
@@ -45,9 +46,10 @@ private:
             shown().image = image;
             ++shown().imageCount;
         }
-        void setAttributedTitle(const AttributedTitle& title) override {
-            shown().title = title;
-            ++shown().titleCount;
+        void setDot(const QColor& color) override { shown().dot = color; }
+        void setLabel(const QString& label) override {
+            shown().label = label;
+            ++shown().labelCount;
         }
         void setToolTip(const QString& toolTip) override { shown().toolTip = toolTip; }
         void setAction(Action action) override { shown().action = std::move(action); }

@@ -1,5 +1,6 @@
 #include <limits>
 
+#include "popover/AnalyticsCard.h"
 #include "tests/TestProgram.h"
 #include "tests/popover/Person.h"
 
@@ -19,8 +20,8 @@ ZoneAnalytics card(const QString& id, const QList<DayStats>& days) {
 QList<qreal> barHeights(const Person& person) {
     QList<qreal> heights;
     for (QQuickItem* item : visibleItems(person.view->rootObject()))
-        if (item->property("barHeight").isValid())
-            heights.append(item->property("barHeight").toReal());
+        if (const QVariant day = item->property("day"); day.canConvert<DayBar>())
+            heights.append(day.value<DayBar>().height);
     return heights;
 }
 
@@ -91,7 +92,7 @@ private Q_SLOTS:
         person.show();
         QVERIFY(person.loads.isEmpty());
         person.click(u"Analytics"_s);
-        using Reload = PopoverModel::AnalyticsReload;
+        using Reload = AnalyticsReload;
         QCOMPARE(person.loads, QList{Reload::ifStale});
         QVERIFY(!person.latestLoad.stop_requested());
         const std::stop_token shown = person.latestLoad;

@@ -86,14 +86,14 @@ private Q_SLOTS:
             scene.state.setError(u"site"_s, u"No network"_s);
 
         RowModel row(scene.model, u"site"_s);
-        QCOMPARE(row.domain(), domain);
-        QTEST(row.placeholder(), "placeholder");
+        QCOMPARE(row.row().domain, domain);
+        QTEST(row.row().placeholder, "placeholder");
         QCOMPARE(row.canCopy(), !domain.isEmpty());
         if (domain.isEmpty()) {
             QCOMPARE(row.copyToolTip(), u"No URL available"_s);
             return;
         }
-        QCOMPARE(row.domainUrl(), u"https://"_s + domain);
+        QCOMPARE(row.row().domainUrl, u"https://"_s + domain);
         QCOMPARE(row.copyToolTip(), u"Copy https://"_s + domain);
         row.copyUrl();
         QCOMPARE(QGuiApplication::clipboard()->text(), u"https://"_s + domain);
@@ -239,10 +239,10 @@ private Q_SLOTS:
         scene.track({u"site"_s});
         scene.poll(u"site"_s, {scene.deployment(u"READY"_s, 1min)});
         RowModel row(scene.model, u"site"_s);
-        QCOMPARE(row.pushedAt(), u"1 minute ago"_s);
+        QCOMPARE(row.row().pushedAt, u"1 minute ago"_s);
         scene.clock.setNow(scene.clock.now() + 1min);
         scene.model.refreshAges();
-        QCOMPARE(row.pushedAt(), u"2 minutes ago"_s);
+        QCOMPARE(row.row().pushedAt, u"2 minutes ago"_s);
     }
 
     void rowIsUsedForAnotherProject() {
@@ -256,9 +256,9 @@ private Q_SLOTS:
         QSignalSpy changed(&row, &ProjectRowModel::changed);
         row.setRowId(u"other"_s);
         QVERIFY(changed.count() > 0);
-        QCOMPARE(row.name(), u"other"_s);
-        QCOMPARE(row.domain(), QString());
-        QCOMPARE(row.history()->rowCount(), 0);
+        QCOMPARE(row.row().name, u"other"_s);
+        QCOMPARE(row.row().domain, QString());
+        QVERIFY(row.row().history.isEmpty());
         QVERIFY(!row.isCopied());
         QVERIFY(!row.isExpanded());
     }

@@ -79,22 +79,22 @@ public:
     int quits = 0;
     int analyticsDashboardOpened = 0;
     /// What loads were asked for, and whether the latest has been stopped.
-    QList<PopoverModel::AnalyticsReload> loads;
+    QList<AnalyticsReload> loads;
     std::stop_token latestLoad;
-    PopoverModel model{state,
-                       clock,
-                       workspace,
-                       u"1.4.2"_s,
-                       {.onOpenPreferences = [this] { ++preferencesOpened; },
-                        .onOpenDashboard = [this] { ++dashboardOpened; },
-                        .onQuit = [this] { ++quits; },
-                        .onOpenAnalyticsDashboard = [this] { ++analyticsDashboardOpened; },
-                        .loadAnalytics = [this](PopoverModel::AnalyticsReload reload,
-                                                std::stop_token stop) -> QCoro::Task<> {
-                            loads.append(reload);
-                            latestLoad = stop;
-                            co_return;
-                        }}};
+    PopoverModel model{
+        state,
+        clock,
+        workspace,
+        u"1.4.2"_s,
+        {.onOpenPreferences = [this] { ++preferencesOpened; },
+         .onOpenDashboard = [this] { ++dashboardOpened; },
+         .onQuit = [this] { ++quits; },
+         .onOpenAnalyticsDashboard = [this] { ++analyticsDashboardOpened; },
+         .loadAnalytics = [this](AnalyticsReload reload, std::stop_token stop) -> QCoro::Task<> {
+             loads.append(reload);
+             latestLoad = stop;
+             co_return;
+         }}};
 };
 
 /// A row as a view has it.

@@ -5,11 +5,9 @@
 
 #include "state/AppState.h"
 #include "tests/TestProgram.h"
-#include "tests/fakes/ManualClock.h"
 
 using namespace tidemark;
 using namespace Qt::StringLiterals;
-using namespace std::chrono_literals;
 
 namespace {
 
@@ -150,50 +148,35 @@ private Q_SLOTS:
         QVERIFY(m_state->individualIds().isEmpty());
     }
 
-    void observersHearOfEachFieldByItsRule() {
-        AppState& state = *m_state;
+    void equalValuesAreSilentAndEntriesAreNot() {
         const QString p = u"p"_s;
-        const auto minor = VercelStatusLevel::minor;
-        const auto timesTold = [&state](const QByteArray& field, const std::function<void()>& change) {
-            QSignalSpy spy(&state, ("2" + field + "Changed()").constData());
+        const auto timesTold = [this](auto signal, const std::function<void()>& change) {
+            QSignalSpy spy(m_state.get(), signal);
             change();
             change();
             return spy.count();
         };
+        QCOMPARE(timesTold(&AppState::errorsChanged, [&] { m_state->setErrors({{p, p}}); }), 1);
+        QCOMPARE(timesTold(&AppState::trackedIdsChanged, [&] { m_state->setTrackedIds({p}); }), 1);
+        QCOMPARE(timesTold(&AppState::vercelPlatformStatusChanged,
+                           [this] { m_state->setVercelPlatformStatus(VercelStatusLevel::minor); }),
+                 1);
+        QCOMPARE(timesTold(&AppState::errorsChanged, [&] { m_state->setError(p, p); }), 2);
+        QCOMPARE(timesTold(&AppState::errorsChanged, [this] { m_state->removeError(u"none"_s); }), 2);
+        QCOMPARE(timesTold(&AppState::trackedIdsChanged, [&] { m_state->setTracked(p, true); }), 2);
+        QCOMPARE(timesTold(&AppState::deploymentsChanged, [this] { m_state->setDeployments({}); }), 2);
+        QCOMPARE(timesTold(&AppState::configChanged, [this] { m_state->setConfig(std::nullopt); }), 2);
+    }
 
-        // Equal whole values are silent.
-        QCOMPARE(timesTold("vercelPlatformStatus", [&] { state.setVercelPlatformStatus(minor); }), 1);
-        QCOMPARE(timesTold("analyticsError", [&] { state.setAnalyticsError(p); }), 1);
-        QCOMPARE(timesTold("isLoadingAnalytics", [&] { state.setIsLoadingAnalytics(true); }), 1);
-        QCOMPARE(timesTold("analyticsFetchedAt", [&] { state.setAnalyticsFetchedAt(m_clock.now()); }), 1);
-        QCOMPARE(timesTold("productionOnly", [&] { state.setProductionOnly(true); }), 1);
-        QCOMPARE(timesTold("productionDomains", [&] { state.setProductionDomains({{p, p}}); }), 1);
-        QCOMPARE(timesTold("domainsCheckedThisSession", [&] { state.setDomainsCheckedThisSession({p}); }), 1);
-        QCOMPARE(timesTold("errors", [&] { state.setErrors({{p, p}}); }), 1);
-        QCOMPARE(timesTold("lastCheckedAt", [&] { state.setLastCheckedAt({{p, m_clock.now()}}); }), 1);
-        QCOMPARE(timesTold("emptyProjectIds", [&] { state.setEmptyProjectIds({p}); }), 1);
-        QCOMPARE(timesTold("isLoadingProjects", [&] { state.setIsLoadingProjects(true); }), 1);
-        QCOMPARE(timesTold("trackedIds", [&] { state.setTrackedIds({p}); }), 1);
-        QCOMPARE(timesTold("individualIds", [&] { state.setIndividualIds({p}); }), 1);
-
-        // Entries, and what is not compared, are told each time.
-        QCOMPARE(timesTold("allProjects", [&] { state.setAllProjects({}); }), 2);
-        QCOMPARE(timesTold("deployments", [&] { state.setDeployments({}); }), 2);
-        QCOMPARE(timesTold("recentDeployments", [&] { state.setRecentDeployments({}); }), 2);
-        QCOMPARE(timesTold("analyticsCards", [&] { state.setAnalyticsCards({}); }), 2);
-        QCOMPARE(timesTold("config", [&] { state.setConfig(AppConfiguration()); }), 2);
-        QCOMPARE(timesTold("redeployHandler", [&] { state.setRedeployHandler({}); }), 2);
-        QCOMPARE(timesTold("deployments", [&] { state.setDeployment(p, {}); }), 2);
-        QCOMPARE(timesTold("recentDeployments", [&] { state.setRecentDeployments(p, {}); }), 2);
-        QCOMPARE(timesTold("productionDomains", [&] { state.setProductionDomain(p, p); }), 2);
-        QCOMPARE(timesTold("domainsCheckedThisSession", [&] { state.insertDomainChecked(p); }), 2);
-        QCOMPARE(timesTold("errors", [&] { state.setError(p, p); }), 2);
-        QCOMPARE(timesTold("errors", [&] { state.removeError(u"none"_s); }), 2);
-        QCOMPARE(timesTold("lastCheckedAt", [&] { state.setLastCheckedAt(p, m_clock.now()); }), 2);
-        QCOMPARE(timesTold("emptyProjectIds", [&] { state.insertEmptyProject(p); }), 2);
-        QCOMPARE(timesTold("emptyProjectIds", [&] { state.removeEmptyProject(p); }), 2);
-        QCOMPARE(timesTold("trackedIds", [&] { state.setTracked(p, true); }), 2);
-        QCOMPARE(timesTold("individualIds", [&] { state.setIndividual(p, false); }), 2);
+    void theErrorOfARedeployLastsUntilTheNextCheck() {
+        m_state->setRedeployError(u"p"_s, u"refused"_s);
+        QVERIFY(m_state->hasRedeployError(u"p"_s));
+        QCOMPARE(m_state->errors().value(u"p"_s), u"refused"_s);
+        m_state->setError(u"p"_s, u"failed"_s);
+        QVERIFY(!m_state->hasRedeployError(u"p"_s));
+        m_state->setRedeployError(u"p"_s, u"refused"_s);
+        m_state->removeError(u"p"_s);
+        QVERIFY(!m_state->hasRedeployError(u"p"_s));
     }
 
     void equalAssignmentsAreStillPersisted() {
@@ -220,7 +203,6 @@ private:
     }
 
     std::unique_ptr<QTemporaryDir> m_folder;
-    ManualClock m_clock;
     std::unique_ptr<UserDefaults> m_defaults;
     std::unique_ptr<AppState> m_state;
 };

@@ -32,14 +32,14 @@ private:
 AnalyticsLoader::AnalyticsLoader(AppState& state, HttpClient& http, const Clock& clock, QUrl baseURL)
     : m_state(&state), m_http(&http), m_clock(&clock), m_baseURL(std::move(baseURL)) {}
 
-QCoro::Task<> AnalyticsLoader::load(Reload reload, std::stop_token stop) const {
+QCoro::Task<> AnalyticsLoader::load(AnalyticsReload reload, std::stop_token stop) const {
     return run(*this, reload, std::move(stop));
 }
 
-QCoro::Task<> AnalyticsLoader::run(AnalyticsLoader loader, Reload reload, std::stop_token stop) {
+QCoro::Task<> AnalyticsLoader::run(AnalyticsLoader loader, AnalyticsReload reload, std::stop_token stop) {
     AppState* const state = loader.m_state;
     // Up to the mark nothing waits, so two loads cannot both come so far.
-    if (!state || (reload == Reload::ifStale && loader.isFresh()) || state->isLoadingAnalytics())
+    if (!state || (reload == AnalyticsReload::ifStale && loader.isFresh()) || state->isLoadingAnalytics())
         co_return;
     const QString token = state->config() ? state->config()->cloudflareToken : QString();
     if (token.isEmpty()) {

@@ -16,23 +16,19 @@ namespace tidemark {
 /// HTTP client and the clock must outlive the load; when the state goes, the load ends at its next wait.
 class AnalyticsLoader {
 public:
-    enum class Reload : quint8 {
-        ifStale,  ///< not within 300 seconds of the last load that got the zones
-        always,
-    };
-
     AnalyticsLoader(AppState& state, HttpClient& http, const Clock& clock, QUrl baseURL);
 
     /// Fetches the zones, then the traffic of each that a tracked project is called like, one request at a
-    /// time, and publishes all cards at once. Does nothing while another load runs. Every outcome is in the
-    /// state; "loading" is over whichever way this ends.
+    /// time, and publishes all cards at once. Analytics are fresh for 300 seconds after a load that got the
+    /// zones. Does nothing while another load runs. Every outcome is in the state; "loading" is over
+    /// whichever way this ends.
     ///
     /// A stop ends the requests that are left, and they count as failed ones: before the zones have come
     /// that is an error, after that a zone without a card.
-    [[nodiscard]] QCoro::Task<> load(Reload reload, std::stop_token stop) const;
+    [[nodiscard]] QCoro::Task<> load(AnalyticsReload reload, std::stop_token stop) const;
 
 private:
-    static QCoro::Task<> run(AnalyticsLoader loader, Reload reload, std::stop_token stop);
+    static QCoro::Task<> run(AnalyticsLoader loader, AnalyticsReload reload, std::stop_token stop);
     static QCoro::Task<QList<ZoneAnalytics>> fetchCards(CloudflareAPIClient client, QList<Zone> zones,
                                                         QList<VercelProject> projects, std::stop_token stop);
 

@@ -25,7 +25,8 @@ public:
     ~DBusStatusItem() override;
 
     void setImage(const StatusImage& image) override { m_item.setImage(image); }
-    void setAttributedTitle(const AttributedTitle& title) override { m_item.setAttributedTitle(title); }
+    void setDot(const QColor& color) override { m_item.setDot(color); }
+    void setLabel(const QString& label) override { m_item.setLabel(label); }
     void setToolTip(const QString& toolTip) override { m_item.setToolTip(toolTip); }
     void setAction(Action action) override { m_item.setAction(std::move(action)); }
     void setMenu(const Menu& menu) override;

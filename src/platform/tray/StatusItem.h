@@ -26,16 +26,6 @@ struct StatusImage {
     double margin = 0;
 };
 
-/// A piece of a title. An invalid colour is the panel's own text colour.
-struct TitleRun {
-    QString text;
-    QColor color;
-    double pointSize = 0;
-
-    bool operator==(const TitleRun&) const = default;
-};
-using AttributedTitle = QList<TitleRun>;
-
 /// One entry of the panel. It leaves the panel when it is destroyed.
 class StatusItem {
 public:
@@ -48,7 +38,11 @@ public:
     virtual ~StatusItem() = default;
 
     virtual void setImage(const StatusImage& image) = 0;
-    virtual void setAttributedTitle(const AttributedTitle& title) = 0;
+    /// The colour of the dot in the image; an invalid one for none.
+    virtual void setDot(const QColor& color) = 0;
+    /// A short text for panels that show one beside the image, and for the hover text of the others. May be
+    /// empty.
+    virtual void setLabel(const QString& label) = 0;
     virtual void setToolTip(const QString& toolTip) = 0;
     /// What a click does. Not for an item with a menu, which shows that.
     virtual void setAction(Action action) = 0;

@@ -55,19 +55,16 @@ void StatusNotifierItem::setImage(const StatusImage& image) {
     scheduleUpdate();
 }
 
-void StatusNotifierItem::setAttributedTitle(const AttributedTitle& title) {
-    QColor dot;
-    QString label;
-    for (const TitleRun& run : title)
-        if (!run.color.isValid())
-            label += run.text;
-        else if (!dot.isValid())
-            dot = run.color;
-    m_label = label.trimmed();
-    if (dot != m_dot) {
-        m_dot = dot;
-        imageChanged();
-    }
+void StatusNotifierItem::setDot(const QColor& color) {
+    if (color == m_dot)
+        return;
+    m_dot = color;
+    imageChanged();
+    scheduleUpdate();
+}
+
+void StatusNotifierItem::setLabel(const QString& label) {
+    m_label = label;
     scheduleUpdate();
 }
 

@@ -58,7 +58,8 @@ public:
     StatusNotifierItem(QString applicationName, QString id, const QString& menuPath);
 
     void setImage(const StatusImage& image);
-    void setAttributedTitle(const AttributedTitle& title);
+    void setDot(const QColor& color);
+    void setLabel(const QString& label);
     void setToolTip(const QString& toolTip);
     void setAction(StatusItem::Action action) { m_action = std::move(action); }
     /// Whether the item only has a menu. It then refuses `Activate`, and some panels open the menu as a

@@ -5,22 +5,18 @@ import Tidemark.Popover
 Item {
     id: row
 
-    required property color dotColor
-    required property string ref
-    required property string word
-    required property color wordColor
-    required property string age
+    required property historyEntry entry
 
     implicitHeight: reference.implicitHeight
     Accessible.role: Accessible.StaticText
-    Accessible.name: row.ref + ", " + row.word + ", " + row.age
+    Accessible.name: row.entry.ref + ", " + row.entry.word + ", " + row.entry.age
 
     Dot {
         id: dot
 
         anchors.verticalCenter: parent.verticalCenter
         size: 5
-        color: row.dotColor
+        color: row.entry.dotColor
     }
 
     Label {
@@ -30,7 +26,7 @@ Item {
         anchors.leftMargin: 6
         anchors.right: state.left
         anchors.rightMargin: 6
-        text: row.ref
+        text: row.entry.ref
         color: DS.textMuted
         font.pixelSize: 10
     }
@@ -40,8 +36,8 @@ Item {
 
         anchors.right: separator.left
         anchors.rightMargin: 6
-        text: row.word
-        color: row.wordColor
+        text: row.entry.word
+        color: row.entry.wordColor
         font.pixelSize: 10
     }
 
@@ -59,7 +55,7 @@ Item {
         id: age
 
         anchors.right: parent.right
-        text: row.age
+        text: row.entry.age
         color: DS.textFaint
         font.pixelSize: 10
     }

@@ -55,7 +55,7 @@ FocusScope {
                 anchors.right: badge.left
                 anchors.rightMargin: 8
                 anchors.verticalCenter: parent.verticalCenter
-                text: panel.popover.countText
+                text: panel.popover.summary.countText
                 font.pixelSize: 13
                 font.weight: Font.Medium
                 Accessible.role: Accessible.StaticText
@@ -75,7 +75,7 @@ FocusScope {
                 ContinuousRectangle {
                     anchors.fill: parent
                     radius: height / 2
-                    color: panel.popover.badgeColor
+                    color: panel.popover.summary.badgeColor
                     opacity: 0.15
                 }
 
@@ -83,8 +83,8 @@ FocusScope {
                     id: badgeText
 
                     anchors.centerIn: parent
-                    text: panel.popover.badgeText
-                    color: panel.popover.badgeColor
+                    text: panel.popover.summary.badgeText
+                    color: panel.popover.summary.badgeColor
                     font.weight: Font.Medium
                 }
             }
@@ -113,8 +113,8 @@ FocusScope {
         anchors.top: divider.bottom
         width: parent.width
         height: visible ? implicitHeight : 0
-        visible: panel.popover.showsConnectionWarning
-        error: panel.popover.connectionError
+        visible: panel.popover.summary.showsConnectionWarning
+        error: panel.popover.summary.connectionError
     }
 
     FocusRest {
@@ -127,16 +127,16 @@ FocusScope {
         anchors.top: banner.bottom
         width: parent.width
         height: {
-            if (panel.popover.isLoading)
+            if (panel.popover.summary.isLoading)
                 return loading.implicitHeight;
-            return panel.popover.isNothingTracked ? nothing.implicitHeight : list.implicitHeight;
+            return panel.popover.summary.isNothingTracked ? nothing.implicitHeight : list.implicitHeight;
         }
 
         LoadingRow {
             id: loading
 
             width: parent.width
-            visible: panel.popover.isLoading
+            visible: panel.popover.summary.isLoading
             text: "Fetching projects…"
             verticalPadding: 20
         }
@@ -145,7 +145,7 @@ FocusScope {
             id: nothing
 
             width: parent.width
-            visible: !panel.popover.isLoading && panel.popover.isNothingTracked
+            visible: !panel.popover.summary.isLoading && panel.popover.summary.isNothingTracked
             text: "No projects tracked.\nOpen Manage projects to add some."
         }
 
@@ -156,7 +156,7 @@ FocusScope {
 
             width: parent.width
             height: implicitHeight
-            visible: !panel.popover.isLoading && !panel.popover.isNothingTracked
+            visible: !panel.popover.summary.isLoading && !panel.popover.summary.isNothingTracked
             maximumHeight: Math.max(60, Math.min(360, panel.maximumHeight - content.y - 1 - footer.height))
             topMargin: 5
             bottomMargin: 5

@@ -16,6 +16,7 @@ ExpandableRow {
         width: row.width
         height: implicitHeight
         project: project
+        row: project.row
         popover: row.popover
     }
 
@@ -41,12 +42,12 @@ ExpandableRow {
         width: row.width
         height: 14 + lines.height
         focus: true
-        label: project.summary
+        label: project.row.summary
         activeFocusOnTab: row.ListView.isCurrentItem || activeFocus
         focusRing.anchors.margins: 2
         Accessible.description: (project.isExpanded ? "Expanded" : "Collapsed")
-            + (project.pushedAt === "" ? "" : ", pushed " + project.pushedAt)
-            + (project.placeholder === "" ? "" : ", " + project.placeholder)
+            + (project.row.pushedAt === "" ? "" : ", pushed " + project.row.pushedAt)
+            + (project.row.placeholder === "" ? "" : ", " + project.row.placeholder)
         onPressed: row.toggle()
 
         Rectangle {
@@ -61,31 +62,31 @@ ExpandableRow {
             x: 14
             anchors.verticalCenter: parent.verticalCenter
             size: 7
-            color: project.dotColor
+            color: project.row.dotColor
         }
 
         Item {
             id: lines
 
             readonly property real second: name.implicitHeight + 1
-            readonly property real third: second + (project.domain !== "" || project.placeholder !== "" ? placeholder.implicitHeight + 1 : 0)
+            readonly property real third: second + (project.row.domain !== "" || project.row.placeholder !== "" ? placeholder.implicitHeight + 1 : 0)
 
             anchors.left: dot.right
             anchors.leftMargin: 9
-            anchors.right: project.error !== "" ? warning.left : word.left
+            anchors.right: project.row.error !== "" ? warning.left : word.left
             anchors.rightMargin: 9
             y: 7
-            height: project.pushedAt !== "" ? third + pushedAt.implicitHeight : third - 1
+            height: project.row.pushedAt !== "" ? third + pushedAt.implicitHeight : third - 1
 
             Label {
                 id: name
 
                 width: parent.width
-                text: project.name
+                text: project.row.name
                 font.pixelSize: 13
 
                 HoverTip {
-                    text: name.truncated ? project.name : ""
+                    text: name.truncated ? project.row.name : ""
                 }
             }
 
@@ -94,11 +95,11 @@ ExpandableRow {
 
                 y: lines.second
                 width: Math.min(implicitWidth, parent.width)
-                visible: project.domain !== ""
+                visible: project.row.domain !== ""
                 activeFocusOnTab: row.ListView.isCurrentItem || activeFocus
                 popover: row.popover
-                domain: project.domain
-                url: project.domainUrl
+                domain: project.row.domain
+                url: project.row.domainUrl
             }
 
             Label {
@@ -107,7 +108,7 @@ ExpandableRow {
                 y: lines.second
                 width: parent.width
                 visible: text !== ""
-                text: project.placeholder
+                text: project.row.placeholder
                 color: DS.textFaint
             }
 
@@ -117,8 +118,8 @@ ExpandableRow {
                 y: lines.third
                 width: Math.min(implicitWidth, parent.width)
                 visible: description !== ""
-                description: project.pushedAt
-                toolTip: project.pushedToolTip
+                description: project.row.pushedAt
+                toolTip: project.row.pushedToolTip
             }
         }
 
@@ -128,13 +129,13 @@ ExpandableRow {
             anchors.right: word.left
             anchors.rightMargin: 9
             anchors.verticalCenter: parent.verticalCenter
-            visible: project.error !== ""
+            visible: project.row.error !== ""
             name: "exclamationmark.triangle.fill"
             fontSize: 9
             color: DS.building
 
             HoverTip {
-                text: project.errorToolTip
+                text: project.row.errorToolTip
                 margin: 3
             }
         }
@@ -145,8 +146,8 @@ ExpandableRow {
             anchors.right: chevron.left
             anchors.rightMargin: 9
             anchors.verticalCenter: parent.verticalCenter
-            text: project.word
-            color: project.wordColor
+            text: project.row.word
+            color: project.row.wordColor
         }
 
         Symbol {

@@ -20,7 +20,7 @@ ProjectListRow {
 
     onRowIdChanged: track.isAnimated = false
     Accessible.role: Accessible.ListItem
-    Accessible.name: project.deployedText === "" ? project.name : project.name + ", " + project.deployedText
+    Accessible.name: project.row.deployedText === "" ? project.row.name : project.row.name + ", " + project.row.deployedText
 
     ManageRowModel {
         id: project
@@ -60,7 +60,7 @@ ProjectListRow {
             x: 14
             anchors.verticalCenter: parent.verticalCenter
             size: 7
-            color: project.dotColor
+            color: project.row.dotColor
         }
 
         Item {
@@ -68,21 +68,21 @@ ProjectListRow {
 
             anchors.left: dot.right
             anchors.leftMargin: 9
-            anchors.right: project.isTracked ? pin.left : track.left
+            anchors.right: project.row.isTracked ? pin.left : track.left
             anchors.rightMargin: 9
             y: 7
-            height: name.implicitHeight + (project.deployedText !== "" ? 1 + deployed.implicitHeight : 0)
+            height: name.implicitHeight + (project.row.deployedText !== "" ? 1 + deployed.implicitHeight : 0)
 
             Label {
                 id: name
 
                 width: parent.width
-                text: project.name
-                color: project.isTracked ? DS.text : DS.textFaint
+                text: project.row.name
+                color: project.row.isTracked ? DS.text : DS.textFaint
                 font.pixelSize: 13
 
                 HoverTip {
-                    text: name.truncated ? project.name : ""
+                    text: name.truncated ? project.row.name : ""
                 }
             }
 
@@ -92,7 +92,7 @@ ProjectListRow {
                 anchors.bottom: parent.bottom
                 width: parent.width
                 visible: text !== ""
-                text: project.deployedText
+                text: project.row.deployedText
                 color: DS.textFaint
             }
         }
@@ -103,16 +103,16 @@ ProjectListRow {
             anchors.right: track.left
             anchors.rightMargin: 9
             anchors.verticalCenter: parent.verticalCenter
-            visible: project.isTracked
+            visible: project.row.isTracked
             activeFocusOnTab: row.ListView.isCurrentItem || activeFocus
-            symbol: project.isPinned ? "pin.fill" : "pin"
+            symbol: project.row.isPinned ? "pin.fill" : "pin"
             fontSize: 10
-            color: project.isPinned ? DS.live : DS.textDim
-            label: "Pin " + project.name
-            toolTip: project.pinToolTip
+            color: project.row.isPinned ? DS.live : DS.textDim
+            label: "Pin " + project.row.name
+            toolTip: project.row.pinToolTip
             Accessible.role: Accessible.CheckBox
             Accessible.checkable: true
-            Accessible.checked: project.isPinned
+            Accessible.checked: project.row.isPinned
             Accessible.onToggleAction: pin.pressed()
             onPressed: project.togglePinned()
         }
@@ -125,8 +125,8 @@ ProjectListRow {
             anchors.verticalCenter: parent.verticalCenter
             activeFocusOnTab: row.ListView.isCurrentItem || activeFocus
             focus: true
-            isOn: project.isTracked
-            label: "Track " + project.name
+            isOn: project.row.isTracked
+            label: "Track " + project.row.name
             onPressed: project.toggleTracked()
         }
     }

@@ -9,6 +9,7 @@ Rectangle {
 
     /// Null while the row goes.
     required property ProjectRowModel project
+    required property projectRow row
     required property PopoverModel popover
 
     implicitHeight: column.implicitHeight + 14
@@ -25,35 +26,35 @@ Rectangle {
         DetailRow {
             width: parent.width
             icon: "arrow.triangle.branch"
-            label: details.project ? details.project.branch : ""
+            label: details.row.branch
             meaning: "Branch"
         }
 
         DetailRow {
             width: parent.width
             icon: "text.bubble"
-            label: details.project ? details.project.commitMessage : ""
+            label: details.row.commitMessage
             meaning: "Commit"
         }
 
         DetailRow {
             width: parent.width
             icon: "timer"
-            label: details.project ? details.project.buildDuration : ""
+            label: details.row.buildDuration
             meaning: "Build time"
         }
 
         DetailRow {
             width: parent.width
             icon: "exclamationmark.triangle"
-            label: details.project ? details.project.error : ""
+            label: details.row.error
             meaning: "Last check failed"
         }
 
         DetailRow {
             width: parent.width
             icon: "clock.arrow.circlepath"
-            label: details.project ? details.project.staleness : ""
+            label: details.row.staleness
             meaning: "Age of the status"
         }
 
@@ -73,21 +74,21 @@ Rectangle {
                 visible: url !== ""
                 title: "Vercel"
                 popover: details.popover
-                url: details.project ? details.project.inspectorUrl : ""
+                url: details.row.inspectorUrl
             }
 
             LinkButton {
                 visible: url !== ""
                 title: "Deployment"
                 popover: details.popover
-                url: details.project ? details.project.deploymentUrl : ""
+                url: details.row.deploymentUrl
             }
         }
 
         Item {
             width: parent.width
             height: 5
-            visible: details.project && details.project.hasHistory
+            visible: details.row.history.length > 0
 
             Hairline {
                 y: 2
@@ -97,14 +98,17 @@ Rectangle {
 
         Column {
             width: parent.width
-            visible: details.project && details.project.hasHistory
+            visible: details.row.history.length > 0
             spacing: 4
 
             Repeater {
-                model: details.project ? details.project.history : null
+                model: details.row.history
 
                 DeploymentHistoryRow {
+                    required property historyEntry modelData
+
                     width: column.width
+                    entry: modelData
                 }
             }
         }

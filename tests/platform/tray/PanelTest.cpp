@@ -108,7 +108,8 @@ void PanelTest::createItem() {
     m_item = m_bar.createStatusItem(u"tidemark"_s);
     QVERIFY(m_item);
     m_item->setImage(triangle());
-    m_item->setAttributedTitle({{u"● "_s, dotColor, 9}, {u" 3 live"_s, {}, 12}});
+    m_item->setDot(dotColor);
+    m_item->setLabel(u"3 live"_s);
 }
 
 std::optional<QPoint> PanelTest::waitForDot(const QColor& color) {
@@ -170,7 +171,8 @@ void PanelTest::iconIsOnTheScreen() {
     QVERIFY(dot->y() < panelHeight);
 
     const QColor changed(0x00, 0xff, 0xc8);
-    m_item->setAttributedTitle({{u"● "_s, changed, 9}});
+    m_item->setDot(changed);
+    m_item->setLabel({});
     QVERIFY(waitForDot(changed));
     QVERIFY(waitUntilGone(dotColor));
 

@@ -22,13 +22,6 @@ StatusImage square(const QColor& color) {
     return {QSizeF(16, 16), false, [color](QPainter& painter) { painter.fillRect(0, 0, 16, 16, color); }};
 }
 
-AttributedTitle title(const QColor& dot, const QString& summary) {
-    AttributedTitle runs{{u"● "_s, dot, 9}};
-    if (!summary.isEmpty())
-        runs.append({u' ' + summary, {}, 12});
-    return runs;
-}
-
 /// Renames this process, which owns the watcher, to look like another one.
 class ProcessName {
 public:
@@ -54,8 +47,8 @@ private Q_SLOTS:
     void init() { setUp(); }
     void cleanup() { tearDown(); }
     void answersWhatPanelsRead();
-    void textsComeFromTitleAndToolTip_data();
-    void textsComeFromTitleAndToolTip();
+    void textsComeFromLabelAndToolTip_data();
+    void textsComeFromLabelAndToolTip();
     void signalsOnlyWhatAPanelWouldSee();
     void everyClickRunsTheAction_data();
     void everyClickRunsTheAction();
@@ -91,57 +84,49 @@ void StatusNotifierTest::answersWhatPanelsRead() {
     QCOMPARE(icon, statusIconPixmaps(square(Qt::blue), {}));
 }
 
-void StatusNotifierTest::textsComeFromTitleAndToolTip_data() {
-    QTest::addColumn<AttributedTitle>("runs");
+void StatusNotifierTest::textsComeFromLabelAndToolTip_data() {
+    QTest::addColumn<QString>("label");
     QTest::addColumn<QString>("toolTip");
     QTest::addColumn<QString>("expectedTitle");
-    QTest::addColumn<QString>("expectedLabel");
-    const auto live = title(Qt::green, u"3 live"_s);
-    QTest::newRow("nothing set") << AttributedTitle() << ""
-                                 << "Tidemark"
-                                 << "";
-    QTest::newRow("dot only") << title(Qt::green, {}) << ""
-                              << "Tidemark"
-                              << "";
-    QTest::newRow("summary") << live << ""
-                             << "Tidemark — 3 live"
-                             << "3 live";
-    QTest::newRow("tool tip") << AttributedTitle() << "api_1: READY"
-                              << "api_1: READY"
-                              << "";
-    QTest::newRow("tool tip and summary") << live << "web: loading…"
-                                          << "web: loading…"
-                                          << "3 live";
+    QTest::newRow("nothing set") << "" << "" << "Tidemark";
+    QTest::newRow("label") << "3 live" << "" << "Tidemark — 3 live";
+    QTest::newRow("tool tip") << "" << "api_1: READY" << "api_1: READY";
+    QTest::newRow("tool tip and label") << "3 live" << "web: loading…" << "web: loading…";
 }
 
-void StatusNotifierTest::textsComeFromTitleAndToolTip() {
-    QFETCH(AttributedTitle, runs);
+void StatusNotifierTest::textsComeFromLabelAndToolTip() {
+    QFETCH(QString, label);
     QFETCH(QString, toolTip);
     createItem();
-    m_item->setAttributedTitle(runs);
+    m_item->setDot(Qt::green);
+    m_item->setLabel(label);
     m_item->setToolTip(toolTip);
     const StatusNotifierHost host(m_service);
     QTEST(host.property(u"Title"_s).toString(), "expectedTitle");
     QTEST(host.toolTipTitle(), "expectedTitle");
-    QTEST(host.property(u"XAyatanaLabel"_s).toString(), "expectedLabel");
+    QCOMPARE(host.property(u"XAyatanaLabel"_s).toString(), label);
 }
 
 void StatusNotifierTest::signalsOnlyWhatAPanelWouldSee() {
     createItem();
     StatusNotifierHost host(m_service);
     m_item->setImage(square(Qt::blue));
-    m_item->setAttributedTitle(title(Qt::green, u"3 live"_s));
+    m_item->setDot(Qt::green);
+    m_item->setLabel(u"3 live"_s);
     QCOMPARE(host.takeSignals(), QStringList());  // nobody has read anything yet
     QVERIFY(!qdbus_cast<IconPixmaps>(host.property(u"IconPixmap"_s)).isEmpty());
 
     m_item->setImage(square(Qt::blue));
-    m_item->setAttributedTitle(title(Qt::green, u"3 live"_s));
+    m_item->setDot(Qt::green);
+    m_item->setLabel(u"3 live"_s);
     QCOMPARE(host.takeSignals(), QStringList());
 
-    m_item->setAttributedTitle(title(Qt::red, u"3 live"_s));
+    m_item->setDot(Qt::red);
+    m_item->setLabel(u"3 live"_s);
     QCOMPARE(host.takeSignals(), QStringList{u"NewIcon"_s});
 
-    m_item->setAttributedTitle(title(Qt::red, u"1 error"_s));
+    m_item->setDot(Qt::red);
+    m_item->setLabel(u"1 error"_s);
     const QStringList texts{u"NewTitle"_s, u"NewToolTip"_s, u"XAyatanaNewLabel"_s};
     QCOMPARE(host.takeSignals(), texts);
 
@@ -152,7 +137,8 @@ void StatusNotifierTest::signalsOnlyWhatAPanelWouldSee() {
     QCOMPARE(host.takeSignals(), QStringList());  // unchanged at the end of the turn
 
     m_item->setImage(square(Qt::cyan));
-    m_item->setAttributedTitle(title(Qt::green, {}));
+    m_item->setDot(Qt::green);
+    m_item->setLabel({});
     QCOMPARE(host.takeSignals(), texts + QStringList{u"NewIcon"_s});
     const auto icon = qdbus_cast<IconPixmaps>(host.property(u"IconPixmap"_s));
     QCOMPARE(icon, statusIconPixmaps(square(Qt::cyan), Qt::green));
@@ -279,7 +265,8 @@ void StatusNotifierTest::survivesTheEndOfTheBus() {
     daemon.kill();
     QVERIFY(daemon.waitForFinished(hangLimit));
     QTRY_VERIFY(!bus.isConnected());
-    item.setAttributedTitle(title(Qt::red, u"1 error"_s));
+    item.setDot(Qt::red);
+    item.setLabel(u"1 error"_s);
     item.setImage(square(Qt::blue));
     QCoreApplication::processEvents();
 }

@@ -1,4 +1,4 @@
-#include "app/TrayAdvisor.h"
+#include "app/items/TrayAdvisor.h"
 
 #include <algorithm>
 #include <array>
@@ -22,7 +22,7 @@ struct DesktopAdvice {
 };
 
 constexpr QStringView runBar = u"Run a bar that has a tray, such as waybar.";
-/// By the names that the panels' own lists of what can be added use.
+/// Named as the panels' own lists of plugins name them.
 constexpr std::array knownDesktops{
     DesktopAdvice{"GNOME"_L1,
                   u"GNOME shows tray icons only with an extension: install “AppIndicator and "
@@ -75,7 +75,7 @@ void TrayAdvisor::tell() {
         return;
     }
     m_services.notifications.announce(title, text, [&defaults = m_services.defaults, told, print] {
-        // Nobody has seen it: the next run tries again.
+        // Nobody has seen it, so the next run tries again.
         defaults.setValue(toldKey, told);
         print();
     });

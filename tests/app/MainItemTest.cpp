@@ -1,13 +1,13 @@
 #include <QImage>
 
-#include "app/VercelLogoShape.h"
+#include "app/items/VercelLogoShape.h"
 #include "presentation/StatePresentation.h"
 #include "tests/TestProgram.h"
 #include "tests/app/Rig.h"
 
 using namespace tidemark;
 
-class MainStatusItemTest final : public QObject {
+class MainItemTest final : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
@@ -19,14 +19,14 @@ private Q_SLOTS:
         QTest::newRow("nothing tracked") << QStringList() << State::unknown << QString();
         QTest::newRow("none polled") << QStringList{u"-"_s, u"-"_s} << State::unknown << QString();
         QTest::newRow("all ready") << QStringList{u"READY"_s, u"READY"_s, u"READY"_s} << State::ready
-                                   << u" 3 live"_s;
+                                   << u"3 live"_s;
         QTest::newRow("one error") << QStringList{u"READY"_s, u"ERROR"_s, u"READY"_s} << State::error
-                                   << u" 1 error"_s;
-        QTest::newRow("two errors") << QStringList{u"ERROR"_s, u"ERROR"_s} << State::error << u" 2 errors"_s;
+                                   << u"1 error"_s;
+        QTest::newRow("two errors") << QStringList{u"ERROR"_s, u"ERROR"_s} << State::error << u"2 errors"_s;
         QTest::newRow("building") << QStringList{u"BUILDING"_s, u"READY"_s} << State::building
-                                  << u" 1 building"_s;
+                                  << u"1 building"_s;
         QTest::newRow("queued counts as building")
-            << QStringList{u"QUEUED"_s, u"INITIALIZING"_s} << State::building << u" 2 building"_s;
+            << QStringList{u"QUEUED"_s, u"INITIALIZING"_s} << State::building << u"2 building"_s;
         QTest::newRow("canceled") << QStringList{u"CANCELED"_s, u"READY"_s} << State::canceled << QString();
         QTest::newRow("unknown") << QStringList{u"READY"_s, u"SHINY"_s} << State::unknown << QString();
     }
@@ -50,19 +50,38 @@ private Q_SLOTS:
         }
         rig.launch();
         rig.clock.advance(20s);
-        AttributedTitle expected{{u"● "_s, color(dot), 9}};
-        if (!summary.isEmpty())
-            expected.append({summary, QColor(), 12});
-        QCOMPARE(rig.statusBar.items.value(u"tidemark"_s).title, expected);
+        QCOMPARE(rig.statusBar.items.value(u"tidemark"_s).dot, color(dot));
+        QCOMPARE(rig.statusBar.items.value(u"tidemark"_s).label, summary);
         QVERIFY(rig.statusBar.items.value(u"tidemark"_s).toolTip.isEmpty());
+    }
+
+    void untrackingShowsAtOnce() {
+        Rig rig;
+        rig.store({.accounts = {Rig::account(u"A"_s)}});
+        rig.listProjects(u"A"_s, {u"broken"_s, u"fine"_s});
+        rig.answerDeployments(u"broken"_s, QStringList{u"ERROR"_s});
+        rig.launch();
+        rig.clock.advance(2s);
+        const auto shown = [&rig] {
+            rig.settle();
+            const auto item = rig.statusBar.items.value(u"tidemark"_s);
+            return std::pair(item.dot, item.label);
+        };
+        QCOMPARE(shown(), std::pair(color(DeploymentState::error), u"1 error"_s));
+        rig.state().setTracked(u"broken"_s, false);
+        QCOMPARE(shown(), std::pair(color(DeploymentState::ready), u"1 live"_s));
+        rig.state().setTracked(u"fine"_s, false);
+        QCOMPARE(shown(), std::pair(color(DeploymentState::unknown), QString()));
+        rig.state().setTracked(u"broken"_s, true);
+        QCOMPARE(shown(), std::pair(color(DeploymentState::error), u"1 error"_s));
     }
 
     void thePlatformStatusLeavesTheTitleAlone() {
         Rig rig;
         rig.launch();
-        const int count = rig.statusBar.items.value(u"tidemark"_s).titleCount;
+        const int count = rig.statusBar.items.value(u"tidemark"_s).labelCount;
         rig.state().setVercelPlatformStatus(VercelStatusLevel::critical);
-        QCOMPARE(rig.statusBar.items.value(u"tidemark"_s).titleCount, count);
+        QCOMPARE(rig.statusBar.items.value(u"tidemark"_s).labelCount, count);
     }
 
     void theLogoIsATriangleInItsSquare_data() {
@@ -96,5 +115,5 @@ private Q_SLOTS:
     }
 };
 
-TIDEMARK_GUI_TEST(MainStatusItemTest)
-#include "MainStatusItemTest.moc"
+TIDEMARK_GUI_TEST(MainItemTest)
+#include "MainItemTest.moc"

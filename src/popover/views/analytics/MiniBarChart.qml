@@ -7,9 +7,7 @@ import Tidemark.Popover
 Item {
     id: chart
 
-    required property QtObject days
-    /// The height of the highest bar; 0 without any.
-    required property real highest
+    required property analyticsCard card
 
     implicitHeight: caption.implicitHeight + 4 + bars.height
     Accessible.role: Accessible.Chart
@@ -37,14 +35,17 @@ Item {
         id: bars
 
         y: caption.implicitHeight + 4
-        height: chart.highest > 0 ? chart.highest + 2 + measure.implicitHeight : 0
+        height: chart.card.highestBar > 0 ? chart.card.highestBar + 2 + measure.implicitHeight : 0
         spacing: 3
 
         Repeater {
-            model: chart.days
+            model: chart.card.bars
 
             ChartBar {
+                required property dayBar modelData
+
                 height: bars.height
+                day: modelData
             }
         }
     }

@@ -12,11 +12,11 @@
 
 namespace tidemark {
 
-/// Tells the user, in words, when the desktop has no tray to show the program in, and what to do about it.
+/// Tells the user that the desktop has no tray for the program's item, and what to do about it.
 ///
-/// Some seconds after the start it looks once; a panel that comes in that time, or comes later, is nothing to
-/// talk about. The notification is shown once on each desktop, not at every login, and again when a tray that
-/// was there has gone. Whenever none is shown the words go to `print`.
+/// It looks once, ten seconds after the start, because a panel may take that long at a login. The
+/// notification is shown once on each desktop, not at every login, and again if a tray disappears for good.
+/// When no notification is shown, the advice goes to `print`.
 class TrayAdvisor {
 public:
     /// All of it outlives the advisor.
@@ -25,18 +25,18 @@ public:
         const StatusBar& statusBar;
         NotificationManager& notifications;
         UserDefaults& defaults;
-        /// What the desktop calls itself, as in XDG_CURRENT_DESKTOP; may be empty.
+        /// The value of XDG_CURRENT_DESKTOP; may be empty.
         QString desktop;
-        /// For whoever started the program in a terminal. Given whole lines.
+        /// Writes a line to the terminal.
         std::function<void(const QString&)> print;
     };
 
     explicit TrayAdvisor(Services services);
 
-    /// Begins to wait. Call once.
+    /// Starts the wait. Call once.
     void start();
 
-    /// What to do to get a tray on the desktop: a sentence.
+    /// A sentence that tells how to get a tray on the desktop.
     [[nodiscard]] static QString advice(const QString& desktop);
 
 private:

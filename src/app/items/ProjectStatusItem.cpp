@@ -1,6 +1,8 @@
-#include "app/ProjectStatusItem.h"
+#include "app/items/ProjectStatusItem.h"
 
-#include "app/StatusCircle.h"
+#include <utility>
+
+#include "app/items/StatusCircle.h"
 #include "platform/base/Characters.h"
 #include "presentation/DeploymentTexts.h"
 #include "presentation/StatePresentation.h"
@@ -36,8 +38,18 @@ ProjectStatusItem::ProjectStatusItem(VercelProject project, Services services, A
       m_services(services),
       m_actions(std::move(actions)),
       m_statusItem(services.statusBar.createStatusItem(u"tidemark-"_s + m_project.id)) {
+    showLoading();
+}
+
+void ProjectStatusItem::showLoading() {
     show(color(DeploymentState::unknown), u"loading…"_s);
     buildMenu();
+}
+
+void ProjectStatusItem::clearError() {
+    if (!std::exchange(m_lastError, std::nullopt))
+        return;
+    showLoading();
 }
 
 void ProjectStatusItem::update(const Deployment& deployment) {

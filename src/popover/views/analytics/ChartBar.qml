@@ -6,37 +6,34 @@ import Tidemark.Popover
 Item {
     id: bar
 
-    required property real barHeight
-    required property string label
-    required property string date
-    required property string views
+    required property dayBar day
 
-    width: Math.max(18, day.implicitWidth)
+    width: Math.max(18, caption.implicitWidth)
     Accessible.role: Accessible.StaticText
-    Accessible.name: date + ": " + views
+    Accessible.name: day.date + ": " + day.views
 
     HoverTip {
-        text: bar.date + ": " + bar.views
+        text: bar.day.date + ": " + bar.day.views
         // Half of the gap to the next one.
         margin: 1.5
     }
 
     ContinuousRectangle {
         x: (bar.width - width) / 2
-        y: day.y - 2 - bar.barHeight
+        y: caption.y - 2 - bar.day.height
         width: 18
-        height: bar.barHeight
+        height: bar.day.height
         radius: 2
         color: DS.live
         opacity: 0.8
     }
 
     Label {
-        id: day
+        id: caption
 
         anchors.bottom: parent.bottom
         anchors.horizontalCenter: parent.horizontalCenter
-        text: bar.label
+        text: bar.day.label
         color: DS.textDim
         font.pixelSize: 8
     }

@@ -1,4 +1,4 @@
-#include "app/VercelLogoShape.h"
+#include "app/items/VercelLogoShape.h"
 
 #include <QPainterPath>
 #include <algorithm>

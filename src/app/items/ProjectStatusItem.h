@@ -20,14 +20,14 @@ namespace tidemark {
 /// deployment it was given, and the error if that came later. UI thread only.
 class ProjectStatusItem {
 public:
-    /// What it works with; all of it outlives the item.
+    /// All of it outlives the item.
     struct Services {
         StatusBar& statusBar;
         NotificationManager& notifications;
         Workspace& workspace;
         const Clock& clock;
     };
-    /// What its menu can do. "Check for Updates…" is there only if `onCheckForUpdates` is.
+    /// The actions of its menu. Without `onCheckForUpdates` there is no entry "Check for Updates…".
     struct Actions {
         std::function<void()> onRefresh;
         std::function<void()> onPreferences;
@@ -39,10 +39,15 @@ public:
 
     /// Shows the deployment and forgets the error.
     void update(const Deployment& deployment);
-    /// Tells that the last check failed and why.
+    /// Shows that the last check failed, and why, beside the last known deployment.
     void setError(const QString& message);
+    /// Forgets the error of a project without deployments: it is loading again.
+    void clearError();
+    [[nodiscard]] const std::optional<Deployment>& latestDeployment() const { return m_latestDeployment; }
+    [[nodiscard]] const std::optional<QString>& lastError() const { return m_lastError; }
 
 private:
+    void showLoading();
     void show(const QColor& color, const QString& toolTip);
     void buildMenu();
     [[nodiscard]] Menu errorEntries() const;

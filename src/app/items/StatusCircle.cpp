@@ -1,4 +1,4 @@
-#include "app/StatusCircle.h"
+#include "app/items/StatusCircle.h"
 
 #include <QFontDatabase>
 #include <QFontMetricsF>
@@ -18,7 +18,7 @@ constexpr double margin = 1;
 constexpr int singleLetterSize = 11;
 constexpr int letterSize = 10;
 
-/// The rectangle with its edges between two pixels: nothing of it is smeared.
+/// The rectangle with its edges moved to pixel borders, so that they are sharp.
 QRectF onPixels(const QRectF& rect) {
     const QPointF topLeft(std::round(rect.left()), std::round(rect.top()));
     const QPointF bottomRight(std::round(rect.right()), std::round(rect.bottom()));

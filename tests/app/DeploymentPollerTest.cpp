@@ -16,7 +16,7 @@ QStringList withoutDomains(QStringList timeline) {
 
 }  // namespace
 
-class PollingTest final : public QObject {
+class DeploymentPollerTest final : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
@@ -64,13 +64,44 @@ private Q_SLOTS:
         m_rig->clock.advance(10s);
         m_rig->takeTimeline();
         m_rig->state().setTracked(u"p1"_s, false);
-        m_rig->state().setProductionOnly(true);
-        m_rig->http.answer(HttpMethod::get,
-                           u"/v6/deployments?projectId=p2&limit=5&target=production&teamId=team-A"_s,
-                           httpAnswer(200, R"({"deployments":[]})"));
         m_rig->clock.advance(30s);
-        QVERIFY(m_rig->state().emptyProjectIds().contains(u"p2"_s));
-        QCOMPARE(m_rig->takeTimeline(), QStringList());
+        QCOMPARE(m_rig->takeTimeline(), QStringList{u"32 p2"_s});
+    }
+
+    void aFlipOfTheFilterPollsAtOnceAndAnnouncesNothing() {
+        start({Rig::account(u"A"_s)}, {u"p1"_s, u"p2"_s});
+        m_rig->clock.advance(10s);
+        const auto answerProduction = [this](const QString& project, const QString& state) {
+            m_rig->http.answer(
+                HttpMethod::get,
+                u"/v6/deployments?projectId=%1&limit=5&target=production&teamId=team-A"_s.arg(project),
+                httpAnswer(200,
+                           u"{\"deployments\":[{\"uid\":\"d\",\"name\":\"n\",\"url\":\"u\","
+                           u"\"created\":1,\"state\":\"%1\"}]}"_s.arg(state)
+                               .toUtf8()));
+        };
+        answerProduction(u"p1"_s, u"ERROR"_s);
+        answerProduction(u"p2"_s, u"READY"_s);
+        // An answer that was asked for under the other filter comes too late.
+        m_rig->answerDeployments(u"p1"_s, {u"BUILDING"_s});
+        m_rig->http.hold(HttpMethod::get, m_rig->deploymentsTarget(u"p1"_s));
+        m_rig->clock.advance(25s);
+        m_rig->state().setProductionOnly(true);
+        m_rig->settle();
+        m_rig->http.release(HttpMethod::get, m_rig->deploymentsTarget(u"p1"_s));
+        m_rig->settle();
+        QCOMPARE(m_rig->state().deployments().value(u"p1"_s).state, u"ERROR"_s);
+        m_rig->clock.advance(2s);
+        QVERIFY(m_rig->notificationCenter.requests.isEmpty());
+        // What changes under one filter is announced.
+        answerProduction(u"p1"_s, u"READY"_s);
+        m_rig->clock.advance(30s);
+        QCOMPARE(m_rig->notificationCenter.requests.size(), 1);
+        m_rig->answerDeployments(u"p1"_s, {u"ERROR"_s});
+        m_rig->state().setProductionOnly(false);
+        m_rig->settle();
+        QCOMPARE(m_rig->state().deployments().value(u"p1"_s).state, u"ERROR"_s);
+        QCOMPARE(m_rig->notificationCenter.requests.size(), 1);
     }
 
     void savingDuringAWaitStartsAFreshCycle() {
@@ -211,7 +242,7 @@ private Q_SLOTS:
 
     void anyIntervalCanBeWaited() {
         QFETCH(const qint64, configured);
-        QTEST(static_cast<qint64>(AppDelegate::pollingInterval(configured).count()), "waited");
+        QTEST(static_cast<qint64>(DeploymentPoller::pollingInterval(configured).count()), "waited");
     }
 
     void thePlatformStatusIsAskedEveryFiveMinutes() {
@@ -248,5 +279,5 @@ private:
     std::unique_ptr<Rig> m_rig;
 };
 
-TIDEMARK_GUI_TEST(PollingTest)
-#include "PollingTest.moc"
+TIDEMARK_GUI_TEST(DeploymentPollerTest)
+#include "DeploymentPollerTest.moc"

@@ -15,7 +15,7 @@ ExpandableRow {
     details: AnalyticsDetails {
         width: row.width
         height: implicitHeight
-        card: card
+        card: card.row
     }
 
     function takeFocus(): void {
@@ -41,7 +41,7 @@ ExpandableRow {
         height: 16 + Math.max(project.implicitHeight + 1 + zone.implicitHeight,
                               views.implicitHeight + 1 + visitors.implicitHeight)
         focus: true
-        label: card.projectName + ", " + card.zoneName + ", " + card.views + ", " + card.visitors
+        label: card.row.projectName + ", " + card.row.zoneName + ", " + card.row.views + ", " + card.row.visitors
         activeFocusOnTab: row.ListView.isCurrentItem || activeFocus
         focusRing.anchors.margins: 2
         Accessible.description: card.isExpanded ? "Expanded" : "Collapsed"
@@ -67,11 +67,11 @@ ExpandableRow {
                 id: project
 
                 width: parent.width
-                text: card.projectName
+                text: card.row.projectName
                 font.pixelSize: 13
 
                 HoverTip {
-                    text: project.truncated ? card.projectName : ""
+                    text: project.truncated ? card.row.projectName : ""
                 }
             }
 
@@ -80,11 +80,11 @@ ExpandableRow {
 
                 y: project.implicitHeight + 1
                 width: parent.width
-                text: card.zoneName
+                text: card.row.zoneName
                 color: DS.textFaint
 
                 HoverTip {
-                    text: zone.truncated ? card.zoneName : ""
+                    text: zone.truncated ? card.row.zoneName : ""
                 }
             }
         }
@@ -104,7 +104,7 @@ ExpandableRow {
 
                 width: parent.width
                 horizontalAlignment: Text.AlignRight
-                text: card.views
+                text: card.row.views
                 color: DS.live
                 font.pixelSize: 12
                 font.weight: Font.Medium
@@ -116,7 +116,7 @@ ExpandableRow {
                 y: views.implicitHeight + 1
                 width: parent.width
                 horizontalAlignment: Text.AlignRight
-                text: card.visitors
+                text: card.row.visitors
                 color: DS.textMuted
             }
         }

@@ -1,0 +1,36 @@
+#include "app/items/MainItem.h"
+
+#include <utility>
+
+#include "app/items/VercelLogoShape.h"
+#include "presentation/StatePresentation.h"
+#include "presentation/StatusSummary.h"
+
+namespace tidemark {
+
+using namespace Qt::StringLiterals;
+
+MainItem::MainItem(const AppState& state, StatusBar& statusBar)
+    : m_state(state), m_item(statusBar.createStatusItem(u"tidemark"_s)) {
+    if (!m_item)
+        return;
+    m_item->setImage(VercelLogoShape::image(16));
+    updateMainButton();
+    for (const auto changed :
+         {&AppState::deploymentsChanged, &AppState::allProjectsChanged, &AppState::trackedIdsChanged})
+        connect(&m_state, changed, this, [this] { m_update.schedule(); });
+}
+
+void MainItem::setAction(StatusItem::Action action) {
+    if (m_item)
+        m_item->setAction(std::move(action));
+}
+
+void MainItem::updateMainButton() {
+    if (!m_item)
+        return;
+    m_item->setDot(color(m_state.overallState()));
+    m_item->setLabel(statusSummary(m_state));
+}
+
+}  // namespace tidemark
