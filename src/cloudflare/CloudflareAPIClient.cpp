@@ -7,23 +7,13 @@
 #include <charconv>
 #include <utility>
 
+#include "platform/http/SuccessfulBody.h"
+
 namespace tidemark {
 
 using namespace Qt::StringLiterals;
 
 namespace {
-
-/// The body of a successful answer, or the error that the answer stands for.
-CloudflareResult<QByteArray> bodyOf(HttpResult result) {
-    if (!result) {
-        if (result.error() == TransportError::notHttp)
-            return tl::unexpected(CloudflareFailure(CloudflareError{}));
-        return tl::unexpected(CloudflareFailure(result.error()));
-    }
-    if (result->status != 200)
-        return tl::unexpected(CloudflareFailure(CloudflareError::fromStatus(result->status)));
-    return std::move(result->body);
-}
 
 QString analyticsQuery(const QString& zoneId, int days, const QString& startDate) {
     return u"{\n  viewer {\n    zones(filter: { zoneTag: \""_s + zoneId +
@@ -34,7 +24,7 @@ QString analyticsQuery(const QString& zoneId, int days, const QString& startDate
            "  }\n}"_s;
 }
 
-/// Rounded as printf does, but in no locale; Qt's own formatting rounds ties up.
+/// Rounds ties to even, as printf does, but ignores the locale. Qt's own formatting rounds ties up.
 QString fixed(double value, int decimals) {
     std::array<char, 32> text{};
     const auto end = std::to_chars(text.begin(), text.end(), value, std::chars_format::fixed, decimals).ptr;
@@ -61,7 +51,7 @@ HttpRequest CloudflareAPIClient::analyticsRequest(const QString& zoneId, int day
     return post;
 }
 
-// The public operations start a coroutine that owns a copy of the client.
+// Each public operation starts a coroutine that owns a copy of the client.
 
 QCoro::Task<CloudflareResult<QList<Zone>>> CloudflareAPIClient::fetchZones(std::stop_token stop) const {
     static constexpr auto run = [](CloudflareAPIClient client,
@@ -69,10 +59,11 @@ QCoro::Task<CloudflareResult<QList<Zone>>> CloudflareAPIClient::fetchZones(std::
         HttpRequest request = client.request(u"/client/v4/zones"_s);
         request.url.setQuery(u"per_page=50"_s);
         HttpResult result = co_await client.m_http->send(std::move(request), std::move(stopToken));
-        co_return bodyOf(std::move(result)).and_then([](const QByteArray& body) {
-            return decodeZones(body).map_error(
-                [](const DecodingError&) { return CloudflareFailure(CloudflareError{}); });
-        });
+        co_return successfulBody<CloudflareFailure>(std::move(result), {200})
+            .and_then([](const QByteArray& body) {
+                return decodeZones(body).map_error(
+                    [](const DecodingError&) { return CloudflareFailure(CloudflareError{}); });
+            });
     };
     return run(*this, std::move(stop));
 }
@@ -84,10 +75,11 @@ QCoro::Task<CloudflareResult<QList<DayStats>>> CloudflareAPIClient::fetchAnalyti
            std::stop_token stopToken) -> QCoro::Task<CloudflareResult<QList<DayStats>>> {
         HttpRequest request = client.analyticsRequest(id, count);
         HttpResult result = co_await client.m_http->send(std::move(request), std::move(stopToken));
-        co_return bodyOf(std::move(result)).and_then([](const QByteArray& body) {
-            return decodeDays(body).map_error(
-                [](DecodingError error) { return CloudflareFailure(std::move(error)); });
-        });
+        co_return successfulBody<CloudflareFailure>(std::move(result), {200})
+            .and_then([](const QByteArray& body) {
+                return decodeDays(body).map_error(
+                    [](DecodingError error) { return CloudflareFailure(std::move(error)); });
+            });
     };
     return run(*this, std::move(zoneId), days, std::move(stop));
 }
@@ -119,7 +111,8 @@ QString CloudflareAPIClient::formatBytes(qint64 bytes) {
 
 QString CloudflareAPIClient::startDate(Clock::TimePoint now, int days) {
     const QDateTime local = QDateTime::fromMSecsSinceEpoch(now.time_since_epoch().count());
-    // Where clocks go forward at midnight a day begins later; these are days of the calendar, not 24 hours.
+    // Calendar days, not multiples of 24 hours. Where clocks go forward at midnight, a day begins at one
+    // o'clock.
     const QDateTime start = local.date().startOfDay().addDays(-days);
     return start.toUTC().date().toString(Qt::ISODate);
 }

@@ -14,29 +14,29 @@
 
 namespace tidemark {
 
-/// Speaks to the Cloudflare API with one token. A plain value without state: a task works on a copy of its
-/// own, so a client may be dropped while its requests run. The HTTP client and the clock must outlive them.
+/// Client of the Cloudflare API for one token. It is a value, and each task works on a copy, so a client may
+/// be destroyed during its requests. The HTTP client and the clock must outlive them.
 class CloudflareAPIClient {
 public:
     CloudflareAPIClient(HttpClient& http, const Clock& clock, QUrl baseURL, QString apiToken);
 
-    /// The zones that the token may read, in Cloudflare's order. One page: no more than 50.
+    /// The first 50 zones that the token may read, in Cloudflare's order.
     [[nodiscard]] QCoro::Task<CloudflareResult<QList<Zone>>> fetchZones(std::stop_token stop) const;
 
-    /// A zone's last days up to today, oldest first. Cloudflare's days are those of UTC, so there may be one
-    /// more than asked for.
+    /// The last `days` days of a zone up to today, oldest first. Cloudflare counts days in UTC, so there may
+    /// be one more.
     [[nodiscard]] QCoro::Task<CloudflareResult<QList<DayStats>>> fetchAnalytics(QString zoneId, int days,
                                                                                 std::stop_token stop) const;
 
-    /// The first project that is called like the zone, or like its first label; case does not matter.
+    /// The first project with the name of the zone or of its first label, ignoring case.
     [[nodiscard]] static std::optional<VercelProject> matchProject(const Zone& zone,
                                                                    const QList<VercelProject>& projects);
 
-    /// In powers of 1024 and with a decimal point in every locale: "512 B", "1.5 KB", "1.25 GB".
+    /// In units of powers of 1024, with a decimal point in every locale: "512 B", "1.5 KB", "1.25 GB".
     [[nodiscard]] static QString formatBytes(qint64 bytes);
 
-    /// The day in UTC, as year-month-day, in which the user's day that was `days` days ago began. The user's
-    /// zone is the one that the machine is in now.
+    /// The UTC date, as year-month-day, of the time at which the local day that was `days` days ago began.
+    /// Uses the machine's current time zone.
     [[nodiscard]] static QString startDate(Clock::TimePoint now, int days);
 
 private:

@@ -10,13 +10,13 @@
 
 namespace tidemark {
 
-/// What the Cloudflare API refuses with.
+/// An error answer of the Cloudflare API.
 struct CloudflareError {
     enum class Kind : quint8 {
         httpError,           ///< any other status, kept in `status`
         unauthorized,        ///< 401 or 403
         rateLimited,         ///< 429
-        unexpectedResponse,  ///< the answer was not HTTP, or the zones list cannot be read
+        unexpectedResponse,  ///< the answer was not HTTP, or the list of zones could not be decoded
     };
 
     Kind kind = Kind::unexpectedResponse;
@@ -28,10 +28,10 @@ struct CloudflareError {
     bool operator==(const CloudflareError&) const = default;
 };
 
-/// Every way in which a request to the API fails.
+/// Why a request to the API failed.
 using CloudflareFailure = std::variant<CloudflareError, TransportError, DecodingError>;
 
-/// A short English sentence, or two lines, for the user.
+/// One or two short English sentences for the user, on a line each.
 [[nodiscard]] QString description(const CloudflareFailure& failure);
 
 template <typename T>

@@ -10,7 +10,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// The elements of an array in which each is an object; otherwise none.
+/// The elements of an array of objects; none when any element is not an object.
 QJsonArray objectsIn(const QJsonValue& value) {
     const QJsonArray array = value.toArray();
     const bool isUniform =
@@ -48,7 +48,7 @@ tl::expected<QList<DayStats>, DecodingError> decodeDays(const QByteArray& json) 
     const QJsonDocument document = QJsonDocument::fromJson(json, &error);
     if (error.error != QJsonParseError::NoError)
         return tl::unexpected(DecodingError{DecodingError::Reason::malformed, {}});
-    // Whatever a step does not find is undefined, and so is everything below it.
+    // A member that does not exist is undefined, and so are all members of it.
     const QJsonArray zones = objectsIn(document["data"_L1]["viewer"_L1]["zones"_L1]);
     QList<DayStats> days;
     for (const auto& group : objectsIn(zones.at(0)["httpRequests1dGroups"_L1]))

@@ -10,7 +10,7 @@
 
 namespace tidemark {
 
-/// A domain in Cloudflare.
+/// A domain that is managed by Cloudflare.
 struct Zone {
     QString id;
     QString name;
@@ -21,7 +21,7 @@ struct Zone {
 
 /// One day of a zone's traffic.
 struct DayStats {
-    QString date;  ///< year-month-day, as Cloudflare writes it
+    QString date;  ///< year-month-day, as sent by Cloudflare
     qint64 pageViews = 0;
     qint64 uniques = 0;  ///< unique visitors
     qint64 requests = 0;
@@ -31,7 +31,7 @@ struct DayStats {
     bool operator==(const DayStats&) const = default;
 };
 
-/// A zone, the project that it was matched to and its days, oldest first.
+/// A zone, the name of the matching project, and the days of the zone, oldest first.
 struct ZoneAnalytics {
     Zone zone;
     QString projectName;
@@ -40,12 +40,12 @@ struct ZoneAnalytics {
     bool operator==(const ZoneAnalytics&) const = default;
 };
 
-/// The zones of a zones list, in its order.
+/// Decodes a list of zones.
 [[nodiscard]] tl::expected<QList<Zone>, DecodingError> decodeZones(const QByteArray& json);
 
-/// The days of the first zone in an answer to the traffic query, in its order. What is no JSON object or
-/// array fails. A query that was refused answers in another shape, which gives no days; a day that lacks a
-/// group of its figures is left out, and a figure that is missing or no 64-bit integer counts as 0.
+/// Decodes the days of the first zone in an answer to the traffic query. Fails only when the answer is not
+/// JSON. An answer of another shape, as for a refused query, gives no days. A day without one of its groups
+/// of figures is omitted, and a figure that is missing or no 64-bit integer counts as 0.
 [[nodiscard]] tl::expected<QList<DayStats>, DecodingError> decodeDays(const QByteArray& json);
 
 }  // namespace tidemark

@@ -30,7 +30,7 @@ bool AppConfiguration::hasToken() const {
 }
 
 QByteArray AppConfiguration::encode() const {
-    // By hand: QJsonObject would sort the members, and people do read this file.
+    // Not by QJsonObject, because it would sort the members, and people read this file.
     QByteArrayList accountTexts;
     for (const auto& account : accounts) {
         accountTexts.append("    {\n      \"id\": " + jsonString(account.id) +
@@ -57,7 +57,7 @@ tl::expected<AppConfiguration, DecodingError> AppConfiguration::decode(
             .soundEnabled = root.optionalBool("soundEnabled"_L1).value_or(true)};
     });
     if (configuration && configuration->accounts.isEmpty()) {
-        // The layout of earlier versions: one account, its team at the top level.
+        // Earlier versions had one account and stored its team at the top level.
         VercelAccount account = VercelAccount::makeDefault();
         account.teamId = singleTeamId;
         migrateToken(account);

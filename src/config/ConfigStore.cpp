@@ -20,7 +20,7 @@ namespace {
 
 constexpr qint64 maximumFileSize = qint64{1024} * 1024;
 const QString cloudflareTokenAccount = u"cloudflareToken"_s;
-/// Where earlier versions, which knew one account only, kept its token.
+/// The name under which versions with a single account stored its token.
 const QString singleTokenAccount = u"apiToken"_s;
 
 QString tokenAccount(const VercelAccount& account) {
@@ -38,7 +38,7 @@ QString ConfigStore::configURL() {
 }
 
 std::optional<QByteArray> ConfigStore::readFile() const {
-    // A pipe or a device in its place would be read for ever.
+    // Reading a pipe or a device would never end.
     const QFileInfo info(m_configPath);
     QFile file(m_configPath);
     if (!info.isFile() || info.size() > maximumFileSize || !file.open(QIODevice::ReadOnly))
@@ -92,7 +92,7 @@ tl::expected<void, QString> ConfigStore::keepWhatIsReplaced(const AppConfigurati
     for (int number = 2; QFileInfo::exists(backup); ++number)
         backup = m_configPath + u".bak%1"_s.arg(number);
     QFile file(m_configPath);
-    // What nobody may read can still be moved.
+    // A file without permission to read it can still be renamed.
     if (!file.copy(backup) && !file.rename(backup))
         return tl::unexpected(file.errorString());
     return {};

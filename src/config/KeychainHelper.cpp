@@ -15,7 +15,7 @@ KeychainQuery queryEither(const QString& account) {
 }
 
 std::optional<QString> text(const QByteArray& data) {
-    // A leading byte order mark is part of the text.
+    // Keeps a leading byte order mark, because it is part of the text.
     QStringDecoder decoder(QStringDecoder::Utf8,
                            QStringConverter::Flag::Stateless | QStringConverter::Flag::ConvertInitialBom);
     QString decoded = decoder(data);

@@ -15,10 +15,11 @@ namespace {
 const QString inspectorUrlKey = u"inspectorUrl"_s;
 const QString announcementKey = u"announcement"_s;
 
-/// Seconds since 1970 as the shortest decimal that reads back to the same number, always with a point.
+/// Seconds since 1970 as the shortest decimal that reads back as the same number, always with a decimal
+/// point.
 QString secondsText(Clock::TimePoint time) {
     const double seconds = std::chrono::duration<double>(time.time_since_epoch()).count();
-    // The longest double in this notation has less than 400 characters.
+    // In this notation a double has fewer than 400 characters.
     std::array<char, 512> buffer{};
     const auto [end, error] =
         std::to_chars(buffer.data(), buffer.data() + buffer.size(), seconds, std::chars_format::fixed);

@@ -15,32 +15,32 @@
 
 namespace tidemark {
 
-/// Announces every change of state of a project's newest deployment: a notification and, when sounds are on,
-/// a chime or a thud. One instance for the process, UI thread only. What it knows is gone with the process.
+/// Announces each change of state of a project's newest deployment with a notification and, when sounds are
+/// on, a chime or a thud. One instance per process, UI thread only. The known states are not stored.
 class NotificationManager {
 public:
-    /// All of them outlive the manager; the workspace also outlives what the centre still delivers. Without a
-    /// bundle identifier nothing is ever announced.
+    /// The services must outlive the manager, and the workspace also the clicks that `center` delivers later.
+    /// Without a bundle identifier, nothing is announced.
     NotificationManager(NotificationCenter& center, SoundPlayer& sounds, Workspace& workspace,
                         const Clock& clock, const Bundle& bundle);
 
-    /// Takes the newest deployment of a project. The first sighting of a project is remembered only; the
-    /// same state again changes nothing.
+    /// Takes the newest deployment of a project and announces it if its state differs from that of the last
+    /// call. The first call for a project only remembers the state.
     void checkAndNotify(const QString& projectId, const QString& projectName, const Deployment& deployment);
 
-    /// Forgets all states, so that the next deployment of each project is a first sighting: the production
-    /// filter has changed, and answers under different filters are not changes of state.
+    /// Forgets all states, so that the next deployment of each project is only remembered. Call when the
+    /// production filter changes, because deployments under different filters are no changes of state.
     void forgetStates() { m_previousStates.clear(); }
 
-    /// Tells the user something about the program itself, without a chime. A click on it runs the handler
-    /// that was set last. When nothing can show it, `onDropped` is called, from the event loop.
+    /// Shows a notification about the program itself, without a sound. A click on it runs the announcement
+    /// handler. `onDropped` is called, from the event loop, when no service shows it.
     void announce(const QString& title, const QString& body, std::function<void()> onDropped);
     void setAnnouncementHandler(std::function<void()> onClick) {
         *m_onAnnouncementClick = std::move(onClick);
     }
 
     [[nodiscard]] bool soundEnabled() const { return m_soundEnabled; }
-    /// The sound that the desktop plays for every notification is not affected.
+    /// Does not affect the sound that the desktop plays for every notification.
     void setSoundEnabled(bool enabled) { m_soundEnabled = enabled; }
 
 private:
@@ -51,11 +51,11 @@ private:
     SoundPlayer& m_sounds;
     const Clock& m_clock;
     bool m_hasBundleIdentifier;
-    /// The last state seen of each project, never pruned.
+    /// The last known state of each project. Never pruned.
     QHash<QString, DeploymentState> m_previousStates;
     bool m_soundEnabled = true;
     bool m_hasRequestedPermission = false;
-    /// The centre may call it later than we live.
+    /// Shared with the response handler, because the notification centre may outlive the manager.
     std::shared_ptr<std::function<void()>> m_onAnnouncementClick = std::make_shared<std::function<void()>>();
 };
 

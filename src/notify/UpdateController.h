@@ -9,20 +9,20 @@
 
 namespace tidemark {
 
-/// Whether this build updates itself, and the updater if it does. One instance for the process, made at the
-/// very start. UI thread only.
+/// Owns the updater of a build that updates itself. One instance per process, created at the start. UI thread
+/// only.
 class UpdateController {
 public:
-    /// Makes the updater with `makeUpdater`, and starts it, only where the bundle is configured.
+    /// Creates the updater with `makeUpdater` and starts it, if the bundle is configured.
     UpdateController(Bundle bundle, const std::function<std::unique_ptr<Updater>()>& makeUpdater);
 
-    /// Whether the bundle names a feed and a key, neither of them still the placeholder of the build.
+    /// Whether the bundle has a feed and a key that are not placeholders of the build.
     [[nodiscard]] bool isConfigured() const;
     /// Null in a build that is not configured.
     [[nodiscard]] Updater* controller() const { return m_controller.get(); }
-    /// When the last check was, in the user's locale, or why there was none.
+    /// The date of the last check in the user's locale, or why there was none.
     [[nodiscard]] QString statusDescription() const;
-    /// The user's own check; nothing without an updater.
+    /// Checks for the user; does nothing without an updater.
     void checkForUpdates();
 
 private:

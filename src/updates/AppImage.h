@@ -4,13 +4,13 @@
 
 namespace tidemark {
 
-/// The file of the AppImage that `program` (the file of the running program) comes from, after what the
-/// AppImage runtime puts into the environment; empty when it comes from none. Programs that an AppImage
-/// starts inherit its environment: only what lies in its folder is part of it.
+/// The AppImage that contains `program`, the file of the running program, according to the variables of the
+/// AppImage runtime; empty when there is none. Programs that an AppImage starts inherit these variables, so
+/// `program` must also lie in the folder where the AppImage is mounted.
 [[nodiscard]] QString runningAppImage(const QString& program);
 
-/// Takes the AppImage runtime's variables out of the environment, so that programs that are started from here
-/// do not take themselves for a part of it.
+/// Removes the AppImage runtime's variables from the environment, so that programs that we start do not
+/// mistake themselves for parts of our AppImage.
 void forgetAppImage();
 
 }  // namespace tidemark

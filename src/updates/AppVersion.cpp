@@ -10,14 +10,14 @@ bool isDigit(QChar c) {
     return c >= QLatin1Char('0') && c <= QLatin1Char('9');
 }
 
-/// Decimal digits without leading zeros, the way they compare by length first.
+/// The digits without leading zeros. Numbers in this form compare by their length first.
 QString withoutZeros(QStringView digits) {
     while (digits.size() > 1 && digits.front() == QLatin1Char('0'))
         digits = digits.sliced(1);
     return digits.toString();
 }
 
-/// Takes the digits, or what is none, from the front of `text`.
+/// Removes the leading digits, or the leading letters, from `text` and returns them.
 QStringView takeRun(QStringView& text, bool digits) {
     qsizetype size = 0;
     while (size < text.size() && text.at(size).isLetterOrNumber() && isDigit(text.at(size)) == digits)
@@ -33,7 +33,7 @@ std::strong_ordering compareNumbers(const QString& left, const QString& right) {
     return left.compare(right) <=> 0;
 }
 
-/// Numbers go before words, as in semantic versioning.
+/// Numbers precede words, as in semantic versioning.
 std::strong_ordering comparePieces(const QString& left, const QString& right) {
     const bool isNumber = isDigit(left.front());
     if (isNumber != isDigit(right.front()))
@@ -81,7 +81,7 @@ AppVersion::AppVersion(const QString& text) {
 std::strong_ordering AppVersion::operator<=>(const AppVersion& other) const {
     if (const auto order = compareLists(m_numbers, other.m_numbers, compareNumbers); std::is_neq(order))
         return order;
-    // What is marked comes before what is not.
+    // A pre-release precedes its release.
     if (isPreRelease() != other.isPreRelease())
         return isPreRelease() ? std::strong_ordering::less : std::strong_ordering::greater;
     return compareLists(m_mark, other.m_mark, comparePieces);

@@ -19,7 +19,7 @@ constexpr int deepest = 64;
 constexpr qsizetype longestNotes = 20'000;
 constexpr qsizetype longestVersion = 100;
 
-/// An item, with what decides whether it is one for us.
+/// An item that is being read, with the members that decide whether and how it is used.
 struct Draft {
     AppcastItem item;
     QString shortVersion;
@@ -29,7 +29,7 @@ struct Draft {
     bool isOfChannel = false;
 };
 
-/// "linux", or that and the processor: "linux-x86_64".
+/// Accepts "linux", alone or with the processor as in "linux-x86_64", and no name at all.
 bool isForThisSystem(QStringView os) {
     const QString name = os.trimmed().toString().toLower();
     return name.isEmpty() || name == "linux"_L1 || name == "linux-"_L1 + QSysInfo::currentCpuArchitecture();
@@ -46,7 +46,7 @@ ArchiveKind archiveKind(const QUrl& url, QStringView type) {
     return ArchiveKind::other;
 }
 
-/// A version as it may be shown and compared.
+/// A version in a form that is safe to show.
 QString versionText(QStringView text) {
     return tidied(text.toString().simplified(), longestVersion);
 }
@@ -67,7 +67,7 @@ public:
                 }
             }
         }
-        // To the very end: what is cut off may lack the newest release.
+        // Reads to the end, because a document that was cut off may lack the newest release.
         while (!m_xml.atEnd())
             advance();
         if (m_xml.hasError() || !hasChannel)
@@ -76,7 +76,7 @@ public:
     }
 
 private:
-    /// To the next element in the one at hand; false at the end of that.
+    /// Advances to the next child of the current element; false at the end of the element.
     bool nextChild() {
         while (!m_xml.atEnd()) {
             switch (advance()) {
@@ -91,7 +91,8 @@ private:
         return false;
     }
 
-    /// One token on; ends the document at what no appcast needs.
+    /// Reads the next token. Document types, entities and deep nesting count as errors, because no appcast
+    /// needs them.
     QXmlStreamReader::TokenType advance() {
         const auto token = m_xml.readNext();
         if (token == QXmlStreamReader::StartElement)
@@ -104,13 +105,13 @@ private:
         return m_xml.hasError() ? QXmlStreamReader::Invalid : token;
     }
 
-    /// The rest of the element at hand.
+    /// Skips the rest of the current element.
     void skip() {
         while (nextChild())
             skip();
     }
 
-    /// The text of the element at hand and of those in it.
+    /// The text of the current element and its descendants.
     QString readText() {
         QString text;
         const int depth = m_depth;
@@ -144,7 +145,7 @@ private:
 
     void readItem() {
         Draft draft;
-        // Archives that lie deeper are differences between two releases.
+        // Only direct children, because enclosures at deeper levels are deltas between releases.
         while (nextChild())
             readMember(draft);
         AppcastItem& item = draft.item;
@@ -177,7 +178,7 @@ private:
         }
     }
 
-    /// The English one counts, otherwise the first.
+    /// An English description is preferred to the first one.
     void readDescription(Draft& draft) {
         const QXmlStreamAttributes attributes = m_xml.attributes();
         const auto language = attributes.value("xml:lang"_L1);
@@ -193,7 +194,7 @@ private:
 
     void readEnclosure(Draft& draft) {
         const QXmlStreamAttributes attributes = m_xml.attributes();
-        // Older feeds name the version here.
+        // Older feeds have the version here.
         if (draft.item.version.isEmpty())
             draft.item.version = versionText(attributes.value(sparkle, "version"_L1));
         if (draft.shortVersion.isEmpty())

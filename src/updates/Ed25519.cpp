@@ -40,16 +40,15 @@ bool isSigned(QByteArrayView bytes, const QByteArray& signature, const QByteArra
                                     static_cast<size_t>(key.size())),
         EVP_PKEY_free);
     const std::unique_ptr<EVP_MD_CTX, decltype(&EVP_MD_CTX_free)> context(EVP_MD_CTX_new(), EVP_MD_CTX_free);
-    // 1 and nothing else: failures of its own are negative.
+    // Only 1 means success. Internal errors are negative.
     const bool isRight =
         publicKey && context &&
         EVP_DigestVerifyInit(context.get(), nullptr, nullptr, nullptr, publicKey.get()) == 1 &&
         EVP_DigestVerify(context.get(), unsignedData(signature), static_cast<size_t>(signature.size()),
                          unsignedData(bytes), static_cast<size_t>(bytes.size())) == 1;
-    // A wrong signature stays behind in the thread's queue of errors, where TLS would find it.
+    // A wrong signature leaves an entry in the thread's error queue, where TLS would find it.
     ERR_clear_error();
-    // Qt does not wait until a pool's thread is gone, so OpenSSL may have ended before it could free that
-    // queue.
+    // Frees that queue now, because a thread of Qt's pool may end after OpenSSL's own cleanup at exit.
     OPENSSL_thread_stop();
     return isRight;
 }

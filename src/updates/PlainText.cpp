@@ -36,7 +36,7 @@ bool isOneOf(const auto& names, QStringView name) {
     return std::ranges::any_of(names, [name](QLatin1StringView each) { return name == each; });
 }
 
-/// Whether a tag, a comment or the like begins here, and not just a "<".
+/// Whether the "<" at the beginning of `text` begins a tag, a comment or a declaration.
 bool beginsTag(QStringView text) {
     if (text.size() < 2 || text.front() != u'<')
         return false;
@@ -46,7 +46,7 @@ bool beginsTag(QStringView text) {
 
 enum class Whitespace : quint8 { collapsed, kept };
 
-/// One pass over the fragment, each character looked at once.
+/// Reads the fragment in one pass.
 class HtmlReader {
 public:
     HtmlReader(QStringView html, Whitespace whitespace) : m_rest(html), m_whitespace(whitespace) {}
@@ -113,7 +113,7 @@ private:
         m_text += QString::fromUcs4(&c, 1);
     }
 
-    /// 0 for what is no entity.
+    /// 0 for an unknown entity.
     static char32_t character(QStringView name) {
         if (name.startsWith(u'#')) {
             const bool isHex = name.size() > 1 && name.at(1).toLower() == u'x';
@@ -159,7 +159,7 @@ bool hasTags(QStringView text) {
 }  // namespace
 
 QString plainTextOfHtml(const QString& html, qsizetype limit) {
-    // An attack on patience is shortened before it is read.
+    // Limits the time for a hostile text. Twenty characters of HTML for each of its text are ample.
     const QStringView text = QStringView(html).first(std::min(html.size(), limit * 20));
     return tidied(HtmlReader(text, hasTags(text) ? Whitespace::collapsed : Whitespace::kept).read(), limit);
 }
@@ -171,11 +171,7 @@ QString tidied(const QString& text, qsizetype limit) {
         return (c.category() == QChar::Other_Control && c != u'\n') || turnsDirection(c);
     };
     result.removeIf(isUnwanted);
-    if (result.size() > limit) {
-        result.truncate(limit - 1);
-        result += u'…';
-    }
-    return result;
+    return elided(result, limit);
 }
 
 }  // namespace tidemark

@@ -4,12 +4,15 @@
 
 namespace tidemark {
 
-/// The text of an HTML fragment: paragraphs and list entries on lines of their own, at most one empty line
-/// between them. A text without any tag keeps its line breaks. Like `tidied` otherwise.
+/// The text of an HTML fragment, after `tidied`. Paragraphs and list entries are on separate lines with at
+/// most one empty line between them. A text without tags keeps its line breaks.
+///
+/// Qt's converter (QTextDocument) is not used, because it takes 54 seconds for 160 KB of nested tags. This
+/// one looks at each character once.
 [[nodiscard]] QString plainTextOfHtml(const QString& html, qsizetype limit);
 
-/// The text without control characters and marks that turn the direction of writing, but with its line
-/// breaks; no white space around it, and no more than `limit` characters.
+/// The trimmed text without control characters other than line breaks and without characters that turn the
+/// direction of writing, elided after `limit` characters.
 [[nodiscard]] QString tidied(const QString& text, qsizetype limit);
 
 }  // namespace tidemark

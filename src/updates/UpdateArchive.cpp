@@ -21,7 +21,7 @@ namespace {
 constexpr auto prefix = QLatin1StringView("/.tidemark-update-");
 constexpr auto suffix = QLatin1StringView(".part");
 
-/// Makes a rename last through a loss of power.
+/// Makes a rename durable across a power failure.
 void syncFolder(const QString& folder) {
     const int descriptor = ::open(QFile::encodeName(folder).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (descriptor < 0)
@@ -44,7 +44,7 @@ UpdateArchive::~UpdateArchive() {
 tl::expected<std::unique_ptr<UpdateArchive>, int> UpdateArchive::create(const QString& folder,
                                                                         qint64 length) {
     QByteArray name = QFile::encodeName(folder + prefix + QLatin1String("XXXXXX") + suffix);
-    // Readable by the owner only, and never through a link.
+    // mkostemps creates the file readable by the owner only and follows no link.
     const int descriptor = ::mkostemps(name.data(), static_cast<int>(suffix.size()), O_CLOEXEC);
     if (descriptor < 0)
         return tl::unexpected(errno);
@@ -103,8 +103,8 @@ bool UpdateArchive::isSigned(const QByteArray& signature, const QByteArray& key)
 }
 
 int UpdateArchive::place(const QString& path, mode_t permissions) {
-    // What was reserved and not needed is given back by the first, and the bytes must be on the disk before
-    // the name is: otherwise a loss of power may leave the name with an empty file.
+    // Releases reserved bytes that were not needed. The content must be on the disk before the rename,
+    // because a power failure could otherwise leave an empty file under the new name.
     if (::ftruncate(m_descriptor, m_size) != 0 || ::fchmod(m_descriptor, permissions) != 0 ||
         ::fsync(m_descriptor) != 0)
         return errno;

@@ -10,47 +10,47 @@
 
 namespace tidemark {
 
-/// A file that is being downloaded, under a hidden name of its own (".tidemark-update-….part") and readable
-/// by its owner only. It is kept open, so that what was checked is what `place` puts in place. Unless it was
-/// placed, it is removed with the object. Errors are those of the system (`errno`).
+/// A file that is being downloaded, with a hidden temporary name (".tidemark-update-….part") and readable by
+/// its owner only. It stays open, so that `place` moves the very file that was verified. The destructor
+/// removes it unless it was placed. Errors are values of `errno`.
 ///
-/// Not thread-safe, but every operation may be called on any thread.
+/// Callable from any thread, but not from several at a time.
 class UpdateArchive final {
 public:
-    /// Makes the file in `folder`, with room for `length` bytes where the file system can promise that.
+    /// Creates the file in `folder` and reserves `length` bytes for it where the file system supports that.
     [[nodiscard]] static tl::expected<std::unique_ptr<UpdateArchive>, int> create(const QString& folder,
                                                                                   qint64 length);
     UpdateArchive(const UpdateArchive&) = delete;
     UpdateArchive& operator=(const UpdateArchive&) = delete;
     ~UpdateArchive();
 
-    /// Removes what interrupted downloads left in `folder`.
+    /// Removes the files of interrupted downloads from `folder`.
     static void removeLeftovers(const QString& folder);
 
     [[nodiscard]] const QString& folder() const { return m_folder; }
 
-    /// 0, or the error.
+    /// Returns 0 or the error.
     [[nodiscard]] int append(QByteArrayView piece);
     [[nodiscard]] qint64 size() const { return m_size; }
-    /// Whether it begins like a Debian package.
+    /// Whether the file begins like a Debian package.
     [[nodiscard]] bool isPackage() const;
-    /// Whether the key's owner signed the file, as it is on the disk.
+    /// Whether the signature of the file on the disk was made with the private key for `key`.
     [[nodiscard]] bool isSigned(const QByteArray& signature, const QByteArray& key) const;
 
-    /// Gives the file that name and those permissions, in one step and for good: a file that has the name is
-    /// replaced, and is untouched when this fails. In the same file system only. 0, or the error.
+    /// Renames the file to `path`, in the same file system, with these permissions. An existing file is
+    /// replaced atomically, and untouched when this fails. Returns 0 or the error.
     [[nodiscard]] int place(const QString& path, mode_t permissions);
 
 private:
     UpdateArchive(int descriptor, QString folder, QByteArray name);
 
     [[nodiscard]] int reserve(qint64 length) const;
-    /// Whether nobody has put another file under the name.
+    /// Whether the name still belongs to this file and not to another one that replaced it.
     [[nodiscard]] bool hasItsName() const;
 
     int m_descriptor;
     QString m_folder;
-    /// With the folder; empty once placed.
+    /// The path of the file; empty once it is placed.
     QByteArray m_name;
     qint64 m_size = 0;
 };

@@ -11,7 +11,7 @@ QString description(UpdateError error) {
         case UpdateError::feedInsecure:
             return u"The list of updates is not at a secure address, so it cannot be trusted."_s;
         case UpdateError::feedTooLarge:
-            return u"The list of updates is too large to be genuine."_s;
+            return u"The list of updates is unexpectedly large, so it was rejected."_s;
         case UpdateError::feedMalformed:
             return u"The list of updates could not be understood."_s;
         case UpdateError::needsNewerSystem:
@@ -23,13 +23,13 @@ QString description(UpdateError error) {
         case UpdateError::archiveInsecure:
             return u"The update is not at a secure address, so it was not downloaded."_s;
         case UpdateError::archiveTooLarge:
-            return u"The update is too large to be genuine."_s;
+            return u"The update is unexpectedly large, so it was rejected."_s;
         case UpdateError::archiveCut:
-            return u"The update did not arrive whole. Try again later."_s;
+            return u"The download is incomplete. Try again later."_s;
         case UpdateError::archiveUnsigned:
             return u"The update is not signed, so it was not installed."_s;
         case UpdateError::keyUnusable:
-            return u"This build cannot tell whether an update is genuine: its key is unusable."_s;
+            return u"This build cannot verify updates, because its key is invalid."_s;
         case UpdateError::signatureWrong:
             return QStringLiteral(
                 "The update was not signed by Tidemark's developer. It was deleted, and nothing has "

@@ -4,21 +4,21 @@
 
 namespace tidemark {
 
-/// Why there is no new release to run.
+/// Why no update was found or installed.
 enum class UpdateError : quint8 {
-    feedUnreachable,     ///< no answer, or one with another status than 200
+    feedUnreachable,     ///< no answer, or a status other than 200
     feedInsecure,        ///< the feed's address is not https
     feedTooLarge,        ///< more than a megabyte
-    feedMalformed,       ///< not an appcast, or one that does not say what must be known
-    needsNewerSystem,    ///< there is a newer release, but not for a C library this old
-    noFittingArchive,    ///< there is a newer release, but not in the form that is installed here
-    archiveUnreachable,  ///< no answer, or one with another status than 200
+    feedMalformed,       ///< not an appcast, or one that lacks a required value
+    needsNewerSystem,    ///< the newer release requires a newer C library
+    noFittingArchive,    ///< the newer release has no archive of the kind that is installed here
+    archiveUnreachable,  ///< no answer, or a status other than 200
     archiveInsecure,     ///< the archive's address is not https
-    archiveTooLarge,     ///< the feed announces more than 256 MB
-    archiveCut,          ///< fewer bytes than the feed announces, or more
-    archiveUnsigned,     ///< the feed names no signature
-    keyUnusable,         ///< the bundle's key is none
-    signatureWrong,      ///< the archive is not what was signed with the bundle's key
+    archiveTooLarge,     ///< more than 256 MB according to the feed
+    archiveCut,          ///< not as many bytes as the feed states
+    archiveUnsigned,     ///< the feed contains no signature
+    keyUnusable,         ///< the bundle's key is invalid
+    signatureWrong,      ///< the signature does not belong to the archive or to the bundle's key
     notReplaceable,      ///< the running program's file cannot be replaced
     notStorable,         ///< the package cannot be written to the cache folder
     diskFull,

@@ -6,7 +6,6 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QHostAddress>
 #include <QtConcurrentRun>
 #include <algorithm>
 #include <cerrno>
@@ -23,12 +22,7 @@ namespace {
 
 constexpr qint64 largestArchive = qint64{256} * 1024 * 1024;
 
-/// This machine itself, which the HTTP client allows or not.
-bool isLoopbackAddress(const QUrl& url) {
-    return url.host() == "localhost"_L1 || QHostAddress(url.host()).isLoopback();
-}
-
-/// A name that says what is in it, whatever the feed says.
+/// A name for the user to recognise the package by, in which no characters of the feed's version can do harm.
 QString packageName(const AppcastItem& release) {
     QString version;
     for (const QChar c : release.version.left(40)) {
@@ -38,7 +32,7 @@ QString packageName(const AppcastItem& release) {
     return u"tidemark-"_s + version + u".deb"_s;
 }
 
-/// A package that was handed over before is not needed any more.
+/// Removes packages that were handed over for earlier updates.
 void removePackages(const QString& folder) {
     const QDir packages(folder, u"tidemark-*.deb"_s, QDir::NoSort, QDir::Files);
     for (const QString& name : packages.entryList())
@@ -71,7 +65,8 @@ std::optional<AppcastEnclosure> UpdateInstaller::fittingArchive(const AppcastIte
 }
 
 std::optional<UpdateError> UpdateInstaller::refusal(const AppcastEnclosure& archive) const {
-    if (archive.url.scheme() != "https"_L1 && !isLoopbackAddress(archive.url))
+    // Whether plain http is allowed to this machine itself is up to the HTTP client.
+    if (archive.url.scheme() != "https"_L1 && !isLoopback(archive.url.host()))
         return UpdateError::archiveInsecure;
     if (archive.length <= 0)
         return UpdateError::feedMalformed;
@@ -79,7 +74,7 @@ std::optional<UpdateError> UpdateInstaller::refusal(const AppcastEnclosure& arch
         return UpdateError::archiveTooLarge;
     if (!ed25519Key(m_publicKey))
         return UpdateError::keyUnusable;
-    // What is no signature at all is none.
+    // An invalid signature counts as none.
     if (!ed25519Signature(archive.signature))
         return UpdateError::archiveUnsigned;
     return std::nullopt;
@@ -88,11 +83,11 @@ std::optional<UpdateError> UpdateInstaller::refusal(const AppcastEnclosure& arch
 tl::expected<QString, UpdateFailure> UpdateInstaller::target(const AppcastItem& release) const {
     if (!m_form.isAppImage()) {
         QDir().mkpath(m_form.cacheFolder);
-        // An installer with more rights reads there what was verified here.
+        // Nobody else may replace the package before the system's installer, which has more rights, reads it.
         QFile::setPermissions(m_form.cacheFolder, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
         return m_form.cacheFolder + u'/' + packageName(release);
     }
-    // The file itself, not the link that it may have been started by.
+    // If it was started by a link, the link stays and its target is replaced.
     const QFileInfo file(QFileInfo(m_form.appImagePath).canonicalFilePath());
     if (!file.isFile()) {
         const QString folder = QFileInfo(m_form.appImagePath).absolutePath();
@@ -131,8 +126,8 @@ QCoro::Task<UpdateInstaller::Result> UpdateInstaller::install(AppcastItem releas
     auto room = makeRoom(QFileInfo(*path).absolutePath(), enclosure->length);
     if (!room)
         co_return tl::unexpected(room.error());
-    // Nobody else owns it, so that it is closed, and gone unless it was placed, before anybody hears of the
-    // end.
+    // Owned by this coroutine, so that the file is closed, and removed unless it was installed, before the
+    // caller gets the outcome.
     const Archive archive = *std::move(room);
 
     const std::optional<UpdateFailure> failure = co_await download(*enclosure, archive.get(), progress, stop);
@@ -150,7 +145,7 @@ QCoro::Task<UpdateInstaller::Result> UpdateInstaller::install(AppcastItem releas
         co_return Outcome::cancelled;
     if (!isRight)
         co_return tl::unexpected(UpdateFailure{.error = UpdateError::signatureWrong});
-    // The signature does not tell what it is for, and a package in its place would leave no program.
+    // The signature does not cover the kind of archive, and a package in place of the AppImage would not run.
     if (m_form.isAppImage() && archive->isPackage())
         co_return tl::unexpected(UpdateFailure{.error = UpdateError::noFittingArchive});
 
@@ -188,7 +183,7 @@ QCoro::Task<std::optional<UpdateFailure>> UpdateInstaller::download(AppcastEnclo
         co_return UpdateFailure{.error = UpdateError::archiveUnreachable};
     if (status && archive->size() == enclosure.length)
         co_return std::nullopt;
-    // Something came, but not all of it, or more than that.
+    // Fewer or more bytes than expected.
     const bool isLost = !status && status.error() == TransportError::connectionLost && archive->size() > 0;
     if (status || isLost || status.error() == TransportError::tooLarge)
         co_return UpdateFailure{.error = UpdateError::archiveCut};

@@ -18,11 +18,11 @@ namespace tidemark {
 class Workspace;
 class UpdateArchive;
 
-/// How the running program is installed.
+/// How the running program was installed.
 struct InstalledForm {
-    /// The file of the AppImage that runs; empty when it runs from a package.
+    /// The running AppImage; empty when the program comes from a package.
     QString appImagePath;
-    /// A folder of our own, where a package is kept for the system's installer. Made when needed.
+    /// Our folder for packages that are passed to the system's installer. Created when needed.
     QString cacheFolder;
 
     [[nodiscard]] bool isAppImage() const { return !appImagePath.isEmpty(); }
@@ -31,52 +31,52 @@ struct InstalledForm {
     }
 };
 
-/// What went wrong, with what more there is to say of it.
+/// An error with its details.
 struct UpdateFailure {
     UpdateError error = UpdateError::feedUnreachable;
     std::optional<TransportError> cause{};
-    /// The one that could not be written to.
+    /// The folder that could not be written to.
     QString folder{};
 
-    /// English sentences for the user, without an address.
+    /// English sentences for the user. They contain no address.
     [[nodiscard]] QString description() const;
     bool operator==(const UpdateFailure&) const = default;
 };
 
-/// Downloads the archive of a release, checks it, and puts it where it belongs.
+/// Downloads the archive of a release, verifies and installs it.
 ///
-/// The archive is a private file that nobody would run until its length and its signature are right, and what
-/// was checked is the very file that is put in place. An AppImage is replaced in one step: at any failure,
-/// the full disk and the lost power included, the old file is there and whole.
+/// Until its length and signature have been verified, the archive is a private file that cannot be run, and
+/// the verified file itself is the one that is installed. An AppImage is replaced atomically, so after any
+/// failure, including a full disk or a power failure, the old file is intact.
 class UpdateInstaller {
 public:
     enum class Outcome : quint8 { installed, handedOver, cancelled };
     enum class Step : quint8 { downloading, verifying };
 
     using Result = tl::expected<Outcome, UpdateFailure>;
-    /// Told at the beginning of each step, and of the bytes received.
+    /// Called at the beginning of each step and when bytes have been received.
     using Progress = std::function<void(Step step, qint64 received)>;
 
-    /// `publicKey` as in the bundle.
+    /// `publicKey` is the one of the bundle, in base64.
     UpdateInstaller(HttpClient& http, Workspace& workspace, InstalledForm form, QByteArray publicKey);
 
-    /// The archive of the release that fits how the program is installed; nothing when there is none.
+    /// The archive of the release in the form in which the program is installed; nothing when there is none.
     [[nodiscard]] std::optional<AppcastEnclosure> fittingArchive(const AppcastItem& release) const;
 
-    /// Why the archive would be refused, as far as that can be told without it.
+    /// Why the archive would be refused, judged by the feed alone.
     [[nodiscard]] std::optional<UpdateError> refusal(const AppcastEnclosure& archive) const;
 
-    /// `cancelled` when `stop` was triggered in time; nothing is left then. The installer must outlive the
-    /// task.
+    /// Gives `cancelled`, and leaves no files, when `stop` is triggered before the archive is installed. The
+    /// installer must outlive the task.
     [[nodiscard]] QCoro::Task<Result> install(AppcastItem release, Progress progress, std::stop_token stop);
 
 private:
     using Archive = std::unique_ptr<UpdateArchive>;
 
-    /// Where the archive of this release belongs.
+    /// The path at which the archive of this release is installed.
     [[nodiscard]] tl::expected<QString, UpdateFailure> target(const AppcastItem& release) const;
     [[nodiscard]] tl::expected<Archive, UpdateFailure> makeRoom(const QString& folder, qint64 length) const;
-    /// The archive is the waiting caller's.
+    /// `archive` must outlive the task.
     [[nodiscard]] QCoro::Task<std::optional<UpdateFailure>> download(AppcastEnclosure enclosure,
                                                                      UpdateArchive* archive,
                                                                      Progress progress, std::stop_token stop);

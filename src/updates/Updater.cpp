@@ -21,9 +21,9 @@ constexpr auto skippedKey = "skippedVersion"_L1;
 constexpr qint64 largestFeed = qint64{1024} * 1024;
 constexpr auto interval = 24h;
 constexpr auto retryAfter = 1h;
-/// The start of the session has enough to do.
+/// Not at once, because the login keeps the machine busy.
 constexpr auto firstCheckAfter = 20s;
-/// Changes of the wall clock are noticed after this at the latest.
+/// Limits how late a change of the wall clock is noticed.
 constexpr auto longestSleep = 6h;
 
 bool runsHere(const AppcastItem& release) {
@@ -35,7 +35,7 @@ bool isSecure(const QUrl& url) {
     return url.scheme() == "https"_L1;
 }
 
-/// The releases that the answer lists, or why there is no telling.
+/// The releases in the answer, or the reason why they cannot be read.
 tl::expected<QList<AppcastItem>, UpdateFailure> releases(const HttpResult& answer, const QUrl& feedUrl) {
     using enum UpdateError;
     if (!answer && answer.error() == TransportError::tooLarge)
@@ -102,7 +102,7 @@ void Updater::startSchedule() {
 std::chrono::milliseconds Updater::timeUntilDue() const {
     const auto last = lastUpdateCheckDate();
     const auto now = m_services.clock.now();
-    // A date in the future is of a clock that was wrong.
+    // A date in the future comes from a clock that was wrong.
     if (!last || *last > now)
         return 0ms;
     return std::max<std::chrono::milliseconds>(*last + interval - now, 0ms);
@@ -114,7 +114,7 @@ QCoro::Task<> Updater::runSchedule(std::stop_token stop) {
         std::chrono::milliseconds wait = timeUntilDue();
         if (wait == 0ms) {
             wait = retryAfter;
-            // What the user has before them is left alone.
+            // A stage that the user may be looking at is not changed.
             const bool isFree =
                 m_stage == Stage::idle || m_stage == Stage::upToDate || m_stage == Stage::failed;
             if (!m_isBusy && isFree)
@@ -127,7 +127,7 @@ QCoro::Task<> Updater::runSchedule(std::stop_token stop) {
 void Updater::checkForUpdates() {
     const bool isInstalling = m_stage == Stage::downloading || m_stage == Stage::verifying;
     if (m_isBusy && !isInstalling) {
-        // Perhaps a scheduled one, which nobody sees.
+        // The running check may be a scheduled one, which is not presented.
         m_asker = Asker::user;
         enter(Stage::checking);
     } else if (!m_isBusy && m_stage != Stage::installed) {
@@ -226,7 +226,7 @@ QCoro::Task<> Updater::installRelease(AppcastItem release, std::stop_token stop)
             showProgress(step, received);
     };
     const auto result = co_await m_installer.install(release, std::move(progress), stop);
-    // Even when the user turned away meanwhile.
+    // Also when the user has dismissed it meanwhile.
     if (result == UpdateInstaller::Outcome::installed)
         m_installed = release;
     if (stop.stop_requested())
@@ -244,7 +244,7 @@ void Updater::showProgress(UpdateInstaller::Step step, qint64 received) {
         enter(Stage::verifying);
         return;
     }
-    // A bar is not longer than this many pixels.
+    // A progress bar has no more than 400 pixels.
     if (received - m_bytesReceived < m_bytesTotal / 400 && received != m_bytesTotal)
         return;
     m_bytesReceived = received;
@@ -259,7 +259,7 @@ void Updater::skipThisVersion() {
 }
 
 void Updater::dismiss() {
-    // A scheduled check is none of the user's business.
+    // A scheduled check goes on, because the user does not see it.
     if (m_isBusy && m_asker == Asker::user)
         endOperation();
     if (m_stage == Stage::idle)

@@ -17,24 +17,24 @@
 
 namespace tidemark {
 
-/// Looks for new releases in an appcast and installs what is signed with the bundle's key. Its two settings
-/// and the date of the last check are kept in an ini file of its own. UI thread only.
+/// Looks for new releases in an appcast and installs those that are signed with the bundle's key. Keeps its
+/// two settings and the date of the last check in an ini file of its own. UI thread only.
 ///
-/// It never offers a release that is not newer than the running one, and a pre-release only to whoever runs
-/// one.
+/// It offers only releases newer than the running one, and pre-releases only if the running one is a
+/// pre-release.
 class Updater final : public QObject {
     Q_OBJECT
 
 public:
     enum class Stage : quint8 {
         idle,
-        checking,  ///< for the user; a scheduled check shows nothing until it has found something
+        checking,  ///< for the user; a scheduled check changes the stage only when it finds a release
         upToDate,
         available,    ///< `release` is newer
         downloading,  ///< see `bytesReceived`
         verifying,    ///< and installing
-        installed,    ///< the AppImage is replaced; the running program is still the old one
-        handedOver,   ///< the package is with the system's installer
+        installed,    ///< the AppImage has been replaced; the old program is still running
+        handedOver,   ///< the package has been opened with the system's installer
         failed,       ///< see `error`
     };
     Q_ENUM(Stage)
@@ -43,9 +43,9 @@ public:
         HttpClient& http;
         Clock& clock;
         Workspace& workspace;
-        /// Its version, feed and key.
+        /// For its version, feed and key.
         Bundle bundle;
-        /// How the running program is installed.
+        /// How the running program was installed.
         InstalledForm installedForm;
         /// The ini file for the settings.
         QString settingsPath;
@@ -54,45 +54,46 @@ public:
     explicit Updater(Services services);
     ~Updater() override;
 
-    /// On unless the user switched it off.
+    /// True unless the user has turned it off.
     [[nodiscard]] bool automaticallyChecksForUpdates() const;
     void setAutomaticallyChecksForUpdates(bool isOn);
-    /// When the list of releases was last read.
+    /// When the feed was last read.
     [[nodiscard]] std::optional<Clock::TimePoint> lastUpdateCheckDate() const;
-    /// False while a check or an installation is under way.
+    /// False during a check or an installation.
     [[nodiscard]] bool canCheckForUpdates() const;
 
-    /// Begins the checking of its own schedule: soon, when the last check is a day ago, and then once a day;
-    /// an hour after one that failed. Call once.
+    /// Starts scheduled checks: the first one soon if the last check is a day old, then one a day, and one an
+    /// hour after a check that failed. Call once.
     void start();
-    /// The user's own check: its outcome is presented whatever it is. A version that was skipped is offered
-    /// again. While something is under way, that is presented.
+    /// Checks for the user, so that any outcome is presented, and a skipped version is offered again. During
+    /// a check or an installation, presents that.
     void checkForUpdates();
 
     [[nodiscard]] Stage stage() const { return m_stage; }
-    /// What is available, being installed, or installed.
+    /// The release that is available, being installed, or installed.
     [[nodiscard]] const std::optional<AppcastItem>& release() const { return m_release; }
     [[nodiscard]] qint64 bytesReceived() const { return m_bytesReceived; }
     [[nodiscard]] qint64 bytesTotal() const { return m_bytesTotal; }
-    /// Of the last failure.
+    /// The error of the last failure.
     [[nodiscard]] UpdateError error() const { return m_failure.error; }
-    /// What to tell the user of it: English sentences that name no address.
+    /// The last failure in English sentences for the user. They contain no address.
     [[nodiscard]] QString errorDescription() const { return m_failure.description(); }
 
-    /// From `available`.
+    /// Installs the release. Only in stage `available`, as is skipping.
     void install();
     void skipThisVersion();
-    /// Ends a check or download under way, and leaves whatever is presented: back to `idle`. What is being
-    /// put in place already ends as installed.
+    /// Cancels a check or download and returns to `idle` from any stage. An installation that has begun to
+    /// replace the file is still completed.
     void dismiss();
-    /// From `installed`: quits, and asks the composition root to start the new program after that.
+    /// Requests that the program quits and that the new one is started then. Only in stage `installed`.
     void restart();
 
 Q_SIGNALS:
     void canCheckForUpdatesChanged();
-    /// The stage, or the progress of the download.
+    /// The stage or the progress of the download has changed.
     void changed();
-    /// The user should see the stage: at the user's own check, and when a scheduled one found something.
+    /// The stage should be shown to the user: after a check by the user, and when a scheduled check has found
+    /// a release.
     void presentationRequested();
     void restartRequested();
 
@@ -105,8 +106,8 @@ private:
 
     void startCheck(Asker asker);
     QCoro::Task<> check(std::stop_token stop);
-    /// The release to offer: nothing when the running one is the newest, an error when no newer one can be
-    /// had.
+    /// The release to offer; nothing when the running one is the newest, an error when no newer one can be
+    /// installed.
     [[nodiscard]] tl::expected<std::optional<AppcastItem>, UpdateError> newest(
         QList<AppcastItem> items) const;
     void conclude(const QList<AppcastItem>& items);
@@ -116,7 +117,7 @@ private:
     void showProgress(UpdateInstaller::Step step, qint64 received);
 
     void enter(Stage stage);
-    /// Of the schedule's failures nobody is told.
+    /// Presents the failure, unless the check was a scheduled one.
     void fail(UpdateFailure failure);
     void setBusy(bool isBusy);
     void endOperation();
@@ -129,13 +130,13 @@ private:
     bool m_isStarted = false;
     bool m_isBusy = false;
     std::optional<AppcastItem> m_release;
-    /// Replaced the running program's file in this run.
+    /// The release that replaced the running program's file since it started.
     std::optional<AppcastItem> m_installed;
     qint64 m_bytesReceived = 0;
     qint64 m_bytesTotal = 0;
     UpdateFailure m_failure;
     TaskHandle m_schedule;
-    /// The check or installation under way. One that was asked to stop touches nothing of this any more.
+    /// The current check or installation. After a request to stop, it does not change this object any more.
     TaskHandle m_operation;
     /// Last: its tasks use the members above.
     TaskScope m_tasks;

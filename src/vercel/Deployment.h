@@ -27,14 +27,17 @@ struct DeploymentMeta {
     bool operator==(const DeploymentMeta&) const = default;
 };
 
-/// One deployment. Times are milliseconds since the Unix epoch.
+/// One deployment. Times are in milliseconds since the Unix epoch.
+///
+/// This record and the others of the API can be encoded as well as decoded, so that stand-ins for the API
+/// answer with the same records. The program itself encodes projects only.
 struct Deployment {
     QString id;  ///< member "uid"
     QString name;
     QString url;  ///< its own host name, without scheme
     qint64 created = 0;
     std::optional<qint64> ready;
-    QString state;  ///< as the API sends it; read it through deploymentState()
+    QString state;  ///< as the API sends it; see deploymentState()
     std::optional<QString> target;
     std::optional<QString> inspectorUrl;
     std::optional<DeploymentMeta> meta;
@@ -43,10 +46,10 @@ struct Deployment {
     [[nodiscard]] static Deployment decode(JsonReader& reader);
     [[nodiscard]] QJsonObject encode() const;
 
-    /// The state; a text that names none is `unknown`.
+    /// The state; `unknown` for a text that names none.
     [[nodiscard]] DeploymentState deploymentState() const;
 
-    /// The host to show: the first alias that is not a default one, else the first.
+    /// The host to show: the first alias outside the default domain, else the first alias.
     [[nodiscard]] std::optional<QString> productionDomain() const;
 
     bool operator==(const Deployment&) const = default;

@@ -3,8 +3,9 @@
 #include <QCoroFuture>
 #include <QJsonDocument>
 #include <QtConcurrentRun>
-#include <algorithm>
 #include <utility>
+
+#include "platform/http/SuccessfulBody.h"
 
 namespace tidemark {
 
@@ -15,27 +16,15 @@ namespace {
 constexpr int pageSize = 100;
 constexpr int maximumPages = 20;
 
-/// The body of a successful answer, or the error that the answer stands for.
-VercelResult<QByteArray> successfulBody(HttpResult result, std::initializer_list<int> successes) {
-    if (!result) {
-        if (result.error() == TransportError::notHttp)
-            return tl::unexpected(VercelError(APIError{.kind = APIError::Kind::invalidResponse}));
-        return tl::unexpected(VercelError(result.error()));
-    }
-    if (std::ranges::find(successes, result->status) == successes.end())
-        return tl::unexpected(VercelError(APIError::fromStatus(result->status)));
-    return std::move(result->body);
-}
-
 VercelResult<ProjectsResponse> decodePage(HttpResult result) {
-    return successfulBody(std::move(result), {200}).and_then([](const QByteArray& body) {
+    return successfulBody<VercelError>(std::move(result), {200}).and_then([](const QByteArray& body) {
         return ProjectsResponse::decode(body).map_error(
             [](DecodingError error) { return VercelError(error); });
     });
 }
 
 VercelResult<QList<Deployment>> decodeDeployments(HttpResult result) {
-    return successfulBody(std::move(result), {200})
+    return successfulBody<VercelError>(std::move(result), {200})
         .and_then([](const QByteArray& body) {
             return DeploymentsResponse::decode(body).map_error(
                 [](DecodingError error) { return VercelError(error); });
@@ -83,7 +72,7 @@ HttpRequest VercelAPIClient::request(const QString& path, const QueryItems& quer
     return {.url = url, .headers = {{"Authorization", "Bearer " + m_apiToken.toUtf8()}}};
 }
 
-// The public operations start a coroutine that owns a copy of the client.
+// Each public operation starts a coroutine that owns a copy of the client.
 
 QCoro::Task<VercelResult<QList<VercelProject>>> VercelAPIClient::fetchAllProjects(
     std::stop_token stop) const {
@@ -95,7 +84,7 @@ QCoro::Task<VercelResult<QList<VercelProject>>> VercelAPIClient::fetchAllProject
         for (int pageNumber = 1;; ++pageNumber) {
             HttpRequest request = client.request(u"v9/projects"_s, items);
             HttpResult result = co_await client.m_http->send(std::move(request), stopToken);
-            // A page may hold a megabyte: the UI thread has better things to do.
+            // On a worker, because a page may hold a megabyte.
             const QFuture<VercelResult<ProjectsResponse>> decoding =
                 QtConcurrent::run([page = std::move(result)] { return decodePage(page); });
             auto response = co_await decoding;
@@ -144,7 +133,7 @@ QCoro::Task<VercelResult<std::optional<QString>>> VercelAPIClient::fetchProducti
         const auto response = DomainsResponse::decode(result->body);
         co_return response ? productionDomain(response->domains) : std::nullopt;
     };
-    // An id is one segment of the path, whatever is in it; these two would leave it all the same.
+    // The id is percent-encoded into one segment of the path, but "." and ".." would still change the path.
     const bool leavesPath = projectId == "."_L1 || projectId == ".."_L1 || projectId.isEmpty();
     const QString segment = QString::fromLatin1(QUrl::toPercentEncoding(projectId));
     return run(*this, leavesPath ? QString() : u"v9/projects/%1/domains"_s.arg(segment), std::move(stop));
@@ -161,7 +150,7 @@ QCoro::Task<VercelResult<void>> VercelAPIClient::redeployDeployment(QString depl
         const QJsonObject body{{u"deploymentId"_s, id}};
         request.body = QJsonDocument(body).toJson(QJsonDocument::Compact);
         HttpResult result = co_await client.m_http->send(std::move(request), std::move(stopToken));
-        const auto answer = successfulBody(std::move(result), {200, 201});
+        const auto answer = successfulBody<VercelError>(std::move(result), {200, 201});
         if (!answer)
             co_return tl::unexpected(answer.error());
         co_return {};

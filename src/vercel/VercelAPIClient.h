@@ -13,13 +13,13 @@
 
 namespace tidemark {
 
-/// Speaks to the Vercel REST API on behalf of one account. A plain value without state: a task works on a
-/// copy of its own, so a client may be dropped while its requests run. The HTTP client must outlive them.
+/// Client of the Vercel REST API for one account. It is a value, and each task works on a copy, so a client
+/// may be destroyed during its requests. The HTTP client must outlive them.
 class VercelAPIClient {
 public:
     VercelAPIClient(HttpClient& http, QUrl baseURL, QString apiToken, QString teamId);
 
-    /// Every project of the account: at most 20 pages of 100. A failure on any page discards them all.
+    /// All projects of the account, up to 20 pages of 100. A failure of any page discards all pages.
     [[nodiscard]] QCoro::Task<VercelResult<QList<VercelProject>>> fetchAllProjects(
         std::stop_token stop) const;
 
@@ -27,12 +27,12 @@ public:
     [[nodiscard]] QCoro::Task<VercelResult<QList<Deployment>>> fetchRecentDeployments(
         QString projectId, int limit, bool productionOnly, std::stop_token stop) const;
 
-    /// The custom domain that serves production; absent when there is none or the API does not say. Fails
-    /// only when no answer came.
+    /// The custom domain of the production deployment; nothing when there is none or the API answers with an
+    /// error. Fails only when there is no answer.
     [[nodiscard]] QCoro::Task<VercelResult<std::optional<QString>>> fetchProductionDomain(
         QString projectId, std::stop_token stop) const;
 
-    /// Deploys again what a deployment was made from.
+    /// Deploys the sources of a deployment again.
     [[nodiscard]] QCoro::Task<VercelResult<void>> redeployDeployment(QString deploymentId,
                                                                      std::stop_token stop) const;
 

@@ -10,7 +10,7 @@
 
 namespace tidemark {
 
-/// What the Vercel REST API refuses with.
+/// An error answer of the Vercel REST API.
 struct APIError {
     enum class Kind : quint8 {
         httpError,        ///< any other status, kept in `status`
@@ -28,7 +28,7 @@ struct APIError {
     bool operator==(const APIError&) const = default;
 };
 
-/// Every way in which a request to the API fails.
+/// Why a request to the API failed.
 using VercelError = std::variant<APIError, TransportError, DecodingError>;
 
 /// A short English sentence for the user.

@@ -16,8 +16,8 @@ namespace tidemark {
 struct VercelProject {
     QString id;
     QString name;
-    /// The id of the configured account that it belongs to. What the API sends here is lenient: anything
-    /// but text becomes the empty string.
+    /// The id of the configured account that the project belongs to. Decoding is lenient: any value but text
+    /// becomes the empty string.
     QString accountId;
 
     [[nodiscard]] static VercelProject decode(JsonReader& reader);
@@ -25,14 +25,14 @@ struct VercelProject {
     bool operator==(const VercelProject&) const = default;
 };
 
-/// The project list as it is cached between runs: a compact JSON array.
+/// The project list in the form in which it is cached between runs: a compact JSON array.
 [[nodiscard]] QByteArray encodeProjects(const QList<VercelProject>& projects);
 [[nodiscard]] tl::expected<QList<VercelProject>, DecodingError> decodeProjects(const QByteArray& json);
 
 /// One page of the project list.
 struct ProjectsResponse {
     struct Pagination {
-        /// The cursor of the following page; absent on the last one.
+        /// The cursor of the next page; nothing on the last one.
         std::optional<qint64> next;
 
         bool operator==(const Pagination&) const = default;

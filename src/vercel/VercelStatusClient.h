@@ -8,15 +8,15 @@
 
 namespace tidemark {
 
-/// The health of the platform, as its public status page tells it.
+/// The health of the platform according to its public status page.
 enum class VercelStatusLevel : quint8 { ok, minor, major, critical, unknown };
 
-/// Asks the status page. The HTTP client must outlive the request.
+/// Client of the status page. The HTTP client must outlive its requests.
 class VercelStatusClient {
 public:
     VercelStatusClient(HttpClient& http, QUrl url);
 
-    /// The level; `unknown` for whatever goes wrong. The HTTP status is not looked at.
+    /// The level; `unknown` after any failure. The HTTP status is ignored.
     [[nodiscard]] QCoro::Task<VercelStatusLevel> fetch(std::stop_token stop) const;
 
 private:

@@ -14,7 +14,7 @@ QString told(const auto& result) {
     return result ? u"ok %1"_s.arg(result->size()) : description(result.error());
 }
 
-/// What becomes of the zones and of a zone's traffic when both get this result.
+/// The outcomes of a request for the zones and of one for a zone's traffic that get this result.
 QStringList outcomes(const HttpResult& result) {
     FakeHttpClient http;
     const ManualClock clock;
@@ -115,7 +115,7 @@ private Q_SLOTS:
         const auto text = CloudflareAPIClient::formatBytes;
         QCOMPARE(text(-5000), u"-5000 B"_s);
         QCOMPARE(text(1023), u"1023 B"_s);
-        QCOMPARE(text(1280), u"1.2 KB"_s);  // a tie goes to the even digit, as in C
+        QCOMPARE(text(1280), u"1.2 KB"_s);  // ties are rounded to the even digit, as in C
         QCOMPARE(text(1'048'575), u"1024.0 KB"_s);
         QCOMPARE(text(1'207'959'552), u"1.12 GB"_s);
         QCOMPARE(text(std::numeric_limits<qint64>::max()), u"8589934592.00 GB"_s);
@@ -131,10 +131,10 @@ private Q_SLOTS:
         };
         QCOMPARE(start("America/Los_Angeles", u"2025-06-15T03:00:00Z"_s), u"2025-06-07"_s);
         QCOMPARE(start("Pacific/Kiritimati", u"2025-01-01T09:59:59Z"_s), u"2024-12-24"_s);
-        // The clocks went forward or back in between.
+        // The clocks change during these days.
         QCOMPARE(start("Europe/London", u"2025-03-31T12:00:00Z"_s), u"2025-03-24"_s);
         QCOMPARE(start("Europe/London", u"2025-10-27T12:00:00Z"_s), u"2025-10-19"_s);
-        // They went forward at midnight: today, and seven days ago.
+        // The clocks change at midnight, today and seven days ago.
         QCOMPARE(start("Atlantic/Azores", u"2025-03-30T12:00:00Z"_s), u"2025-03-23"_s);
         QCOMPARE(start("Asia/Beirut", u"2024-04-07T12:00:00Z"_s), u"2024-03-30"_s);
     }

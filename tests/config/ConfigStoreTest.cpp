@@ -38,13 +38,14 @@ private Q_SLOTS:
         const QByteArray content = read();
         for (const QByteArray secret : {"tok-a", "tok-cf", "apiToken", "cloudflareToken"})
             QVERIFY2(!content.contains(secret), secret.constData());
-        QVERIFY(content.contains("\"name\": \"\\n\""));  // Qt would read it unescaped, others would not
-        // People read the file: its members stand in this order.
+        QVERIFY(content.contains(
+            "\"name\": \"\\n\""));  // unescaped it would not be valid JSON, although Qt reads it
+        // People read the file, so its members have a fixed order.
         static const QRegularExpression layout(
             uR"(accounts.*id.*name.*teamId.*id.*pollingIntervalSeconds.*launchAtLogin.*soundEnabled)"_s,
             QRegularExpression::DotMatchesEverythingOption);
         QVERIFY2(layout.match(QString::fromUtf8(content)).hasMatch(), content.constData());
-        // The empty token is stored too: nothing older may come back in its place.
+        // The empty token is stored, too, so that no older one is found in its place.
         QCOMPARE(KeychainHelper::loadToken(*m_keychain, u"apiToken-A2"_s), QString());
 
         QVERIFY(store().save({}));
@@ -81,14 +82,14 @@ private Q_SLOTS:
         QTEST(configuration.has_value(), "loads");
         if (configuration)
             QCOMPARE(*configuration, (AppConfiguration{.accounts = {{u"A1"_s, u"n"_s, {}, u"tok"_s}}}));
-        QCOMPARE(read(), json);                   // loading never writes the file
+        QCOMPARE(read(), json);                   // loading does not write the file
         QCOMPARE(m_keychain->items().size(), 2);  // nothing was migrated
     }
 
     void whatIsNoFileIsAbsent() {
         QVERIFY(!store().load());
         QVERIFY(QDir().mkpath(QFileInfo(m_path).path()));
-        QVERIFY(QFile::link(u"/dev/zero"_s, m_path));  // without end
+        QVERIFY(QFile::link(u"/dev/zero"_s, m_path));  // never ends
         QVERIFY(!store().load());
     }
 
@@ -118,26 +119,27 @@ private Q_SLOTS:
         QVERIFY(uuid.match(account.id).hasMatch());
         QCOMPARE(first->accounts, (QList<VercelAccount>{{account.id, u"Default"_s, teamId, u"old-token"_s}}));
         QCOMPARE(first->pollingIntervalSeconds, 60);
-        QCOMPARE(KeychainHelper::loadToken(*m_keychain, u"apiToken"_s), u"old-token"_s);  // left in place
+        QCOMPARE(KeychainHelper::loadToken(*m_keychain, u"apiToken"_s), u"old-token"_s);  // not removed
 
-        QVERIFY(store().load()->accounts.first().id != account.id);  // again and again, until a save
+        QVERIFY(store().load()->accounts.first().id != account.id);  // at each load until a save
         QVERIFY(store().save(*first));
         QCOMPARE(store().load(), first);
     }
 
     void aFailedSaveSaysSoAndKeepsTheOldFile() {
         const AppConfiguration configuration{.accounts = {{u"A1"_s, u"n"_s, {}, u"tok"_s}}};
-        // A file where the folder should be.
+        // A file has the name of the folder.
         QFile blocker(m_folder->filePath(u"deeper"_s));
         QVERIFY(blocker.open(QIODevice::WriteOnly));
         blocker.close();
         const auto result = store().save(configuration);
         QVERIFY(!result);
         QVERIFY(!result.error().isEmpty());
-        QCOMPARE(KeychainHelper::loadToken(*m_keychain, u"apiToken-A1"_s), u"tok"_s);  // stored before
+        QCOMPARE(KeychainHelper::loadToken(*m_keychain, u"apiToken-A1"_s),
+                 u"tok"_s);  // stored before the error
 
         QVERIFY(blocker.remove());
-        QVERIFY(QDir().mkpath(m_path));  // a folder where the file should be
+        QVERIFY(QDir().mkpath(m_path));  // a folder has the name of the file
         QVERIFY(!store().save(configuration));
     }
 

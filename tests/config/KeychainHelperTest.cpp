@@ -46,13 +46,14 @@ private Q_SLOTS:
 
     void aSaveThatCannotSucceed() {
         insert({{attributes(true), "old"}});
-        KeychainHelper::save(*m_keychain, QString(QChar(0xd800)), account);  // no Unicode: nothing changes
+        KeychainHelper::save(*m_keychain, QString(QChar(0xd800)),
+                             account);  // no valid text, so nothing changes
         QCOMPARE(load(), u"old"_s);
         m_keychain->setMood(Mood::unavailable);
         KeychainHelper::save(*m_keychain, u"abc"_s, account);
         QCOMPARE(load(), std::nullopt);
         QCOMPARE(m_keychain->items().size(), 1);
-        m_keychain->setMood(Mood::refusesAdds);  // deletes all the same
+        m_keychain->setMood(Mood::refusesAdds);  // but accepts deletions
         KeychainHelper::save(*m_keychain, u"abc"_s, account);
         QVERIFY(m_keychain->items().isEmpty());
     }
@@ -102,7 +103,7 @@ private Q_SLOTS:
         QCOMPARE(m_keychain->items(), (Items{{attributes(synchronizable), data}}));
     }
 
-    /// The legacy lookup matches the broken items too, and deletes what it matched.
+    /// The legacy lookup also matches the broken items, and deletes all that it matched.
     void undecodableDataIsAbsent() {
         insert({{attributes(true), "\xc3("}, {attributes(false), "\xed\xa0\x80"}});
         QCOMPARE(load(), std::nullopt);
@@ -112,7 +113,7 @@ private Q_SLOTS:
     void cancelLosesNoToken() {
         insert({{attributes(false), "abc"}});
         m_keychain->cancel();
-        // The program quits in the middle of a save: what was begun is finished.
+        // The program quits during a save, which is still completed.
         KeychainHelper::save(*m_keychain, u"def"_s, account);
         QCOMPARE(m_keychain->items(), (Items{{attributes(true), "def"}}));
         QCOMPARE(load(), std::nullopt);

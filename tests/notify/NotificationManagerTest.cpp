@@ -10,7 +10,7 @@ namespace {
 
 using namespace Qt::StringLiterals;
 
-/// A manager with everything around it.
+/// A manager with its services.
 struct Scene {
     explicit Scene(const QString& identifier = u"com.example.App"_s)
         : manager(center, sounds, workspace, clock, {.identifier = identifier}) {}
@@ -76,7 +76,7 @@ private Q_SLOTS:
             scene.see(project, u"READY"_s);
             scene.see(project, u"READY"_s);
         }
-        // Two texts that name no state are the same state.
+        // Two unknown texts are the same state.
         scene.see(u"c"_s, u"PAUSED"_s);
         scene.see(u"c"_s, u""_s);
         QCOMPARE(scene.bodies(), QStringList());
@@ -132,7 +132,7 @@ private Q_SLOTS:
         Scene scene;
         int clicks = 0;
         scene.manager.announce(u"Title"_s, u"Text"_s, {});
-        scene.center.click(0);  // nobody to tell
+        scene.center.click(0);  // there is no handler
         scene.manager.setAnnouncementHandler([&clicks] { ++clicks; });
         scene.center.click(0);
         QCOMPARE(clicks, 1);

@@ -34,7 +34,7 @@ HttpResult feed(const QList<Release>& releases) {
 
 }  // namespace
 
-/// When the updater checks, and what it then says.
+/// When the updater checks, and which outcomes it presents.
 class UpdateScheduleTest final : public QObject {
     Q_OBJECT
 
@@ -64,7 +64,7 @@ private Q_SLOTS:
         QCOMPARE(checks(), 2);
         m_clock->advance(240h);
         QCOMPARE(checks(), 12);
-        // Nobody was told that there is nothing.
+        // Finding no release is not presented.
         QCOMPARE(m_presentations->size(), 0);
         QCOMPARE(m_updater->stage(), Stage::idle);
     }
@@ -89,7 +89,7 @@ private Q_SLOTS:
         m_updater->start();
         m_clock->advance(1min);
         QCOMPARE(checks(), 2);
-        // Set ahead while it runs.
+        // The clock is set ahead while the program runs.
         m_clock->setNow(m_clock->now() + 72h);
         m_clock->advance(6h);
         QCOMPARE(checks(), 3);
@@ -169,7 +169,7 @@ private Q_SLOTS:
         m_clock->advance(1min);
         QCOMPARE(m_presentations->size(), 1);
         QCOMPARE(m_updater->stage(), Stage::available);
-        // What is before the user stays.
+        // The stage that the user sees does not change.
         m_clock->advance(48h);
         QCOMPARE(checks(), 1);
         m_updater->dismiss();
@@ -198,7 +198,7 @@ private Q_SLOTS:
         m_clock->advance(1min);
         QCOMPARE(m_updater->stage(), Stage::idle);
         QVERIFY(!m_updater->canCheckForUpdates());
-        // There is nothing of it to turn away from.
+        // Dismissing does not cancel a scheduled check.
         m_updater->dismiss();
         m_updater->checkForUpdates();
         m_updater->checkForUpdates();
@@ -245,7 +245,7 @@ private Q_SLOTS:
             needsNewerSystem);
     }
 
-    /// The user, who asked, is told; the schedule keeps it to itself.
+    /// A failure is presented for a check by the user, but not for a scheduled one.
     void releasesThatCannotBeHad() {
         QFETCH(const QByteArray, archive);
         publish({{"2.0", archive}});
@@ -279,7 +279,7 @@ private:
         QVERIFY(m_updater->canCheckForUpdates());
     }
 
-    /// A new run of the program with the settings of the last.
+    /// Restarts the program with the stored settings.
     void launch() {
         m_updater.reset();
         m_updater = std::make_unique<Updater>(

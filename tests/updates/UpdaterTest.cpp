@@ -46,7 +46,7 @@ QStringList entries(const QString& folder) {
     return QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot, QDir::Name);
 }
 
-/// No file of this process grows beyond `size` bytes; writing more fails, as it does on a full disk.
+/// Limits the size of all files that this process writes. Larger writes fail as on a full disk.
 class FileSizeLimit {
 public:
     explicit FileSizeLimit(rlim_t size) {
@@ -69,7 +69,7 @@ private:
 
 }  // namespace
 
-/// The updater over the network, with the sandbox's releases.
+/// The updater with a real HTTP client and the sandbox's releases.
 class UpdaterTest final : public QObject {
     Q_OBJECT
 
@@ -117,12 +117,12 @@ private Q_SLOTS:
         QCOMPARE(permissions(m_program), oldPermissions);
         QCOMPARE(QFile::symLinkTarget(link), m_program);
         QCOMPARE(entries(folder(u"opt"_s)), QStringList{u"Tidemark.AppImage"_s});
-        // The running program is not pulled out from under itself.
+        // The running program keeps its old file open.
         QCOMPARE(running.readAll(), oldProgram);
         m_updater->restart();
         QCOMPARE(restarts.size(), 1);
 
-        // It is installed only once.
+        // The release is not installed again.
         m_updater->dismiss();
         checkNow();
         QCOMPARE(m_updater->stage(), Stage::installed);
@@ -141,7 +141,7 @@ private Q_SLOTS:
         QCOMPARE(m_workspace->files, QStringList{package});
         QCOMPARE(contents(package), sandbox::UpdateService::archive(newVersion, 200'000));
         QCOMPARE(entries(cache), QStringList{u"tidemark-9.1.0.deb"_s});
-        // Whether its user went through with it, only the next start will tell.
+        // Only the next start will show whether the user has installed the package.
         checkNow();
         QCOMPARE(m_updater->stage(), Stage::available);
     }
@@ -222,7 +222,7 @@ private Q_SLOTS:
         QTest::addColumn<QString>("folder");
         QTest::newRow("gone") << u"/nowhere/Tidemark.AppImage"_s << u"/nowhere"_s;
         QTest::newRow("folder") << u"/usr/bin"_s << u"/usr"_s;
-        // Not even root can write there.
+        // A folder in which even root cannot write.
         QTest::newRow("read only") << u"/proc/version"_s << u"/proc"_s;
     }
 
@@ -236,7 +236,7 @@ private Q_SLOTS:
         QTRY_COMPARE(m_updater->stage(), Stage::failed);
         QCOMPARE(m_updater->error(), UpdateError::notReplaceable);
         QVERIFY(m_updater->errorDescription().contains(u" in %1."_s.arg(folder)));
-        // Nobody waited for a download in vain.
+        // The failure is reported before the download.
         QVERIFY(m_sandbox.log().entries().isEmpty());
     }
 
@@ -257,7 +257,7 @@ private Q_SLOTS:
         m_updater->dismiss();
         QCOMPARE(m_updater->stage(), Stage::idle);
         QVERIFY(m_updater->canCheckForUpdates());
-        // At once another one, while the first still ends.
+        // Starts another installation while the first one is still ending.
         offer();
         QTRY_COMPARE(entries(folder(u"opt"_s)).size(), 1);
         verifyNothingHappened();
@@ -275,7 +275,7 @@ private Q_SLOTS:
         m_updater.reset();
     }
 
-    /// The file is swapped by somebody else while it is being downloaded.
+    /// Another program replaces the file during the download.
     void onlyWhatWasCheckedIsInstalled() {
         start(u"slow.xml?seconds=1"_s, m_program);
         startDownload();

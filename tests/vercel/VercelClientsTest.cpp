@@ -26,8 +26,8 @@ QString errorText(const auto& result) {
 
 const QUrl base(u"https://api.example"_s);
 
-/// What becomes of each operation whose requests all get this result, in words: the list of projects, the
-/// deployments, the domain, and the redeploy.
+/// The outcomes, in words, of all operations when every request gets this result: the list of projects, the
+/// deployments, the domain, and the redeployment.
 QStringList outcomes(const HttpResult& result) {
     FakeHttpClient http;
     http.answer(HttpMethod::get, u"/v9/projects?limit=100"_s, result);
@@ -75,7 +75,7 @@ private Q_SLOTS:
                     httpAnswer(200, R"({"deployments":[]})"));
         http.answer(HttpMethod::post, u"https://api.example/v13/deployments?forceNew=1&teamId=t%2F1"_s,
                     httpAnswer(201));
-        // The client may be gone before the answer comes.
+        // The client may be destroyed before the answer arrives.
         auto client = std::make_unique<VercelAPIClient>(http, base, u"tok"_s, u"t/1"_s);
         auto listing = client->fetchRecentDeployments(u"p&+ 1"_s, 5, true, {});
         auto redeploy = client->redeployDeployment(u"dpl_\"1"_s, {});
@@ -100,8 +100,8 @@ private Q_SLOTS:
     }
 
     void pagesAreFollowed() {
-        // How many projects come of pages of these sizes, and by how many requests. Each page but perhaps
-        // the last has a cursor.
+        // The number of projects from pages of these sizes, and the number of requests. All pages have a
+        // cursor, except perhaps the last.
         const auto followed = [](const QList<int>& sizes, bool lastHasCursor) {
             FakeHttpClient http;
             for (int i = 0; i < sizes.size(); ++i) {
@@ -116,9 +116,9 @@ private Q_SLOTS:
         };
         using Followed = std::pair<qsizetype, qsizetype>;
         QCOMPARE(followed({0}, false), Followed(0, 1));
-        QCOMPARE(followed({99}, true), Followed(99, 1));  // a short page is the last
+        QCOMPARE(followed({99}, true), Followed(99, 1));  // a page that is not full is the last
         QCOMPARE(followed({100, 100, 100, 40}, true), Followed(340, 4));
-        QCOMPARE(followed(QList<int>(21, 100), true), Followed(2000, 20));  // never more
+        QCOMPARE(followed(QList<int>(21, 100), true), Followed(2000, 20));  // the limit
     }
 
     void aFailedPageDiscardsTheOthers() {
@@ -141,7 +141,7 @@ private Q_SLOTS:
         QCOMPARE(domain(skipped + R"(,{"name":"p.example","verified":false},)" + verified), u"q.example"_s);
         QCOMPARE(domain(skipped + R"(,{"name":"p.example"},{"name":"r.example","verified":false})"),
                  u"p.example"_s);
-        QCOMPARE(domain(verified + R"(,{"name":5})"), u"absent"_s);  // all or nothing is read
+        QCOMPARE(domain(verified + R"(,{"name":5})"), u"absent"_s);  // an invalid entry discards all
     }
 
     void theStatusPageGivesALevelWhateverHappens() {

@@ -12,12 +12,12 @@ namespace {
 const QByteArray required =
     R"("uid":"d1","name":"api","url":"api-1.vercel.app","created":1700000000000,"state":"READY")";
 
-/// A list of one deployment, with more members than the required ones.
+/// A list of one deployment with the required members and these.
 QByteArray withMembers(const QByteArray& more) {
     return "{\"deployments\":[{" + required + more + "}]}";
 }
 
-/// A list of one deployment, with something else in place of a part of it.
+/// A list of one deployment in which a part is replaced.
 QByteArray withChanged(const QByteArray& part, const QByteArray& other) {
     return withMembers({}).replace(part, other);
 }
@@ -36,17 +36,18 @@ private Q_SLOTS:
         const Deployment& deployment = response->deployments.first();
         QCOMPARE(deployment.id, u"d1"_s);
         QCOMPARE(deployment.created, 1700000000000);
-        QCOMPARE(deployment.ready, 9007199254740993);  // not a double: its last digit survives
+        QCOMPARE(deployment.ready, 9007199254740993);  // would lose its last digit as a double
         QVERIFY(!deployment.target);
         QCOMPARE(deployment.meta->githubCommitRef, u"main"_s);
-        QVERIFY(deployment.meta->githubCommitMessage->startsWith(u"Fix "));  // cut in an emoji by the API
+        QVERIFY(deployment.meta->githubCommitMessage->startsWith(
+            u"Fix "));  // the API cuts texts even inside of an emoji
         QVERIFY(!deployment.meta->githubCommitSha);
         QCOMPARE(deployment.alias, (QList{u"a"_s, u"b"_s}));
     }
 
     void deploymentsDecodeOrFailAsAWhole_data() {
         QTest::addColumn<QByteArray>("json");
-        QTest::addColumn<QString>("path");  // of the error; "ok" when there is none
+        QTest::addColumn<QString>("path");  // of the error, or "ok"
         const auto row = [](const QByteArray& name, const QByteArray& json, const QString& path) {
             QTest::newRow(name) << json << path;
         };

@@ -4,11 +4,11 @@
 
 namespace tidemark {
 
-/// Puts the token that came with a click, after the xdg-activation protocol, where the next window of ours or
-/// the next program that we start finds it. One that is too long to be true is ignored: no program could be
-/// started with it.
+/// Puts the token of a click (xdg-activation protocol) into the environment, where our next window or the
+/// next program that we start finds it. A token of more than 4,096 characters is ignored: the environment of
+/// a new process has limits.
 void offerActivationToken(const QString& token);
-/// A token is good for one activation.
+/// Removes the token again, because it is good for one activation.
 void withdrawActivationToken();
 
 }  // namespace tidemark

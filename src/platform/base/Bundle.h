@@ -4,12 +4,13 @@
 
 namespace tidemark {
 
-/// What a build says of itself. Tools and tests have an empty one unless they fill it.
+/// Constants of a build. Empty in tools and tests that do not set them.
 struct Bundle {
-    /// Reverse-DNS name: bus name, desktop entry, autostart entry. Empty outside an installed program.
+    /// Reverse-DNS name, used as bus name and for the desktop and autostart entries. Empty outside an
+    /// installed program.
     QString identifier;
     QString version;
-    /// Address of the release feed and the public key (base64) that releases are signed with.
+    /// Address of the release feed, and the public key (base64) for the signatures of releases.
     QString feedUrl;
     QString publicKey;
 };

@@ -6,7 +6,7 @@
 namespace tidemark {
 namespace {
 
-/// In code units. The longest emoji in use have some twenty.
+/// In code units. The longest emoji in use have about twenty.
 constexpr qsizetype longestCharacter = 32;
 constexpr qsizetype longestLine = 300;
 
@@ -19,7 +19,7 @@ bool endsLine(QChar character) {
 }  // namespace
 
 QString firstCharacters(const QString& text, qsizetype count) {
-    // No need to look at what cannot be part of the result.
+    // The result cannot be longer, so the rest is not searched for boundaries.
     const QString start = text.first(std::min(text.size(), (count + 1) * longestCharacter));
     QTextBoundaryFinder boundaries(QTextBoundaryFinder::Grapheme, start);
     qsizetype end = 0;

@@ -35,8 +35,8 @@ Clock::TimePoint SystemClock::now() const {
 }
 
 QCoro::Task<> SystemClock::sleep(std::chrono::nanoseconds duration, std::stop_token stop) {
-    // The future hands its end to the event loop, so the timer does not resume the waiting task from inside
-    // its own call. A stop request, which may be there before the wait, takes its way through the loop too.
+    // The future resumes the task from the event loop, and not inside the timer's signal. A stop request,
+    // which may come before the wait, goes through the event loop too.
     QPromise<void> promise;
     promise.start();
     const auto finish = [&promise] { promise.finish(); };

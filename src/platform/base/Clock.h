@@ -6,7 +6,7 @@
 
 namespace tidemark {
 
-/// Time, so that tests can run days of polling at once.
+/// Time, behind an interface so that tests can run days of polling at once.
 class Clock {
 public:
     using TimePoint = std::chrono::sys_time<std::chrono::milliseconds>;
@@ -19,12 +19,12 @@ public:
     /// Wall-clock time.
     [[nodiscard]] virtual TimePoint now() const = 0;
 
-    /// Waits; ends early, without error, when `stop` is triggered. Always suspends at least once.
+    /// Waits. Triggering `stop` ends the wait early, without an error. Always suspends at least once.
     [[nodiscard]] virtual QCoro::Task<> sleep(std::chrono::nanoseconds duration, std::stop_token stop) = 0;
 };
 
-/// The system's clocks. A sleep counts the time that the machine spends suspended, so a wait that ran out
-/// meanwhile ends right after the resume.
+/// The system's clocks. Sleeps include the time during which the machine is suspended, so a sleep that ran
+/// out meanwhile ends right after the resume.
 class SystemClock final : public Clock {
 public:
     [[nodiscard]] TimePoint now() const override;

@@ -52,7 +52,8 @@ std::optional<qint64> JsonReader::optionalInteger(QLatin1StringView member) {
     const QJsonValue value = m_object.value(member);
     if (isAbsent(value))
         return std::nullopt;
-    // A number with no exact 64-bit value gives the default: two different defaults tell that apart.
+    // toInteger() gives its default for a number without an exact 64-bit value, so two different defaults
+    // reveal one.
     const qint64 integer = value.toInteger(0);
     if (!value.isDouble() || integer != value.toInteger(1))
         fail(DecodingError::Reason::wrongType, member);

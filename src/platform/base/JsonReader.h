@@ -21,7 +21,7 @@ struct DecodingError {
     };
 
     Reason reason = Reason::malformed;
-    /// The place in the document, as in "deployments[2].uid"; empty for the document itself.
+    /// Where in the document, as in "deployments[2].uid"; empty for the document itself.
     QString path;
 
     /// A short English sentence for the user.
@@ -29,11 +29,11 @@ struct DecodingError {
     bool operator==(const DecodingError&) const = default;
 };
 
-/// Reads the members of one JSON object. The first failure anywhere in a document is remembered at its root
-/// and makes the whole document fail; what is read after it is empty and of no use.
+/// Reads the members of one JSON object. The first failure anywhere in a document is kept at its root and
+/// makes the whole document fail. Values that are read after it must not be used.
 ///
-/// "Optional" members may be missing or null; present with another type they fail like required ones.
-/// Integers must have an exact value in 64 bits.
+/// "Optional" members may be missing or null, but fail like required ones when they have another type.
+/// Integers must have an exact 64-bit value.
 class JsonReader {
 public:
     [[nodiscard]] QString requiredString(QLatin1StringView member);
@@ -66,7 +66,7 @@ public:
         return decode(reader);
     }
 
-    /// The decoded elements, each of which must be an object.
+    /// The decoded elements. Each must be an object.
     template <typename Decode>
     [[nodiscard]] auto requiredArray(QLatin1StringView member, Decode decode)
         -> QList<std::invoke_result_t<Decode, JsonReader&>> {
@@ -78,8 +78,8 @@ public:
         return elements(value.toArray(), member, decode);
     }
 
-    /// Like `requiredArray`, but nothing when the member or any element cannot be read; the document does
-    /// not fail because of it.
+    /// Like `requiredArray`, but gives nothing when the member or any element cannot be read, and the
+    /// document does not fail.
     template <typename Decode>
     [[nodiscard]] auto lenientArray(QLatin1StringView member, Decode decode) const
         -> std::optional<QList<std::invoke_result_t<Decode, JsonReader&>>> {
@@ -154,7 +154,8 @@ private:
     JsonReader* m_parent;
     QLatin1StringView m_member;
     qsizetype m_index;
-    std::optional<DecodingError> m_error;  // the root's is the document's
+    /// Set in the root only.
+    std::optional<DecodingError> m_error;
 };
 
 }  // namespace tidemark

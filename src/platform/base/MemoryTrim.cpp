@@ -8,8 +8,8 @@
 namespace tidemark {
 namespace {
 
-/// Only segments of code: nobody ever wrote into them, so what is dropped is in the file. Constants may be
-/// relocated ones, which are nowhere else.
+/// Drops only segments of code, because they are never written to and can be read from the file again.
+/// Constants may have been relocated, and then exist in memory only.
 int dropCode(dl_phdr_info* object, size_t /*size*/, void* /*context*/) {
     const auto page = static_cast<ElfW(Addr)>(sysconf(_SC_PAGESIZE));
     for (ElfW(Half) i = 0; i < object->dlpi_phnum; ++i) {
@@ -18,7 +18,7 @@ int dropCode(dl_phdr_info* object, size_t /*size*/, void* /*context*/) {
             continue;
         const ElfW(Addr) begin = (object->dlpi_addr + segment.p_vaddr) & ~(page - 1);
         const ElfW(Addr) end = object->dlpi_addr + segment.p_vaddr + segment.p_memsz;
-        // NOLINTNEXTLINE(performance-no-int-to-ptr): that is how the linker tells addresses.
+        // NOLINTNEXTLINE(performance-no-int-to-ptr): the linker reports addresses as numbers.
         madvise(reinterpret_cast<void*>(begin), end - begin, MADV_DONTNEED);
     }
     return 0;

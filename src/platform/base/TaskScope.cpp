@@ -26,7 +26,7 @@ TaskHandle TaskScope::start(Body body) {
 }
 
 QFuture<void> TaskScope::startAwaited(const Body& body) {
-    // It goes with the body, which is kept as long as the task runs, and finishes its future then.
+    // The body is destroyed when the task has ended. Its promise then finishes the future.
     auto promise = std::make_shared<QPromise<void>>();
     promise->start();
     QFuture<void> future = promise->future();
@@ -36,12 +36,15 @@ QFuture<void> TaskScope::startAwaited(const Body& body) {
 
 void TaskScope::finish() {
     m_isFinished = true;
-    // A copy: a task may end, and leave the list, while another is asked.
+    // A copy, because a task that ends at once takes itself off the list.
     for (auto stops = m_running->stops; auto& stop : stops)
         stop.request_stop();
+    // No event loop without need: it would run other code in the middle of the owner's destructor.
+    if (m_running->stops.empty())
+        return;
     while (!m_running->stops.empty())
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-    // What the tasks waited on deletes itself later; nobody may be left to run that loop.
+    // The objects that the tasks waited for delete themselves from the event loop, which may not run again.
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
 }
 

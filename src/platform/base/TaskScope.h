@@ -8,22 +8,22 @@
 
 namespace tidemark {
 
-/// A cooperative task that runs in a `TaskScope`. Copies refer to the same task; an empty handle to none.
+/// A task that runs in a `TaskScope`. Copies refer to the same task; a default-constructed handle refers to
+/// none.
 class TaskHandle {
 public:
     TaskHandle() : m_stop(std::nostopstate) {}
     explicit TaskHandle(std::stop_source stop) : m_stop(std::move(stop)) {}
 
-    /// Asks the task to end at its next check; its waits end early.
+    /// Asks the task to end. Its waits end early.
     void requestStop() { m_stop.request_stop(); }
-    [[nodiscard]] explicit operator bool() const { return m_stop.stop_possible(); }
 
 private:
     std::stop_source m_stop;
 };
 
-/// Owns the top-level tasks of one object. Declared as the object's last member, it lets tasks use `this`
-/// freely: they have all ended before the object goes. UI thread only.
+/// Owns the top-level tasks of one object. If it is declared as the object's last member, tasks may use
+/// `this` freely, because they have all ended before the other members are destroyed. UI thread only.
 class TaskScope {
 public:
     using Body = std::function<QCoro::Task<>(std::stop_token)>;
@@ -33,14 +33,15 @@ public:
     TaskScope& operator=(const TaskScope&) = delete;
     ~TaskScope();
 
-    /// Starts `body` at once and keeps it, with what it captured, until the task has ended. Started after
-    /// `finish`, it does nothing. An exception that leaves the body ends only this task.
+    /// Starts `body` at once and keeps it, with its captures, until the task has ended. After `finish` it
+    /// does nothing. An exception that leaves the body ends only this task.
     TaskHandle start(Body body);
 
-    /// The same for somebody who waits for it: the future finishes when the task has ended.
+    /// Does the same and gives a future that finishes when the task has ended.
     [[nodiscard]] QFuture<void> startAwaited(const Body& body);
 
-    /// Asks every task to stop and runs the event loop until all have ended.
+    /// Asks every task to stop. If any are left then, runs the event loop until all have ended. Tasks that
+    /// wait only with a StoppableWait have ended before that.
     void finish();
 
 private:

@@ -14,7 +14,7 @@ namespace {
 
 constexpr std::array terminating{SIGTERM, SIGINT, SIGHUP};
 
-/// Written by the signal handler, which may do little else.
+/// The signal handler only writes to this descriptor, because few other calls are allowed in it.
 int eventDescriptor() {
     static const int descriptor = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
     return descriptor;
@@ -31,7 +31,7 @@ void setHandler(void (*handler)(int)) {
     action.sa_handler = handler;
     action.sa_flags = SA_RESTART;
     for (const int number : terminating) {
-        // What was told to be ignored, as under nohup, stays so.
+        // A signal that is ignored, as SIGHUP is under nohup, stays ignored.
         struct sigaction current{};
         sigaction(number, nullptr, &current);
         if (current.sa_handler != SIG_IGN)

@@ -5,13 +5,13 @@
 
 namespace tidemark {
 
-/// Turns SIGTERM, SIGINT and SIGHUP into a call on the UI thread, so that the program ends in order. At most
-/// one at a time in a process. What comes after it has gone is ignored: the program is ending already, and
-/// terminals that are closed send the signal twice.
+/// Turns SIGTERM, SIGINT and SIGHUP into a call on the UI thread, so that the program can shut down properly.
+/// At most one instance exists at a time. After its destruction the signals are ignored, because the program
+/// is ending already and a terminal that is closed sends the signal twice.
 class TerminationSignals {
 public:
-    /// Until there is one, has the signals end the process at once and with success: nothing has been begun
-    /// that would have to be put in order.
+    /// Until an instance exists, these signals end the process with exit code 0: there is nothing to clean up
+    /// yet.
     static void exitUntilMade();
 
     explicit TerminationSignals(std::function<void()> onSignal);

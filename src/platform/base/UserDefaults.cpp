@@ -33,20 +33,22 @@ bool writeFile(const QString& path, const QVariantHash& values) {
 
 UserDefaults::UserDefaults(const QString& path) : m_path(path) {
     m_writer.setMaxThreadCount(1);
-    // A pipe or a device would be read for ever, and so would rubbish by the gigabyte.
+    // Reading a pipe or a device would never end, and reading gigabytes of garbage would take too long.
     const QFileInfo info(path);
     if (info.exists() && (!info.isFile() || info.size() > maximumFileSize)) {
         m_isWritable = false;
         return;
     }
-    // This process is the only writer. A lock that a crash left behind on a machine of another name would
-    // otherwise be waited for without end.
+    // QSettings would wait forever for a lock file that was left by a crash on a machine of another name.
+    // Only the first process of the desktop session writes. A second one may also get here before it hands
+    // over to the first, and could at worst remove the lock of a write, which replaces the file in one step
+    // anyway.
     QFile::remove(path + u".lock"_s);
     const QSettings file(path, QSettings::IniFormat);
     const QStringList keys = file.allKeys();
     m_isWritable = file.status() != QSettings::AccessError;
     for (const QString& key : keys) {
-        // A damaged file may give an empty one, which QSettings itself does not take.
+        // A damaged file may contain an empty key, which QSettings does not accept.
         if (!key.isEmpty())
             m_values.insert(key, file.value(key));
     }
@@ -54,13 +56,13 @@ UserDefaults::UserDefaults(const QString& path) : m_path(path) {
 
 UserDefaults::~UserDefaults() {
     waitForWrites();
-    // One more try for what failed.
+    // Repeats a write that failed.
     if (!m_pending.isEmpty())
         writeFile(m_path, m_pending);
 }
 
 QStringList UserDefaults::stringArray(const QString& key) const {
-    // The file keeps a list of one string as the string.
+    // The ini format stores a list of one string as a string.
     const QVariant value = m_values.value(key);
     const int type = value.typeId();
     if (type == QMetaType::QStringList || type == QMetaType::QString)
@@ -69,7 +71,7 @@ QStringList UserDefaults::stringArray(const QString& key) const {
 }
 
 bool UserDefaults::boolean(const QString& key) const {
-    // The file keeps it as a word.
+    // The ini format stores a bool as text.
     const QVariant value = m_values.value(key);
     return value == QVariant(true) || value == QVariant(u"true"_s);
 }
@@ -106,7 +108,7 @@ void UserDefaults::write() {
     lock.unlock();
     const bool isWritten = writeFile(m_path, values);
     lock.relock();
-    // Whatever was set meanwhile has its own write scheduled.
+    // Values that were set meanwhile have scheduled a write of their own.
     if (isWritten && !m_isWriteScheduled)
         m_pending.clear();
 }

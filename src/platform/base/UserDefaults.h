@@ -11,11 +11,11 @@
 
 namespace tidemark {
 
-/// Small persisted values by key, in an ini file (QSettings). Reads come from memory. Every write goes to
-/// the file at once on a worker thread, so that a slow disk never holds up the UI thread; what is set while
-/// the file is being written goes out together afterwards. The destructor waits for the last write. One that
-/// fails (full disk) is kept and tried again with the next, or at the end.
-/// A file that is there but cannot be read is left alone: the values then last for this run.
+/// Small persistent values by key, in an ini file (QSettings). Reads come from memory. Each change is written
+/// at once, on a worker thread, so that a slow disk does not block the UI thread; changes during a write are
+/// written together after it. A write that fails (full disk) is repeated with the next one or by the
+/// destructor, which waits for it. A file that exists but cannot be read is never written: the values then
+/// last until the program ends.
 class UserDefaults {
 public:
     /// The ini file at `path`; a missing or unreadable one starts empty.
@@ -24,17 +24,17 @@ public:
     UserDefaults& operator=(const UserDefaults&) = delete;
     ~UserDefaults();
 
-    /// Absent, or of another type than asked for: the empty value.
+    /// The empty value when absent or of another type.
     [[nodiscard]] QStringList stringArray(const QString& key) const;
     [[nodiscard]] bool boolean(const QString& key) const;
     [[nodiscard]] QByteArray data(const QString& key) const;
-    /// An invalid variant when absent. Of lists the type is not kept: an empty one reads as absent and one of
-    /// a single string as a string once the program has been started again.
+    /// An invalid variant when absent. The ini format does not keep the type of lists: after a restart, an
+    /// empty list reads as absent and a list of one string as a string.
     [[nodiscard]] QVariant value(const QString& key) const;
 
     void setValue(const QString& key, const QVariant& value);
 
-    /// Waits until everything set so far has been written or has failed.
+    /// Blocks until everything set so far has been written or has failed.
     void waitForWrites();
 
 private:
@@ -44,7 +44,7 @@ private:
     QVariantHash m_values;
     bool m_isWritable = true;
     QMutex m_mutex;
-    /// What the file is to hold, until it does.
+    /// Values that are not in the file yet; empty when all are.
     QVariantHash m_pending;
     bool m_isWriteScheduled = false;
     QThreadPool m_writer;

@@ -19,7 +19,7 @@ tl::expected<QByteArray, GunzipError> gunzip(const QByteArray& data, qsizetype l
 
     QByteArray result;
     std::array<char, 65536> chunk;
-    // A file may consist of several members.
+    // Gzip data may consist of several members.
     for (int state = Z_OK; state != Z_STREAM_END || stream.avail_in > 0;) {
         if (state == Z_STREAM_END)
             inflateReset(&stream);

@@ -1,5 +1,7 @@
 #include "platform/http/HttpClient.h"
 
+#include <QHostAddress>
+
 namespace tidemark {
 
 using namespace Qt::StringLiterals;
@@ -32,6 +34,10 @@ QString description(TransportError error) {
             return u"The request failed."_s;
     }
     return {};
+}
+
+bool isLoopback(const QString& host) {
+    return host == "localhost"_L1 || QHostAddress(host).isLoopback();
 }
 
 }  // namespace tidemark

@@ -1,7 +1,6 @@
 #include "platform/http/NetworkHttpClient.h"
 
 #include <QCoroFuture>
-#include <QHostAddress>
 #include <QNetworkAccessManager>
 #include <QNetworkProxyFactory>
 #include <QNetworkReply>
@@ -18,11 +17,7 @@ namespace {
 
 constexpr int maxRedirects = 10;
 
-bool isLoopback(const QString& host) {
-    return host == QLatin1String("localhost") || QHostAddress(host).isLoopback();
-}
-
-/// The proxies that the desktop's settings or the environment name; none on the way to this machine itself.
+/// The proxies of the desktop's settings or the environment, but none for this machine itself.
 class SystemProxies final : public QNetworkProxyFactory {
 public:
     QList<QNetworkProxy> queryProxy(const QNetworkProxyQuery& query) override {
@@ -38,7 +33,7 @@ bool isAuthorised(const HttpRequest& request) {
     });
 }
 
-/// Qt sends a value as it is: a line break in it would begin another header.
+/// Qt does not check values: a line break in one would begin another header.
 bool isSendable(const std::pair<QByteArray, QByteArray>& header) {
     return std::ranges::none_of(header.second, [](char byte) {
         return (static_cast<unsigned char>(byte) < 0x20 && byte != '\t') || byte == 0x7f;
@@ -55,12 +50,12 @@ QNetworkRequest networkRequest(const HttpRequest& request, const QByteArray& use
     }
     for (const auto& [name, value] : request.headers)
         result.setRawHeader(name, value);
-    // Asked for by ourselves, the body arrives as it was sent: Qt takes a compressed one that was cut off for
-    // whole, and never finishes one that is damaged.
+    // Setting this header ourselves turns off Qt's decompression, which accepts a body that was cut off as
+    // complete and never finishes a damaged one.
     result.setRawHeader("Accept-Encoding", "gzip");
-    // Qt would hand a token on to another origin.
+    // Qt would send the token to another origin.
     result.setAttribute(QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::ManualRedirectPolicy);
-    // An HTTP/2 connection that died during suspend stays dead for ever; HTTP/1.1 loses one request.
+    // Qt keeps using an HTTP/2 connection that died during suspend. With HTTP/1.1 only one request fails.
     result.setAttribute(QNetworkRequest::Http2AllowedAttribute, false);
     result.setAttribute(QNetworkRequest::HttpPipeliningAllowedAttribute, false);
     result.setAttribute(QNetworkRequest::CookieLoadControlAttribute, QNetworkRequest::Manual);
@@ -69,8 +64,8 @@ QNetworkRequest networkRequest(const HttpRequest& request, const QByteArray& use
     return result;
 }
 
-/// A request body that can be read only once, so that Qt cannot send it again when the connection dies
-/// after the server may have acted on it.
+/// A request body that can be read only once. Qt cannot send it again when the connection dies after the
+/// server may have acted on it.
 class UnrepeatableBody final : public QIODevice {
 public:
     explicit UnrepeatableBody(QByteArray data) : m_data(std::move(data)) {
@@ -98,7 +93,7 @@ private:
     qint64 m_position = 0;
 };
 
-/// Whether Qt derived the error from an HTTP status, which makes it an answer like any other.
+/// Whether Qt derived the error from an HTTP status. Such an answer counts like any other.
 bool isFromStatus(QNetworkReply::NetworkError error, int status) {
     if (status < 400)
         return false;
@@ -141,10 +136,10 @@ TransportError transportError(QNetworkReply::NetworkError error) {
 
 }  // namespace
 
-/// One request under way. The first `end` counts.
+/// One request in progress. Only the first `end` has an effect.
 class NetworkHttpClient::Exchange final : public QObject {
 public:
-    /// With a sink the body of an answer with status 200 goes there, and the time-out is one of silence.
+    /// With a sink, bodies of answers with status 200 go there, and the timeout starts anew with each piece.
     Exchange(NetworkHttpClient& client, HttpRequest request, HttpSink sink = {})
         : m_client(client), m_request(std::move(request)), m_sink(std::move(sink)) {
         m_promise.start();
@@ -163,7 +158,7 @@ public:
         sendRequest();
     }
 
-    /// Ends the exchange from the event loop.
+    /// Ends the exchange from the event loop. Callable from any thread.
     void endLater(TransportError error) {
         QMetaObject::invokeMethod(this, [this, error] { end(tl::unexpected(error)); }, Qt::QueuedConnection);
     }
@@ -243,7 +238,7 @@ private:
             end(decoded(status));
     }
 
-    /// Where a redirect leads that is to be followed; otherwise not valid.
+    /// The target of a redirect that is to be followed; otherwise invalid.
     [[nodiscard]] QUrl redirectTarget(int status) const {
         if (m_request.method != HttpMethod::get || isAuthorised(m_request) || m_redirects == maxRedirects)
             return {};
@@ -268,9 +263,9 @@ private:
         sendRequest();
     }
 
-    /// The answer, its body decompressed. When the connection closes early, Qt now and then takes what came
-    /// for the whole body. A stated length or a checksum tells; of an uncompressed chunked body nothing does,
-    /// and its reader has to notice.
+    /// The answer with its body decompressed. When the connection closes early, Qt sometimes reports success.
+    /// We notice this by the Content-Length or the checksum of a compressed body. An uncompressed chunked
+    /// body has neither, so its reader has to notice.
     [[nodiscard]] HttpResult decoded(int status) {
         const auto length = m_reply->rawHeader("Content-Length").toLongLong();
         const bool hasBody = status != 204 && status != 304;
@@ -298,7 +293,7 @@ private:
         m_promise.finish();
     }
 
-    /// A reply that is deleted gives up its connection.
+    /// Deleting the reply closes a connection that is still in use.
     void dropReply() {
         if (!m_reply)
             return;
@@ -315,7 +310,7 @@ private:
     QTimer m_deadline;
     QNetworkReply* m_reply = nullptr;
     QByteArray m_body;
-    /// Of the body, as it is sent.
+    /// Bytes of the body, before decompression.
     qint64 m_received = 0;
     HttpResult m_result;
     int m_redirects = 0;
@@ -348,7 +343,6 @@ QCoro::Task<HttpResult> NetworkHttpClient::run(std::shared_ptr<Exchange> exchang
         exchange->endLater(TransportError::malformedHeader);
     else if (!stop.stop_requested())
         exchange->start();
-    // May come from any thread.
     const std::stop_callback onStop(std::move(stop),
                                     [&exchange] { exchange->endLater(TransportError::cancelled); });
     const QFuture<void> future = exchange->future();

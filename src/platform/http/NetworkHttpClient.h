@@ -12,23 +12,23 @@ class QNetworkAccessManager;
 
 namespace tidemark {
 
-/// HTTP/1.1 over the network and the system's proxies. Nothing is remembered between requests but open
-/// connections: no cookies, no cache, no credentials. A GET that dies with a kept-alive connection is sent
-/// again, and none waits for one that died in a suspend or with its network; a POST is never sent twice.
-/// Requests still under way when the client goes end with `cancelled`.
+/// HTTP/1.1 over the network and the system's proxies. Only open connections are kept between requests: no
+/// cookies, no cache, no credentials. A GET is repeated when its kept-alive connection turns out to be
+/// closed; a POST is never sent twice. Connections are not reused after a suspend or a change of networks.
+/// Destroying the client ends pending requests with `cancelled`.
 class NetworkHttpClient final : public HttpClient {
 public:
-    /// Whether plain http is allowed to this machine itself. It never is to any other.
+    /// Whether plain http is allowed to this machine itself. To other hosts it never is.
     enum class InsecureLoopback : quint8 { refused, allowed };
 
     struct Options {
         QByteArray userAgent;
         InsecureLoopback insecureLoopback = InsecureLoopback::refused;
-        /// The longest body that is accepted, in bytes after decompression.
+        /// Largest body that is accepted, in bytes after decompression.
         qint64 bodyLimit = qint64{8} * 1024 * 1024;
-        /// How many bytes may wait in memory to be read.
+        /// How many bytes Qt buffers before it stops reading from the connection.
         qint64 readBuffer = qint64{256} * 1024;
-        /// What the connections depend on at the moment.
+        /// Gives the current state of the network.
         std::function<NetworkPath()> networkPath = &NetworkPath::current;
     };
 
@@ -45,17 +45,17 @@ private:
 
     [[nodiscard]] QCoro::Task<HttpResult> run(std::shared_ptr<Exchange> exchange, std::stop_token stop);
     [[nodiscard]] bool isAllowed(const QUrl& url) const;
-    /// Made at the first request, so that starting the program does not wait for it.
+    /// Created by the first request, because creating it would delay the start of the program.
     std::shared_ptr<QNetworkAccessManager> network();
-    /// Uses the connections no more that a suspend or a change of networks has killed. They would be noticed
-    /// only by the time-out of the next request.
+    /// Drops connections that a suspend or a network change has killed. Otherwise the next request would only
+    /// time out.
     void leaveDeadConnections();
 
     Options m_options;
-    /// Requests under way keep theirs.
+    /// Shared with pending requests, which keep theirs when it is replaced.
     std::shared_ptr<QNetworkAccessManager> m_network;
     std::optional<NetworkPath> m_networkPath;
-    /// Goes first, and tells the requests under way.
+    /// Last: its destruction ends the pending requests while the other members still exist.
     QObject m_lifetime;
 };
 

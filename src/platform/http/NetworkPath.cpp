@@ -21,7 +21,7 @@ NetworkPath NetworkPath::current() {
 }
 
 bool NetworkPath::isContinuedBy(const NetworkPath& later) const {
-    // The two clocks are not read in the same moment.
+    // The two clocks are not read at exactly the same time, so small differences do not count.
     return later.suspended - suspended < std::chrono::seconds(1) && later.addresses == addresses;
 }
 

@@ -6,16 +6,17 @@
 
 namespace tidemark {
 
-/// What open connections depend on: when it changes they are dead, and nobody tells until a time-out does.
+/// The state of the network that open connections depend on. When it changes, they are dead, which is
+/// otherwise noticed only by a timeout.
 struct NetworkPath {
-    /// How long the machine has been suspended since it was started.
+    /// For how long the machine has been suspended since it booted.
     std::chrono::nanoseconds suspended{};
-    /// The addresses that it has.
+    /// The machine's addresses.
     QList<QHostAddress> addresses;
 
     [[nodiscard]] static NetworkPath current();
 
-    /// Whether connections that were opened then can still be alive.
+    /// Whether connections from the time of this state may still be alive in the later one.
     [[nodiscard]] bool isContinuedBy(const NetworkPath& later) const;
 };
 

@@ -9,8 +9,8 @@
 
 namespace tidemark {
 
-/// The attributes by which generic-password items are matched. An absent `synchronizable` matches items
-/// with either value and items without the attribute.
+/// The attributes by which generic-password items are matched. Without a value, `synchronizable` matches all
+/// items.
 struct KeychainQuery {
     QString service;
     QString account;
@@ -19,14 +19,14 @@ struct KeychainQuery {
     bool operator==(const KeychainQuery&) const = default;
 };
 
-/// A store of generic-password items. Calls block until the store has answered, which may take as long as a
-/// user needs to unlock it: call from a worker thread, one call at a time.
+/// A store of generic-password items. Calls block until the store has answered, which may include waiting for
+/// the user to unlock it. Call from a worker thread, one call at a time.
 class Keychain {
 public:
     /// Whether the user may be asked to unlock the store.
     enum class Prompting : quint8 {
         allowed,
-        unlessDeclined,  ///< not once they have declined in this run
+        unlessDeclined,  ///< not after a prompt was declined in this run of the program
     };
 
     Keychain() = default;
@@ -34,34 +34,33 @@ public:
     Keychain& operator=(const Keychain&) = delete;
     virtual ~Keychain() = default;
 
-    /// Starts a row of calls that belong together, such as the loading of all tokens. Within a row the user
-    /// is asked at most once to unlock the store; when they decline, the rest of the row fails without
-    /// asking.
+    /// Begins a batch of calls that belong together, such as loading all tokens. When the user declines to
+    /// unlock the store, the other calls of the batch fail without another prompt.
     virtual void beginSession(Prompting /*prompting*/) {}
-    /// Ends the row: what it held is given back.
+    /// Ends the batch and releases its resources.
     virtual void endSession() {}
 
-    /// Whether the store went away during this row, so that what was not found may be there all the same.
+    /// Whether the store went away during this batch, so that items that were not found may exist.
     [[nodiscard]] virtual bool wasLost() const { return false; }
 
-    /// Watches this store; null where it can always be read. Called, and used, on the UI thread.
+    /// Makes a watcher of this store; null for a store that can always be read. UI thread only.
     [[nodiscard]] virtual std::unique_ptr<KeychainWatcher> makeWatcher() { return nullptr; }
 
-    /// The data of one item that matches; absent when there is none or the store cannot be read.
+    /// The data of one matching item; nothing when there is none or the store cannot be read.
     [[nodiscard]] virtual std::optional<QByteArray> copyMatching(const KeychainQuery& query) = 0;
 
     /// Adds an item with exactly these attributes; false when the store refuses.
     [[nodiscard]] virtual bool add(const KeychainQuery& attributes, const QByteArray& data) = 0;
 
-    /// Deletes every item that matches; failures are ignored.
+    /// Deletes all matching items. Failures are ignored.
     virtual void deleteMatching(const KeychainQuery& query) = 0;
 
-    /// Ends reads and waits for the user, and fails all later ones at once. Writes that need no user still go
-    /// through: half a replacement would lose what it replaces. Callable from any thread.
+    /// Ends pending reads and prompts, and lets all later ones fail at once. Writes that need no prompt still
+    /// succeed, because a replacement that is cut short would lose the old item. Callable from any thread.
     virtual void cancel() = 0;
 };
 
-/// A row of calls to a keychain, for as long as this lives.
+/// A batch of calls to a keychain, which lasts as long as this object.
 class KeychainSession {
 public:
     KeychainSession(Keychain& keychain, Keychain::Prompting prompting) : m_keychain(keychain) {

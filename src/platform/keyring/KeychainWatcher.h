@@ -4,13 +4,13 @@
 
 namespace tidemark {
 
-/// Tells when a keychain that could not be read perhaps can be read now.
+/// Reports when a keychain that could not be read may have become readable.
 class KeychainWatcher : public QObject {
     Q_OBJECT
 
 Q_SIGNALS:
-    /// The store has appeared, or has been unlocked. It may come more than once for the same event, and for
-    /// others as well; whoever wants to know for sure reads.
+    /// The store has appeared or has been unlocked. The signal may come several times for one event, and also
+    /// for other events, so only reading the store tells for sure.
     void mayBeReadable();
 };
 

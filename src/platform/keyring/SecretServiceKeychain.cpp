@@ -34,7 +34,7 @@ struct UnrefTable {
 };
 using Attributes = std::unique_ptr<GHashTable, UnrefTable>;
 
-/// An error that is only asked whether it came. Each use forgets the one before.
+/// Takes the errors that we do not look at. Each use frees the previous one.
 class Error {
 public:
     Error() = default;
@@ -51,7 +51,8 @@ private:
     GError* m_error = nullptr;
 };
 
-/// Of the items' kind, whatever their schema is called: that of other programs and of older versions.
+/// Matches items with these attributes under any schema name, including those of other programs and older
+/// versions.
 const SecretSchema& schema() {
     static const SecretSchema schema = [] {
         SecretSchema result{};
@@ -77,21 +78,21 @@ Attributes attributes(const KeychainQuery& query) {
     return result;
 }
 
-/// The main loop that GLib uses for what is started on this thread meanwhile. It is the same every time: the
-/// one proxy that libsecret keeps for the process is cleaned up in the loop that it was made in, or never.
+/// Makes one GMainContext the thread's default while it exists. All calls share this context, because
+/// libsecret keeps one proxy for the process and releases it only in the context that created it.
 class ThreadLoop {
 public:
     ThreadLoop() { g_main_context_push_thread_default(context()); }
     ThreadLoop(const ThreadLoop&) = delete;
     ThreadLoop& operator=(const ThreadLoop&) = delete;
     ~ThreadLoop() {
-        // Objects that went leave something to clean up here.
+        // Releases the objects of this context that are not used any more.
         while (g_main_context_iteration(context(), FALSE) != FALSE) {
         }
         g_main_context_pop_thread_default(context());
     }
 
-    /// Runs until `isOver` says so, looked at after each event, or until it is cancelled.
+    /// Runs until `isOver`, which is called after each event, returns true or until it is cancelled.
     template <typename Condition>
     static void run(GCancellable* cancellable, Condition isOver) {
         GSource* wake = g_cancellable_source_new(cancellable);
@@ -110,17 +111,18 @@ private:
     }
 };
 
-/// A question that the service puts to the user, and the way it ended.
+/// A prompt of the service to the user.
 class Prompt {
 public:
     enum class Outcome : quint8 {
         accepted,
         declined,
-        lost,  ///< the service went away, or nobody waits for the answer any more
+        lost,  ///< the service went away, or the wait was cancelled
     };
 
-    /// How the question ended. A prompt is never dismissed: gnome-keyring does not survive that (tried with
-    /// 42), and libsecret would wait for another thread's main loop.
+    /// Shows the prompt and waits for its outcome. We never dismiss a prompt, because gnome-keyring crashes
+    /// then (tested with version 42), and do not use libsecret's prompts, because they would wait for another
+    /// thread's main loop.
     static Outcome perform(GDBusConnection* connection, const char* service, const char* path,
                            GCancellable* cancellable) {
         const ThreadLoop loop;
@@ -161,8 +163,8 @@ private:
 
 }  // namespace
 
-/// The calls of the Secret Service. Once cancelled, nobody is asked any more and nothing is read; what needs
-/// no user to be written is.
+/// The calls to the Secret Service. Once cancelled, it shows no prompts and reads nothing, but writes what
+/// needs no prompt.
 class SecretServiceKeychain::Calls {
 public:
     void beginSession(Prompting prompting) {
@@ -170,8 +172,9 @@ public:
         m_isRefused = prompting == Prompting::unlessDeclined && m_hasDeclined;
         m_owner.clear();
     }
-    /// libsecret keeps one proxy for the process. Nobody runs its main loop between the rows: it would not
-    /// learn that the service was started anew, and pile up what others do with their passwords.
+    /// libsecret keeps one proxy for the process. Its GMainContext does not run between batches, so the proxy
+    /// would not notice that the service was restarted, and would queue all signals about other programs'
+    /// items.
     void endSession() {
         const ThreadLoop loop;
         secret_service_disconnect();
@@ -182,7 +185,7 @@ public:
         return g_cancellable_is_cancelled(m_cancellable.get()) != FALSE;
     }
 
-    /// What a read gives up at, when it is cancelled. Writes have none.
+    /// Cancels reads. Writes are never cancelled.
     [[nodiscard]] GCancellable* cancellable() const { return m_cancellable.get(); }
 
     /// Null when there is no service.
@@ -194,7 +197,7 @@ public:
         return service;
     }
 
-    /// Whether it is another one by now than this row began with, or none.
+    /// Whether the service is gone or another one than at the beginning of this batch.
     [[nodiscard]] bool wasLost() { return !m_owner.isEmpty() && currentOwner() != m_owner; }
 
     [[nodiscard]] Items search(SecretService* service, const KeychainQuery& query,
@@ -203,7 +206,7 @@ public:
                                                 SECRET_SEARCH_ALL, cancellable, &m_error));
     }
 
-    /// Absent when the user does not unlock it.
+    /// Nothing when the user does not unlock the item.
     std::optional<QByteArray> data(SecretService* service, SecretItem* item) {
         if (secret_item_get_locked(item) != FALSE && !unlock(service, pathOf(item)))
             return std::nullopt;
@@ -222,7 +225,7 @@ public:
             call(service, pathOf(item), "org.freedesktop.Secret.Item", "Delete", nullptr);
     }
 
-    /// Unlocks the default collection or, where there is none yet, makes it.
+    /// Unlocks the default collection, or creates it where there is none.
     bool openDefaultCollection(SecretService* service) {
         const Object<SecretCollection> collection(secret_collection_for_alias_sync(
             service, SECRET_COLLECTION_DEFAULT, SECRET_COLLECTION_NONE, nullptr, &m_error));
@@ -246,7 +249,7 @@ public:
     }
 
 private:
-    /// The unique name of who answers for the service at this moment; empty for nobody. Starts nobody.
+    /// The unique bus name of the running service; empty when there is none. Does not start one.
     QByteArray currentOwner() {
         const Object<GDBusConnection> bus(g_bus_get_sync(G_BUS_TYPE_SESSION, nullptr, &m_error));
         if (!bus)
@@ -271,8 +274,8 @@ private:
                     g_variant_new("(ao)", &objects));
     }
 
-    /// Calls a method that ends its answer with the path of a prompt, or "/" when it needs none, and sees the
-    /// prompt through unless the user has declined one before.
+    /// Calls a method whose answer ends with the path of a prompt, or "/" for none. Performs the prompt
+    /// unless one of this batch has been declined.
     bool call(SecretService* service, const char* path, const char* interface, const char* method,
               GVariant* arguments) {
         auto* proxy = G_DBUS_PROXY(service);
@@ -299,11 +302,11 @@ private:
 
     Object<GCancellable> m_cancellable{g_cancellable_new()};
     Error m_error;
-    /// Of the service when this row of calls began; empty until it is asked.
+    /// The service's unique bus name at the beginning of this batch; empty until its first call.
     QByteArray m_owner;
-    /// In this row of calls.
+    /// Whether prompts are declined for the rest of this batch.
     bool m_isRefused = false;
-    /// The user, at any time in this run.
+    /// Whether the user has declined a prompt since the program started.
     bool m_hasDeclined = false;
 };
 

@@ -6,10 +6,10 @@
 
 namespace tidemark {
 
-/// The desktop's keyring, after the Secret Service standard. Items have the attributes "service", "account"
-/// and "synchronizable" ("true" or "false") and land in the default collection.
+/// The desktop's keyring (Secret Service standard). Items have the attributes "service", "account" and
+/// "synchronizable" ("true" or "false") and are stored in the default collection.
 ///
-/// Where there is no session bus or no keyring, nothing is found and nothing is stored, without waiting.
+/// Without a session bus or a keyring, calls find and store nothing and do not wait.
 class SecretServiceKeychain final : public Keychain {
 public:
     SecretServiceKeychain();

@@ -1,11 +1,12 @@
 #include "platform/keyring/SecretServiceWatcher.h"
 
+#include <QDBusArgument>
 #include <QDBusObjectPath>
-#include <QDBusPendingCallWatcher>
-#include <QDBusPendingReply>
 #include <QDBusVariant>
 #include <QVariantMap>
 #include <utility>
+
+#include "platform/base/BusCall.h"
 
 namespace tidemark {
 
@@ -23,10 +24,10 @@ const QString lockedProperty = u"Locked"_s;
 SecretServiceWatcher::SecretServiceWatcher(QDBusConnection bus)
     : m_bus(std::move(bus)), m_owner(secretService, m_bus, QDBusServiceWatcher::WatchForRegistration) {
     connect(&m_owner, &QDBusServiceWatcher::serviceRegistered, this, &KeychainWatcher::mayBeReadable);
-    // From any sender: with a service's name given here, Qt waits for the bus to say who that is.
+    // From any sender, because Qt would block to ask the bus who owns a name given here.
     m_bus.connect({}, {}, busProperties, u"PropertiesChanged"_s, {secretCollection}, {}, this,
                   SLOT(onPropertiesChanged(QDBusMessage)));
-    // Services differ in which of these they send when a collection is unlocked.
+    // On an unlock, some services send the first of these and some the second.
     for (const QString& signal : {u"CollectionChanged"_s, u"CollectionCreated"_s}) {
         m_bus.connect({}, u"/org/freedesktop/secrets"_s, u"org.freedesktop.Secret.Service"_s, signal, this,
                       SLOT(onCollection(QDBusMessage)));
@@ -41,18 +42,23 @@ void SecretServiceWatcher::onPropertiesChanged(const QDBusMessage& signal) {
 }
 
 void SecretServiceWatcher::onCollection(const QDBusMessage& signal) {
-    // What was locked just now must not bring up the question to unlock it.
-    const auto collection = signal.arguments().value(0).value<QDBusObjectPath>();
-    QDBusMessage get =
-        QDBusMessage::createMethodCall(signal.service(), collection.path(), busProperties, u"Get"_s);
-    get << secretCollection << lockedProperty;
-    auto* answer = new QDBusPendingCallWatcher(m_bus.asyncCall(get), this);
-    connect(answer, &QDBusPendingCallWatcher::finished, this, [this, answer] {
-        answer->deleteLater();
-        const QDBusPendingReply<QDBusVariant> isLocked = *answer;
-        if (isLocked.isValid() && !isLocked.value().variant().toBool())
-            Q_EMIT mayBeReadable();
+    const QString collection = signal.arguments().value(0).value<QDBusObjectPath>().path();
+    m_tasks.start([this, service = signal.service(), collection](std::stop_token stop) {
+        return reportIfUnlocked(service, collection, std::move(stop));
     });
+}
+
+QCoro::Task<> SecretServiceWatcher::reportIfUnlocked(QString service, QString collection,
+                                                     std::stop_token stop) {
+    // The signal comes for a collection that was locked, too. Reading that one would ask the user to unlock
+    // it.
+    QDBusMessage get = QDBusMessage::createMethodCall(service, collection, busProperties, u"Get"_s);
+    get << secretCollection << lockedProperty;
+    const QDBusMessage answer = co_await answerTo(get, m_bus, std::move(stop));
+    const QVariant isLocked = answer.arguments().value(0).value<QDBusVariant>().variant();
+    // Queued, because a slot may destroy this object, which must not happen inside its own task.
+    if (answer.type() == QDBusMessage::ReplyMessage && isLocked.isValid() && !isLocked.toBool())
+        QMetaObject::invokeMethod(this, &KeychainWatcher::mayBeReadable, Qt::QueuedConnection);
 }
 
 }  // namespace tidemark

@@ -3,21 +3,24 @@
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusServiceWatcher>
+#include <stop_token>
 
+#include "platform/base/TaskScope.h"
 #include "platform/keyring/KeychainWatcher.h"
 
 namespace tidemark {
 
-/// Watches the desktop's keyring, after the Secret Service standard: its coming to the bus, and the unlocking
-/// and making of its collections. It starts no service, asks nobody to unlock one and never wakes up by
-/// itself.
+/// Watches the desktop's keyring (Secret Service standard): reports when it appears on the bus and when one
+/// of its collections is created or unlocked. It starts no service, never asks the user to unlock one, and
+/// runs no timer.
 ///
-/// gnome-keyring tells nobody when the login unlocks it (as it does after a locked screen, tried with 42).
+/// gnome-keyring sends no signal when the login unlocks it. It does after a locked screen (tested with
+/// version 42).
 class SecretServiceWatcher final : public KeychainWatcher {
     Q_OBJECT
 
 public:
-    /// A `bus` that is not connected is the same as no keyring.
+    /// Without a connection, `bus` behaves as if there were no keyring.
     explicit SecretServiceWatcher(QDBusConnection bus);
 
 private Q_SLOTS:
@@ -25,8 +28,12 @@ private Q_SLOTS:
     void onCollection(const QDBusMessage& signal);
 
 private:
+    QCoro::Task<> reportIfUnlocked(QString service, QString collection, std::stop_token stop);
+
     QDBusConnection m_bus;
     QDBusServiceWatcher m_owner;
+    /// Last: its tasks use the members above.
+    TaskScope m_tasks;
 };
 
 }  // namespace tidemark

@@ -8,7 +8,7 @@ void ApplicationService::Activate(const QVariantMap& platformData) {
     QString token = platformData.value(u"activation-token"_s).toString();
     if (token.isEmpty())
         token = platformData.value(u"desktop-startup-id"_s).toString();
-    // Queued, so that the caller has its reply before the program starts to draw.
+    // Queued, so that the caller gets its reply before the program draws its window.
     QMetaObject::invokeMethod(this, [this, token] { Q_EMIT activated(token); }, Qt::QueuedConnection);
 }
 

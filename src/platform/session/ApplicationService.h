@@ -7,8 +7,8 @@
 
 namespace tidemark {
 
-/// The bus object that launchers and later processes talk to, after org.freedesktop.Application of the
-/// Desktop Entry standard. Tidemark opens no files and has no actions: every call means "come forward".
+/// The bus object that launchers and later processes call: org.freedesktop.Application of the Desktop Entry
+/// standard. Tidemark opens no files and has no actions, so every call means `activated`.
 class ApplicationService final : public QObject {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "org.freedesktop.Application")

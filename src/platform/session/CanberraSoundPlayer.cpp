@@ -23,7 +23,7 @@ namespace {
 constexpr auto longestSound = 10s;
 constexpr auto longestFarewell = 200ms;
 
-/// The event of the sound theme; null for a name that we do not know.
+/// The event in the sound theme; null for an unknown name.
 const char* eventFor(const QString& name) {
     if (name == "Glass"_L1)
         return "complete";
@@ -35,8 +35,8 @@ const char* eventFor(const QString& name) {
 void ignoreAlsaError(const char* /*file*/, int /*line*/, const char* /*function*/, int /*error*/,
                      const char* /*format*/, ...) {}
 
-/// Without a sound card ALSA writes a page to stderr for every sound. Only libcanberra loads it, and only
-/// where it plays through it, so we are not linked with it.
+/// Without a sound card, ALSA writes a page of errors to stderr for every sound. We do not link to it,
+/// because libcanberra loads it only where it plays through it.
 void silenceAlsa() {
     void* library = dlopen("libasound.so.2", RTLD_LAZY | RTLD_NOLOAD);
     if (library == nullptr)
@@ -54,7 +54,7 @@ void silenceAlsa() {
 struct CanberraSoundPlayer::Queue {
     std::mutex mutex;
     std::condition_variable changed;
-    /// Playing and waiting ones, in order. The thread runs while there are any.
+    /// The event that is playing and those that wait, in order. The thread runs while there are any.
     std::deque<const char*> events;
     bool isSoundOver = false;
     bool isStopped = false;
@@ -82,7 +82,7 @@ void CanberraSoundPlayer::Queue::playSound(const char* event) {
     ca_context* context = nullptr;
     if (ca_context_create(&context) != CA_SUCCESS)
         return;
-    // Loads what the sound goes through; it complains only when it plays.
+    // Loads the sound library. ALSA reports errors only once it plays.
     ca_context_open(context);
     silenceAlsa();
     ca_proplist* properties = nullptr;
@@ -127,7 +127,7 @@ void CanberraSoundPlayer::play(const QString& name) {
     try {
         std::thread([queue = m_queue] { queue->run(); }).detach();
     } catch (const std::system_error&) {
-        // No thread to be had: silence.
+        // The system has no thread left, so nothing plays.
         m_queue->events.clear();
     }
 }

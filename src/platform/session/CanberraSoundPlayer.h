@@ -6,14 +6,14 @@
 
 namespace tidemark {
 
-/// Plays the event sounds of the freedesktop sound theme. Connecting to the sound server may take any time,
-/// so it is done on a thread that is there only while something plays: afterwards neither a thread nor a
-/// connection stays. Two different sounds are played one after the other.
+/// Plays the event sounds of the freedesktop sound theme. The connection to the sound server may take any
+/// time, so it is made on a thread. Both exist only while something plays. Two different sounds are played
+/// one after the other.
 class CanberraSoundPlayer final : public SoundPlayer {
 public:
     CanberraSoundPlayer();
-    /// Breaks off what plays. Takes a moment at most, even when the sound server does not answer: its thread
-    /// is then left behind.
+    /// Stops the sound that plays. Blocks for a fifth of a second at most: when the sound server does not
+    /// answer, the thread is left running.
     ~CanberraSoundPlayer() override;
 
     void play(const QString& name) override;
@@ -21,7 +21,7 @@ public:
 private:
     struct Queue;
 
-    /// Shared with the thread, which may outlive the player.
+    /// Shared with the thread, because that may outlive the player.
     std::shared_ptr<Queue> m_queue;
 };
 

@@ -4,26 +4,27 @@
 #include <QDBusMessage>
 #include <QList>
 #include <QObject>
-#include <memory>
-#include <vector>
+#include <optional>
+#include <stop_token>
 
+#include "platform/base/TaskScope.h"
 #include "platform/session/NotificationCenter.h"
 
 namespace tidemark {
 
-/// The desktop's notification service, after the Desktop Notifications protocol 1.2. Every call is
-/// asynchronous; what the service cannot take is dropped. The service may be missing, start with the first
-/// notification, be replaced, or never answer.
+/// The desktop's notification service (Desktop Notifications protocol 1.2). Calls never block, and a
+/// notification that the service does not accept is dropped. The service may be missing, be started by the
+/// first notification, be replaced by another one, or never answer.
 class DBusNotificationCenter final : public QObject, public NotificationCenter {
     Q_OBJECT
 
 public:
-    /// `desktopEntry` is the name of the program's desktop file without its suffix. A `bus` that is not
-    /// connected is the same as no service.
+    /// `desktopEntry` is the name of the program's desktop file without its suffix. Without a connection,
+    /// `bus` behaves as if there were no service.
     DBusNotificationCenter(QString applicationName, QString desktopEntry, QDBusConnection bus);
     ~DBusNotificationCenter() override;
 
-    /// Nothing to do: the desktop's own settings decide without asking.
+    /// Does nothing: the user allows notifications in the desktop's own settings.
     void requestAuthorization() override {}
     void add(const NotificationRequest& request, std::function<void()> onDropped = {}) override;
     void setResponseHandler(ResponseHandler handler) override { m_handler = std::move(handler); }
@@ -32,38 +33,37 @@ private Q_SLOTS:
     void onSignal(const QDBusMessage& signal);
 
 private:
-    struct Post;
-    /// A notification that can be clicked. The number is one service's own, so it counts only together with
-    /// that service's unique bus name, which no other process ever gets.
+    /// A notification that is shown. Ids of different services may coincide, so an id counts only together
+    /// with the unique bus name of its service, which no other process ever gets.
     struct Shown {
         QString service;
         uint id = 0;
+        /// Empty when the notification cannot be clicked.
         UserInfo userInfo;
     };
-    using Handler = void (DBusNotificationCenter::*)(Post& post, const QDBusMessage& reply);
 
-    void call(Post& post, const QDBusMessage& message, Handler handler);
-    void onStarted(Post& post, const QDBusMessage& reply);
-    void onOwner(Post& post, const QDBusMessage& reply);
-    void onCapabilities(Post& post, const QDBusMessage& reply);
-    void onNotified(Post& post, const QDBusMessage& reply);
-    /// It is shown, or cannot be.
-    void finish(Post& post);
-    void drop(Post& post);
-    void remember(Shown shown);
-    /// Does what a signal about one of our notifications says; false when it is about none that we know.
+    QCoro::Task<> post(NotificationRequest request, std::function<void()> onDropped, std::stop_token stop);
+    /// Hands the notification to the service; nothing when the service does not show it.
+    QCoro::Task<std::optional<Shown>> show(NotificationRequest request, std::stop_token stop);
+    /// The Notify call for a service with these capabilities.
+    [[nodiscard]] QDBusMessage notifyCall(const QString& service, const NotificationRequest& request,
+                                          const QStringList& capabilities) const;
+    void remember(Shown notification);
+    /// Handles a signal about one of our notifications; false when it is about none that we know.
     bool handle(const QDBusMessage& signal);
 
     QString m_applicationName;
     QString m_desktopEntry;
     QDBusConnection m_bus;
     ResponseHandler m_handler;
-    /// Under way, oldest first.
-    std::vector<std::unique_ptr<Post>> m_posts;
-    /// Oldest first.
-    QList<Shown> m_shown;
-    /// Signals of the time in which an answer is outstanding that may tell us that they are ours.
+    /// How many notifications are on their way to the service.
+    int m_posts = 0;
+    /// Those that can be clicked, oldest first.
+    QList<Shown> m_clickable;
+    /// Signals that came while an answer was pending which may tell that they are about our notifications.
     QList<QDBusMessage> m_early;
+    /// Last: its tasks use the members above.
+    TaskScope m_tasks;
 };
 
 }  // namespace tidemark

@@ -10,7 +10,7 @@ namespace {
 
 void launch(const QUrl& url) {
     QDesktopServices::openUrl(url);
-    // The opener has inherited it.
+    // The opener has inherited the token, which is good for one activation.
     withdrawActivationToken();
 }
 

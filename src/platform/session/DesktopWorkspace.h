@@ -4,8 +4,8 @@
 
 namespace tidemark {
 
-/// Opens with what the user has set as default, through xdg-open where it exists. Returns as soon as the
-/// opener is started; UI thread only.
+/// Opens with the user's default programs, through xdg-open where it exists. Does not wait for the program to
+/// open. UI thread only.
 class DesktopWorkspace final : public Workspace {
 public:
     void openURL(const QUrl& url) override;

@@ -1,11 +1,14 @@
 #include "platform/session/LoginItem.h"
 
+#include <glib.h>
+
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QHash>
 #include <QSaveFile>
 #include <QStandardPaths>
+#include <memory>
+#include <utility>
 
 namespace tidemark {
 
@@ -13,38 +16,42 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// A value of type string, after the Desktop Entry standard.
-QString escaped(const QString& value) {
-    QString result;
-    for (const QChar c : value)
-        if (c == QLatin1Char('\\'))
-            result += "\\\\"_L1;
-        else if (c == QLatin1Char('\n'))
-            result += "\\n"_L1;
-        else if (c == QLatin1Char('\r'))
-            result += "\\r"_L1;
-        else if (c == QLatin1Char('\t'))
-            result += "\\t"_L1;
-        else
-            result += c;
-    return result;
+struct FreeEntry {
+    void operator()(GKeyFile* entry) const { g_key_file_unref(entry); }
+};
+using Entry = std::unique_ptr<GKeyFile, FreeEntry>;
+
+struct FreeText {
+    void operator()(char* text) const { g_free(text); }
+};
+using Text = std::unique_ptr<char, FreeText>;
+
+constexpr const char* group = G_KEY_FILE_DESKTOP_GROUP;
+
+/// The entry in the file with its comments; empty when the file is no key file. Nothing when it cannot be
+/// opened.
+Entry readEntry(const QString& path) {
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return nullptr;
+    const QByteArray data = file.readAll();
+    Entry entry(g_key_file_new());
+    constexpr auto flags = GKeyFileFlags(G_KEY_FILE_KEEP_COMMENTS | G_KEY_FILE_KEEP_TRANSLATIONS);
+    if (g_key_file_load_from_data(entry.get(), data.constData(), data.size(), flags, nullptr) == FALSE)
+        entry.reset(g_key_file_new());
+    return entry;
 }
 
-QString unescaped(const QString& value) {
-    static const QHash<QChar, QChar> codes{{u's', u' '}, {u'n', u'\n'}, {u't', u'\t'}, {u'r', u'\r'}};
-    QString result;
-    for (qsizetype i = 0; i < value.size(); ++i) {
-        if (value[i] == QLatin1Char('\\') && i + 1 < value.size()) {
-            ++i;
-            result += codes.value(value[i], value[i]);
-        } else {
-            result += value[i];
-        }
-    }
-    return result;
+/// The value of type string, empty when there is none.
+QString value(const Entry& entry, const char* key) {
+    return QString::fromUtf8(Text(g_key_file_get_string(entry.get(), group, key, nullptr)).get()).trimmed();
 }
 
-/// The program as one argument of an Exec value, always quoted.
+void setValue(const Entry& entry, const char* key, const QString& value) {
+    g_key_file_set_string(entry.get(), group, key, value.toUtf8().constData());
+}
+
+/// The program as an argument of an Exec value, always quoted.
 QString quoted(const QString& program) {
     QString result = u"\""_s;
     for (const QChar c : program) {
@@ -76,21 +83,6 @@ bool isInstalled(const QString& program) {
     return !program.isEmpty() && !QStandardPaths::findExecutable(program).isEmpty();
 }
 
-/// The values of the group "Desktop Entry" as they stand in the file.
-QHash<QString, QString> readEntry(QFile& file) {
-    QHash<QString, QString> values;
-    bool isInGroup = false;
-    while (!file.atEnd()) {
-        const QString line = QString::fromUtf8(file.readLine()).trimmed();
-        if (line.startsWith(QLatin1Char('[')))
-            isInGroup = line == "[Desktop Entry]"_L1;
-        const qsizetype separator = line.indexOf(QLatin1Char('='));
-        if (isInGroup && separator > 0 && !line.startsWith(QLatin1Char('#')))
-            values.insert(line.first(separator).trimmed(), line.sliced(separator + 1).trimmed());
-    }
-    return values;
-}
-
 }  // namespace
 
 AutostartLoginItem::AutostartLoginItem(const QString& folder, const QString& identifier, QString name,
@@ -100,37 +92,38 @@ AutostartLoginItem::AutostartLoginItem(const QString& folder, const QString& ide
       m_program(std::move(program)) {}
 
 LoginItem::Status AutostartLoginItem::status() const {
-    QFile file(m_path);
-    if (!file.open(QIODevice::ReadOnly))
+    const Entry entry = readEntry(m_path);
+    if (!entry)
         return Status::notRegistered;
-    const auto entry = readEntry(file);
-    // What the control panels of the desktops write when the user switches an entry off.
-    if (entry.value(u"Hidden"_s) == "true"_L1 || entry.value(u"X-GNOME-Autostart-enabled"_s) == "false"_L1)
+    // The control panels of desktops write one of these when the user disables an entry.
+    if (value(entry, "Hidden") == "true"_L1 || value(entry, "X-GNOME-Autostart-enabled") == "false"_L1)
         return Status::requiresApproval;
-    const QString tryExec = u"TryExec"_s;
-    if (entry.contains(tryExec) && !isInstalled(unescaped(entry.value(tryExec))))
+    const bool hasTryExec = g_key_file_has_key(entry.get(), group, "TryExec", nullptr) != FALSE;
+    if (hasTryExec && !isInstalled(value(entry, "TryExec")))
         return Status::notFound;
-    const QString program = programOf(unescaped(entry.value(u"Exec"_s)));
-    return isInstalled(program) ? Status::enabled : Status::notFound;
+    return isInstalled(programOf(value(entry, "Exec"))) ? Status::enabled : Status::notFound;
 }
 
 bool AutostartLoginItem::registerItem() {
     if (!QDir().mkpath(QFileInfo(m_path).path()))
         return false;
-    const QString text =
-        QStringLiteral(
-            "[Desktop Entry]\n"
-            "Type=Application\n"
-            "Name=%1\n"
-            "Exec=%2\n"
-            "Icon=%3\n"
-            "Terminal=false\n"
-            "X-GNOME-Autostart-enabled=true\n")
-            .arg(escaped(m_name), escaped(quoted(m_program)), escaped(QFileInfo(m_path).completeBaseName()));
+    Entry entry = readEntry(m_path);
+    if (!entry)
+        entry.reset(g_key_file_new());
+    setValue(entry, "Type", u"Application"_s);
+    setValue(entry, "Name", m_name);
+    setValue(entry, "Exec", quoted(m_program));
+    setValue(entry, "Icon", QFileInfo(m_path).completeBaseName());
+    setValue(entry, "Terminal", u"false"_s);
+    setValue(entry, "X-GNOME-Autostart-enabled", u"true"_s);
+    for (const char* key : {"Hidden", "TryExec"})
+        g_key_file_remove_key(entry.get(), group, key, nullptr);
+    gsize size = 0;
+    const Text text(g_key_file_to_data(entry.get(), &size, nullptr));
     QSaveFile file(m_path);
     if (!file.open(QIODevice::WriteOnly))
         return false;
-    file.write(text.toUtf8());
+    file.write(text.get(), static_cast<qint64>(size));
     return file.commit();
 }
 

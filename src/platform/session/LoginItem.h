@@ -21,13 +21,13 @@ public:
     [[nodiscard]] virtual bool unregisterItem() = 0;
 };
 
-/// An entry in the user's autostart folder, after the XDG autostart standard (0.5):
-/// a hidden or disabled entry counts as one that requires approval, an entry whose program is gone as
-/// not found.
+/// An entry in the user's autostart folder (XDG autostart standard 0.5). A hidden or disabled entry has the
+/// status `requiresApproval`, an entry whose program does not exist `notFound`. Registering keeps other keys
+/// and comments that the user has added to an entry.
 class AutostartLoginItem final : public LoginItem {
 public:
-    /// `folder` is the autostart folder, `identifier` names the file in it, `program` is started at login
-    /// and shown as `name`.
+    /// `folder` is the autostart folder, `identifier` the name of the file in it without its suffix,
+    /// `program` the path of the program to start, and `name` its name for the user.
     AutostartLoginItem(const QString& folder, const QString& identifier, QString name, QString program);
 
     [[nodiscard]] Status status() const override;

@@ -8,7 +8,7 @@ namespace tidemark {
 
 struct NotificationRequest;
 
-/// The desktop's notifications. Nothing here waits or fails: without a service to show it, a notification is
+/// The desktop's notifications. Nothing here blocks or fails: a notification that no service shows is
 /// dropped.
 class NotificationCenter {
 public:
@@ -20,22 +20,23 @@ public:
     NotificationCenter& operator=(const NotificationCenter&) = delete;
     virtual ~NotificationCenter() = default;
 
-    /// Asks for the permission to show notifications, where the desktop has such a thing.
+    /// Asks for the permission to show notifications, on desktops that require one.
     virtual void requestAuthorization() = 0;
-    /// `onDropped` is called, from the event loop, when nothing could show it.
+    /// Shows a notification. `onDropped` is called, from the event loop, when no service shows it.
     virtual void add(const NotificationRequest& request, std::function<void()> onDropped = {}) = 0;
-    /// Is called, from the event loop, with the user info of each notification that the user clicks.
+    /// Sets the function that is called, from the event loop, with the user info of each notification that is
+    /// clicked.
     virtual void setResponseHandler(ResponseHandler handler) = 0;
 };
 
-/// A notification to be shown at once, with the default sound.
+/// A notification with the default sound.
 struct NotificationRequest {
-    /// Distinct from every other one's: no notification takes the place of another.
+    /// Unique, so that no notification replaces another one.
     QString identifier;
     QString title;
     /// Plain text.
     QString body;
-    /// Comes back when the user clicks the notification. When empty, there is nothing to click.
+    /// Passed to the response handler on a click. When empty, the notification cannot be clicked.
     NotificationCenter::UserInfo userInfo;
 
     bool operator==(const NotificationRequest&) const = default;

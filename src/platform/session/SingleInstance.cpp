@@ -6,6 +6,7 @@
 #include <QVariantMap>
 #include <utility>
 
+#include "platform/base/BusCall.h"
 #include "platform/session/ApplicationService.h"
 
 namespace tidemark {
@@ -14,6 +15,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+/// In milliseconds, for each call. The calls block the thread on purpose: until it is known whether this
+/// process is the first one, there is nothing else to do and nothing on the screen that could freeze.
 constexpr int answerTimeout = 2000;
 
 enum class Answer : quint8 { done, nobodyThere, silent };
@@ -22,7 +25,7 @@ QString connectionName() {
     return u"tidemark-instance"_s;
 }
 
-/// "com.example.App" is served at "/com/example/App"; a hyphen cannot stand in a path.
+/// "/com/example/App" for "com.example.App". Object paths cannot contain hyphens.
 QString objectPath(QString identifier) {
     return u'/' + identifier.replace(u'.', u'/').replace(u'-', u'_');
 }
@@ -30,14 +33,6 @@ QString objectPath(QString identifier) {
 QString startupToken() {
     const QString token = qEnvironmentVariable("XDG_ACTIVATION_TOKEN");
     return token.isEmpty() ? qEnvironmentVariable("DESKTOP_STARTUP_ID") : token;
-}
-
-QDBusMessage requestBusName(const QDBusConnection& connection, const QString& name) {
-    constexpr uint doNotQueue = 4;
-    QDBusMessage request = QDBusMessage::createMethodCall(
-        u"org.freedesktop.DBus"_s, u"/org/freedesktop/DBus"_s, u"org.freedesktop.DBus"_s, u"RequestName"_s);
-    request << name << doNotQueue;
-    return connection.call(request, QDBus::Block, answerTimeout);
 }
 
 Answer activateOwner(const QDBusConnection& connection, const QString& name, const QString& token) {
@@ -76,15 +71,15 @@ SingleInstance::Role SingleInstance::negotiate() {
     QDBusConnection connection = QDBusConnection::connectToBus(QDBusConnection::SessionBus, connectionName());
     if (!connection.isConnected())
         return Role::standalone;
-    // Exported before the name is ours: a call that comes with the name finds the object.
+    // Exported before the name is requested, so that a call that follows the name finds the object.
     m_service = std::make_unique<ApplicationService>();
     connect(m_service.get(), &ApplicationService::activated, this, &SingleInstance::activated);
     connection.registerObject(objectPath(m_identifier), m_service.get(), QDBusConnection::ExportAllSlots);
 
-    // The owner may quit between the two questions; whoever asks next has the name.
+    // The owner may quit between the two calls. The next request then gets the name.
     constexpr int rounds = 5;
     for (int round = 0; round < rounds; ++round) {
-        const QDBusMessage reply = requestBusName(connection, m_identifier);
+        const QDBusMessage reply = connection.call(nameRequest(m_identifier), QDBus::Block, answerTimeout);
         if (reply.type() != QDBusMessage::ReplyMessage)
             return Role::standalone;
         constexpr uint primaryOwner = 1;

@@ -8,32 +8,33 @@ namespace tidemark {
 
 class ApplicationService;
 
-/// Makes this the one process of its identifier in the user's session, and is the bus object that other
-/// processes and launchers talk to: org.freedesktop.Application on the well-known name `identifier`.
+/// Ensures that only one process of an identifier runs in the desktop session: it owns the bus name
+/// `identifier` and exports org.freedesktop.Application there, which later processes and launchers call.
 class SingleInstance final : public QObject {
     Q_OBJECT
 
 public:
     enum class Role : quint8 {
         first,       ///< this process owns the name
-        second,      ///< another process owns it and has been asked to come forward
+        second,      ///< another process owns the name and has been asked to show itself
         standalone,  ///< there is no session bus to ask
     };
 
-    /// Made before the application object, it still sees the start-up token that the launcher left in the
-    /// environment; Qt takes it out.
+    /// Construct it before the application object, because Qt removes the launcher's start-up token from the
+    /// environment.
     explicit SingleInstance(QString identifier);
     ~SingleInstance() override;
 
-    /// Takes the name or hands over to its owner. Blocks for the bus's answers, a few seconds at most when
-    /// the other process does not answer. Call once.
+    /// Takes the name or activates its owner. Blocks until the bus and the owner have answered, up to two
+    /// seconds for each call. The first process makes one call and a second process two, or ten at most when
+    /// the owner keeps changing. Call once, before anything is shown.
     [[nodiscard]] Role claim();
-    /// Leaves the name to another process.
+    /// Gives up the name.
     void release();
 
 Q_SIGNALS:
-    /// Somebody started the program again or activated it from a launcher. `activationToken` is what the
-    /// desktop gave along (may be empty). Calls that come before the event loop runs are not lost.
+    /// The program was started again or activated from a launcher. `activationToken` comes from the desktop
+    /// and may be empty. Calls that arrive before the event loop runs are delivered when it does.
     void activated(const QString& activationToken);
 
 private:

@@ -12,8 +12,8 @@ public:
     SoundPlayer& operator=(const SoundPlayer&) = delete;
     virtual ~SoundPlayer() = default;
 
-    /// Starts "Glass" (a chime) or "Basso" (a thud) and returns at once. Any other name, a missing sound or a
-    /// missing device is silence. A sound that is still playing is not started again.
+    /// Starts "Glass" (a chime) or "Basso" (a thud) without waiting for it. Does nothing for any other name,
+    /// without the sound or a device, and while the same sound is playing.
     virtual void play(const QString& name) = 0;
 };
 

@@ -6,10 +6,10 @@
 
 namespace tidemark {
 
-/// The address if the text is a whole http or https one: the only kinds that are ever opened.
+/// The address, if the text is an absolute http or https one. No others are ever opened.
 [[nodiscard]] std::optional<QUrl> webAddress(const QString& text);
 
-/// What the desktop opens for the user.
+/// Opens pages and files with the desktop's programs.
 class Workspace {
 public:
     Workspace() = default;

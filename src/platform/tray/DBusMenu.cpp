@@ -18,13 +18,13 @@ using namespace std::chrono_literals;
 
 constexpr int rootId = 0;
 
-/// How long a menu is taken to be open that a panel showed, at most: with a panel that tells when it opens
-/// and closes it, and with one that does not.
+/// How long after it was shown a menu is taken to be open at most: with a panel that reports opening and
+/// closing, and with one that does not.
 constexpr auto longestOpen = 10min;
 constexpr auto likelyOpen = 60s;
 constexpr auto checkInterval = 1s;
 
-/// A single underscore would be taken for a mnemonic.
+/// Doubles underscores, because a single one marks a mnemonic.
 QString labelText(const QString& title) {
     return singleLine(title).replace(u'_', u"__"_s);
 }
@@ -145,7 +145,7 @@ QList<DBusMenu::Entry> DBusMenu::entriesOf(const Menu& menu) {
         if (id == m_ids.end())
             id = m_ids.insert(item.identifier, static_cast<int>(m_ids.size()) + 1);
         entries.append({*id, propertiesOf(item), item});
-        // Panels may keep what they were told of it: it counts until they are told otherwise.
+        // Panels may cache a title with an age, so its published value stays until the next one is published.
         const Entry* told = item.currentTitle ? find(*id) : nullptr;
         if (told)
             entries.last().properties = told->properties;
@@ -196,7 +196,7 @@ void DBusMenu::refreshTitles() {
 }
 
 void DBusMenu::tell(const QList<DBusMenuProperties>& updated) {
-    // Whoever has not read the menu will read all of it.
+    // A panel that has not read the menu yet will read all of it.
     if (m_wasRead && !updated.isEmpty())
         Q_EMIT ItemsPropertiesUpdated(updated, {});
 }
@@ -263,7 +263,7 @@ QList<DBusMenuProperties> DBusMenu::GetGroupProperties(const QList<int>& ids,
                                                        const QStringList& propertyNames) {
     m_wasRead = true;
     refreshTitles();
-    // No ids means all entries. Unknown ones are left out of the answer.
+    // No ids means all entries. Unknown ids are omitted from the answer.
     QList<DBusMenuProperties> answer;
     if (ids.isEmpty() || ids.contains(rootId))
         answer.append({rootId, filtered(rootProperties(), propertyNames)});
@@ -321,9 +321,10 @@ QList<int> DBusMenu::AboutToShowGroup(const QList<int>& ids, QList<int>& idError
 }
 
 bool DBusMenu::choose(int id) {
-    // Plasma and LXQt tell of the choice after the end of the menu that it was made in.
+    // Plasma and LXQt report the choice after they have closed the menu, when it may have other entries
+    // already.
     const Entry* entry = find(id) ? find(id) : find(id, m_withdrawn);
-    // Queued: the panel gets its reply at once, and the action may drop the menu.
+    // Queued, so that the panel gets its reply at once and the action may destroy the menu.
     if (entry && entry->item.action)
         QMetaObject::invokeMethod(this, entry->item.action, Qt::QueuedConnection);
     return entry;

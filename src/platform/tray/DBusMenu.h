@@ -17,7 +17,7 @@
 
 namespace tidemark {
 
-/// An entry with the entries below it, each of them a variant that holds another one.
+/// An entry with its child entries, each of which is a variant with another DBusMenuLayout.
 struct DBusMenuLayout {
     int id = 0;
     QVariantMap properties;
@@ -29,7 +29,7 @@ struct DBusMenuProperties {
     QVariantMap properties;
 };
 
-/// The properties of an entry that went back to their defaults.
+/// The properties of an entry that have their default values again.
 struct DBusMenuRemovedProperties {
     int id = 0;
     QStringList names;
@@ -51,14 +51,14 @@ const QDBusArgument& operator>>(const QDBusArgument& argument, DBusMenuRemovedPr
 QDBusArgument& operator<<(QDBusArgument& argument, const DBusMenuEvent& event);
 const QDBusArgument& operator>>(const QDBusArgument& argument, DBusMenuEvent& event);
 
-/// The bus object of a menu without submenus, after the com.canonical.dbusmenu protocol. It stays a root
-/// without entries until it is given some: GNOME's AppIndicator extension does not show an item that has no
-/// menu at all, while an empty one makes a single click activate the item.
+/// The bus object of a menu without submenus (com.canonical.dbusmenu protocol). Until setMenu() it has no
+/// entries. Even then it is exported, because GNOME's AppIndicator extension does not show an item without a
+/// menu; with an empty one, a single click activates the item.
 ///
-/// An entry keeps its id as long as its identifier comes back. Panels close, shrink or tear a menu whose
-/// layout changes while it is open, and most do not say when it is closed: from the moment that a panel asks
-/// to show it, a menu with other entries waits until it is closed again or that is likely. A changed text
-/// does not.
+/// An entry keeps its id as long as new menus contain its identifier. Panels close, shrink or garble a menu
+/// whose layout changes while it is open, and most do not report that it was closed. From the time that a
+/// panel asks to show the menu, other entries are therefore published only once the menu is closed or likely
+/// to be. Changed texts are published at once.
 class DBusMenu final : public QObject, protected QDBusContext {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "com.canonical.dbusmenu")
@@ -71,11 +71,11 @@ public:
     DBusMenu();
 
     void setMenu(const Menu& menu);
-    /// The newest menu, which may still wait to be told.
+    /// The newest menu, which may not be published yet.
     [[nodiscard]] const Menu& menu() const { return m_menu; }
-    /// Is called whenever a panel is about to show the menu.
+    /// Sets the function that is called whenever a panel is about to show the menu.
     void setShownHandler(std::function<void()> handler) { m_shownHandler = std::move(handler); }
-    /// Whether a panel was about to show it not longer ago than that.
+    /// Whether a panel has announced to show the menu during the last `time`.
     [[nodiscard]] bool wasShownWithin(std::chrono::milliseconds time) const;
 
     [[nodiscard]] uint version() const { return 3; }
@@ -98,6 +98,7 @@ Q_SIGNALS:
     void ItemsPropertiesUpdated(const QList<tidemark::DBusMenuProperties>& updated,
                                 const QList<tidemark::DBusMenuRemovedProperties>& removed);
     void LayoutUpdated(uint revision, int parent);
+    /// Part of the protocol. Never emitted, because nothing in the program opens the menu.
     void ItemActivationRequested(int id, uint timestamp);
 
 private:
@@ -111,41 +112,41 @@ private:
     [[nodiscard]] static const Entry* find(int id, const QList<Entry>& entries);
     [[nodiscard]] const Entry* find(int id) const { return find(id, m_entries); }
     [[nodiscard]] bool isKnown(int id) const { return id == 0 || find(id); }
-    /// Whether panels have not been told of all entries yet.
+    /// Whether the published entries are others than those of the menu.
     [[nodiscard]] bool isLayoutStale() const;
-    /// Brings the entries that panels know to what they are now.
+    /// Updates the published entries that the menu still has, and reports their changes.
     void updateEntries(const QList<Entry>& entries);
-    /// Tells of other entries than before.
+    /// Publishes other entries than before.
     void updateLayout(QList<Entry> entries);
-    /// The titles that age are told only when somebody is about to see them.
+    /// Updates titles with ages. Called only when the menu is about to be shown or read.
     void refreshTitles();
     void tell(const QList<DBusMenuProperties>& updated);
-    /// Whether the panel has to fetch the layout again.
+    /// Returns whether the panel has to fetch the layout again.
     bool prepareToShow();
     void onClosed();
-    /// Whether a panel shows the menu, as far as can be told.
+    /// Whether a panel probably shows the menu.
     [[nodiscard]] bool isLikelyOpen() const;
-    /// Tells of other entries, or waits until nobody sees it.
+    /// Publishes other entries, now or once the menu is closed.
     void updateLayoutWhenClosed();
-    /// Runs what the entry does; false when there is no such entry.
+    /// Runs the action of the entry; false when there is no such entry.
     bool choose(int id);
     [[nodiscard]] QVariantMap rootProperties() const;
     void refuse(const QString& message);
 
     Menu m_menu;
     QList<Entry> m_entries;
-    /// Those before the last change of the layout.
+    /// The entries before the last change of the layout.
     QList<Entry> m_withdrawn;
     QHash<QString, int> m_ids;
     uint m_revision = 1;
     bool m_wasRead = false;
     std::function<void()> m_shownHandler;
     QElapsedTimer m_sinceShown;
-    /// Runs while a panel shows the menu, or may.
+    /// Runs while a panel shows the menu or may show it.
     QTimer m_open;
-    /// The panel says when the menu is opened and closed.
+    /// Whether the panel reports when the menu is opened and closed.
     bool m_tellsWhenClosed = false;
-    /// Runs while other entries wait for a panel that does not.
+    /// Runs while other entries wait for the end of a menu whose panel does not report that.
     QTimer m_check;
 };
 

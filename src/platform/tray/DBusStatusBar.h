@@ -8,16 +8,16 @@
 
 namespace tidemark {
 
-/// The panel's tray as StatusNotifierItem entries on the session bus. An item may be made long before there
-/// is a panel, and outlives panels: it appears as soon as one is there.
+/// Shows status items through StatusNotifierItem on the session bus. An item may exist before a panel and
+/// outlive it; it appears in each panel that starts.
 class DBusStatusBar final : public StatusBar {
 public:
-    /// `applicationName` begins every item's title.
+    /// Every item's title begins with `applicationName`.
     explicit DBusStatusBar(QString applicationName);
 
     [[nodiscard]] std::unique_ptr<StatusItem> createStatusItem(const QString& id) override;
-    /// Known by an icon that was read. A watcher may run without any panel, and what some say of their hosts
-    /// is wrong.
+    /// A host is assumed once an icon has been read: watchers run without panels, and some report their hosts
+    /// wrongly.
     [[nodiscard]] bool hasHost() const override { return m_registrations->hasBeenRead(); }
 
 private:

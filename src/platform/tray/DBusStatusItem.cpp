@@ -1,10 +1,10 @@
 #include "platform/tray/DBusStatusItem.h"
 
 #include <QCursor>
-#include <QDBusMessage>
 #include <chrono>
 #include <utility>
 
+#include "platform/base/BusCall.h"
 #include "platform/x11/XServer.h"
 
 namespace tidemark {
@@ -13,7 +13,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// How soon a panel opens the menu that it shows by itself.
+/// How long after a click a panel may take to show the menu itself.
 constexpr auto panelPatience = std::chrono::milliseconds(200);
 
 constexpr auto exportedMembers = QDBusConnection::ExportAllSlots | QDBusConnection::ExportAllSignals;
@@ -26,16 +26,6 @@ QString menuPath() {
     return u"/MenuBar"_s;
 }
 
-/// Not QDBusConnection::registerService(), which waits for the answer. The bus handles our messages in
-/// order, so the name is ours before the watcher hears of it.
-void requestName(const QDBusConnection& connection, const QString& name) {
-    constexpr uint doNotQueue = 4;
-    QDBusMessage request = QDBusMessage::createMethodCall(
-        u"org.freedesktop.DBus"_s, u"/org/freedesktop/DBus"_s, u"org.freedesktop.DBus"_s, u"RequestName"_s);
-    request << name << doNotQueue;
-    connection.send(request);
-}
-
 }  // namespace
 
 DBusStatusItem::DBusStatusItem(QDBusConnection connection, const QString& service,
@@ -44,7 +34,9 @@ DBusStatusItem::DBusStatusItem(QDBusConnection connection, const QString& servic
     : m_connection(std::move(connection)), m_item(applicationName, id, menuPath()) {
     m_connection.registerObject(menuPath(), &m_menu, exportedMembers | QDBusConnection::ExportAllProperties);
     exportItem();
-    requestName(m_connection, service);
+    // Not QDBusConnection::registerService(), which blocks for the answer. The bus handles our messages in
+    // order, so we own the name before the watcher hears of it.
+    m_connection.send(nameRequest(service));
     m_item.setReadHandler([queue] { queue->noteRead(); });
     m_registration = std::make_unique<StatusNotifierRegistration>(m_connection, service, std::move(queue),
                                                                   [this](TrayHost host) { adaptTo(host); });
@@ -62,7 +54,7 @@ DBusStatusItem::~DBusStatusItem() {
 void DBusStatusItem::exportItem() {
     const bool hasMenu = m_item.itemIsMenu() || m_host != TrayHost::menuOptional;
     if (m_isExportedWithMenu == hasMenu) {
-        // Not again: who reads meanwhile would find nothing.
+        // Exporting the same again would make the item vanish for a moment.
         return;
     }
     m_isExportedWithMenu = hasMenu;
@@ -111,7 +103,7 @@ void DBusStatusItem::leaveMenuToPanel() {
 void DBusStatusItem::popUpMenu() {
     if (!m_window)
         m_window = std::make_unique<MenuWindow>();
-    // Not the place that the panel handed over: not all of them mean the same by it.
+    // Not the place that the panel reports, because panels disagree on its coordinates.
     const QPoint place = QCursor::pos();
     const auto server = XServer::connect();
     m_window->popup(m_menu.menu(), place, server ? server->panelAt(place) : QRect());

@@ -14,11 +14,11 @@
 
 namespace tidemark {
 
-/// A panel entry on a bus connection of its own, so that each item has the fixed object paths that some
-/// panels assume. The connection closes with the item, which takes it off the panel at once.
+/// A panel item on a bus connection of its own, because some panels assume fixed object paths. Destroying the
+/// item closes the connection, which removes the item from the panel at once.
 class DBusStatusItem final : public StatusItem {
 public:
-    /// `connection` was opened for this item alone and is closed by it; `queue` is that of all items.
+    /// Takes over `connection`, which was opened for this item alone; `queue` is shared by all items.
     DBusStatusItem(QDBusConnection connection, const QString& service,
                    std::shared_ptr<StatusNotifierQueue> queue, const QString& applicationName,
                    const QString& id);
@@ -33,9 +33,9 @@ public:
 
 private:
     void adaptTo(TrayHost host);
-    /// Puts the item on the bus, with its menu or as one that has none.
+    /// Exports the item on the bus, with or without the property that names its menu.
     void exportItem();
-    /// For panels that neither open the menu on a click nor when the item refuses to be activated.
+    /// For panels that open the menu neither on a click nor when the item refuses `Activate`.
     void showMenuUnlessPanelDoes();
     void leaveMenuToPanel();
     void popUpMenu();
@@ -46,7 +46,7 @@ private:
     DBusMenu m_menu;
     StatusNotifierItem m_item;
     std::unique_ptr<StatusNotifierRegistration> m_registration;
-    /// Made when it is first needed.
+    /// Created on first use.
     std::unique_ptr<MenuWindow> m_window;
     QTimer m_patience;
 };

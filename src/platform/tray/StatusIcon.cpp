@@ -11,8 +11,8 @@ namespace {
 
 constexpr std::array iconSizes{16, 22, 24, 32, 44, 48, 64};
 
-/// A contrast of more than 3:1 with light panels (#f6f5f4) as well as with dark ones (#353535). Nobody tells
-/// an item which of them it sits on.
+/// Has a contrast of more than 3:1 both with light panels (#f6f5f4) and with dark ones (#353535), because an
+/// item is not told which of them it is in.
 constexpr QColor templateTint(0x84, 0x88, 0x8e);
 
 void drawFitted(QPainter& painter, const StatusImage& image, int size) {
@@ -31,7 +31,7 @@ void drawFitted(QPainter& painter, const StatusImage& image, int size) {
     }
 }
 
-/// The dot covers whole pixels at its four extremes, which keeps it round at 16 pixels.
+/// The dot has a size in whole pixels, so that it looks round in an icon of 16 pixels.
 void drawDot(QPainter& painter, const QColor& color, int size) {
     const int diameter = static_cast<int>(std::lround(size * 0.46));
     const int ring = std::max(1, static_cast<int>(std::lround(size / 14.0)));

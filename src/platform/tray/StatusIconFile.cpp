@@ -13,8 +13,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// Trays scale it down: to a half at single scale, not at all at double scale. One file, and no folder for
-/// each size: GTK does not look into such a folder again.
+/// Trays scale the icon down by half at single scale, and use it as it is at double scale. There is one file
+/// and no folder for each size, because GTK does not look for new files in such folders.
 constexpr int iconSize = 32;
 
 }  // namespace

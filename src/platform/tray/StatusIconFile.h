@@ -8,17 +8,17 @@
 
 namespace tidemark {
 
-/// A status icon as a file, for trays that find icons by their names. It lies in the user's runtime folder
-/// and goes with this.
+/// A status icon as a file, for trays that load icons by name only. It is in the user's runtime folder and
+/// removed with this object.
 class StatusIconFile {
 public:
     StatusIconFile();
 
-    /// Draws the icon under another name than before: of a name that it knows, GTK shows the picture that it
-    /// has. When it cannot be written, the former one stays.
+    /// Draws the icon into a file with a new name, because GTK caches pictures by name. If the file cannot be
+    /// written, the former one stays.
     void write(const StatusImage& image, const QColor& dot);
 
-    /// By which the icon is found in `themePath`; distinct from any other one's.
+    /// The icon's unique name in `themePath`.
     [[nodiscard]] QString name() const { return m_name; }
     [[nodiscard]] QString themePath() const { return m_folder.path(); }
 
@@ -28,7 +28,7 @@ private:
     QTemporaryDir m_folder;
     int m_count = 0;
     QString m_name;
-    /// Somebody may still be about to read it.
+    /// Kept until the next write, because a panel may be about to read it.
     QString m_formerName;
 };
 

@@ -141,7 +141,7 @@ void StatusNotifierItem::XAyatanaSecondaryActivate(uint /*timestamp*/) {
 void StatusNotifierItem::Scroll(int /*delta*/, const QString& /*orientation*/) {}
 
 void StatusNotifierItem::ProvideXdgActivationToken(const QString& token) {
-    // Qt's Wayland plugin takes the token for the next window that it activates from here.
+    // Qt's Wayland plugin reads the token from the environment when it activates the next window.
     offerActivationToken(token);
 }
 
@@ -162,12 +162,12 @@ void StatusNotifierItem::publish() {
     m_isUpdateScheduled = false;
     const Texts old = std::exchange(m_published, texts());
     if (!m_wasRead) {
-        // No panel knows us yet, and the first one will read everything.
+        // No panel has read the item yet, and the first one will read everything.
         return;
     }
     if (m_published.title != old.title) {
         Q_EMIT NewTitle();
-        // LXQt shows the tool tip's title only and does not listen to NewTitle.
+        // LXQt shows only the tool tip's title and ignores NewTitle.
         Q_EMIT NewToolTip();
     }
     if (m_published.label != old.label)
@@ -191,13 +191,13 @@ void StatusNotifierItem::noteRead() {
 }
 
 void StatusNotifierItem::refuseToActivate() {
-    // As if there were no such method, which is how menus of the older indicators say it.
+    // The older indicators that are menus have no such method, so panels expect this error.
     if (m_itemIsMenu && calledFromDBus())
         sendErrorReply(QDBusError::UnknownMethod, u"This item is a menu."_s);
 }
 
 void StatusNotifierItem::runAction(QPoint place) {
-    // Queued: the panel gets its reply at once, and the action may drop the item.
+    // Queued, so that the panel gets its reply at once and the action may destroy the item.
     const auto run = [this, place] {
         if (const StatusItem::Action action = m_action)
             action(place);

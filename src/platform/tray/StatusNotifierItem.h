@@ -16,7 +16,7 @@
 
 namespace tidemark {
 
-/// The tool tip as it goes over the bus: an icon that we leave empty, a title and a text.
+/// The tool tip of the protocol: an icon, which we leave empty, a title and a text.
 struct StatusToolTip {
     QString title;
     QString text;
@@ -27,9 +27,12 @@ const QDBusArgument& operator>>(const QDBusArgument& argument, IconPixmap& pixma
 QDBusArgument& operator<<(QDBusArgument& argument, const StatusToolTip& toolTip);
 const QDBusArgument& operator>>(const QDBusArgument& argument, StatusToolTip& toolTip);
 
-/// The bus object of one panel entry, after the StatusNotifierItem protocol with the label of the Ayatana
-/// indicators. Changes within one turn of the event loop go out together, and only those that a panel would
-/// see. Exported without what is not scriptable, it has no menu.
+/// The bus object of one panel item (StatusNotifierItem protocol, with the label of the Ayatana indicators).
+/// Changes within one turn of the event loop are published together, and only if a panel would see a
+/// difference. To export it without a menu, export its scriptable properties only.
+///
+/// It has more than 25 public functions and 15 members because the protocol's methods and properties must be
+/// slots and accessors of one object.
 class StatusNotifierItem final : public QObject, protected QDBusContext {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "org.kde.StatusNotifierItem")
@@ -51,7 +54,7 @@ class StatusNotifierItem final : public QObject, protected QDBusContext {
     Q_PROPERTY(uint XAyatanaOrderingIndex READ orderingIndex CONSTANT)
 
 public:
-    /// `applicationName` stands in the title; the menu is exported at `menuPath` on the same connection.
+    /// The title begins with `applicationName`; the menu is exported at `menuPath` on the same connection.
     StatusNotifierItem(QString applicationName, QString id, const QString& menuPath);
 
     void setImage(const StatusImage& image);
@@ -59,16 +62,16 @@ public:
     void setLabel(const QString& label);
     void setToolTip(const QString& toolTip);
     void setAction(StatusItem::Action action) { m_action = std::move(action); }
-    /// The item is its menu and nothing else. It then refuses to be activated, at which some panels open the
-    /// menu; `action` has to do it for those that do not.
+    /// Whether the item only has a menu. It then refuses `Activate`, and some panels open the menu as a
+    /// result. For the others the action has to open it.
     void setItemIsMenu(bool isMenu) { m_itemIsMenu = isMenu; }
 
-    /// The tray that will show the item, to be set before it hears of the item.
+    /// Sets the kind of tray. Call before the item is registered there.
     void setHost(TrayHost host);
-    /// Runs the action as if the item had been clicked on.
+    /// Runs the action as a click on the item does.
     void runAction(QPoint place);
 
-    /// Is called whenever a panel reads the icon.
+    /// Sets the function that is called whenever a panel reads the icon.
     void setReadHandler(std::function<void()> handler) { m_readHandler = std::move(handler); }
 
     [[nodiscard]] QString category() const { return QStringLiteral("ApplicationStatus"); }
@@ -84,7 +87,7 @@ public:
     [[nodiscard]] QString label();
     [[nodiscard]] StatusToolTip toolTip();
     [[nodiscard]] IconPixmaps iconPixmap();
-    /// Empty where pixmaps do.
+    /// Empty for trays that use pixmaps.
     [[nodiscard]] QString iconName();
     [[nodiscard]] QString iconThemePath() const;
 
@@ -92,7 +95,7 @@ public Q_SLOTS:
     void Activate(int x, int y);
     void SecondaryActivate(int x, int y);
     void ContextMenu(int x, int y);
-    /// What the Ayatana indicators call for a middle click.
+    /// The Ayatana indicators call this on a middle click.
     void XAyatanaSecondaryActivate(uint timestamp);
     void Scroll(int delta, const QString& orientation);
     void ProvideXdgActivationToken(const QString& token);
@@ -101,12 +104,13 @@ Q_SIGNALS:
     void NewTitle();
     void NewIcon();
     void NewToolTip();
-    /// Part of the protocol; the status never changes.
+    /// Part of the protocol. Never emitted, because the status never changes.
     void NewStatus(const QString& status);
     void XAyatanaNewLabel(const QString& label, const QString& guide);
 
 private:
-    /// What panels show as text: everywhere on hover, next to the icon on those that can.
+    /// The texts of the item: the title is shown on hover, the label beside the icon by panels that support
+    /// it.
     struct Texts {
         QString title;
         QString label;
@@ -131,7 +135,7 @@ private:
     bool m_itemIsMenu = false;
     Texts m_published;
     IconPixmaps m_pixmaps;
-    /// Where pixmaps do not do.
+    /// Set for trays that do not use pixmaps.
     std::unique_ptr<StatusIconFile> m_file;
     bool m_isIconStale = true;
     bool m_isFileStale = true;

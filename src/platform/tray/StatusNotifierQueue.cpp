@@ -8,7 +8,7 @@ namespace tidemark {
 namespace {
 
 constexpr auto longestUnread = std::chrono::seconds(1);
-/// All items hear of a new panel within that, each over its own connection.
+/// All items learn of a new watcher within this time, each over its own connection.
 constexpr auto gatheringTime = std::chrono::milliseconds(30);
 constexpr auto quietTime = std::chrono::milliseconds(200);
 

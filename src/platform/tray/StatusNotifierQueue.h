@@ -8,24 +8,24 @@
 
 namespace tidemark {
 
-/// Lets a program's items register one at a time: of several that come at once XFCE's panel (4.18) makes room
-/// for the first only, and the others stay hidden. The next one's turn comes when the panel has read the last
-/// one and been quiet for a moment, or has not read it for a longer one.
+/// Lets a program's items register one at a time, because XFCE's panel (4.18) makes room only for the first
+/// of several that register together and hides the others. The next item registers 200 ms after the panel's
+/// last read of the previous one, or after a second without a read.
 class StatusNotifierQueue final : public QObject {
     Q_OBJECT
 
 public:
     StatusNotifierQueue();
 
-    /// The place of one more item among the others.
+    /// The place of a new item, after all others.
     [[nodiscard]] int takePlace() { return m_places++; }
-    /// Runs `step` when it is its turn: of several, such as after a panel's restart, in the order of their
-    /// places, whichever comes first. It is dropped when `owner` goes.
+    /// Runs `step` when it is its turn. Waiting steps run in the order of their places, so that items keep
+    /// their order when a panel restarts. The step is dropped when `owner` is destroyed.
     void enqueue(QObject& owner, int place, std::function<void()> step);
-    /// A panel has read an item.
+    /// Call when a panel has read an item.
     void noteRead();
     [[nodiscard]] bool hasBeenRead() const { return m_hasBeenRead; }
-    /// The last one found no panel to register with.
+    /// Call when the last item found no watcher to register with.
     void noteFailure();
 
 private:
@@ -39,7 +39,7 @@ private:
 
     int m_places = 0;
     QList<Step> m_steps;
-    /// Runs until the next one's turn.
+    /// Runs until the next step may run.
     QTimer m_pause;
     bool m_hasBeenRead = false;
 };

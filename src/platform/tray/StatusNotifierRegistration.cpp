@@ -1,10 +1,15 @@
 #include "platform/tray/StatusNotifierRegistration.h"
 
 #include <QDBusError>
+#include <QDBusMessage>
 #include <QDBusVariant>
 #include <QStringList>
+#include <QTimer>
 #include <algorithm>
 #include <utility>
+
+#include "platform/base/BusCall.h"
+#include "platform/base/StoppableWait.h"
 
 namespace tidemark {
 
@@ -21,9 +26,16 @@ QString watcherName() {
 QDBusMessage watcherCall(const QString& interface, const QString& method) {
     QDBusMessage message =
         QDBusMessage::createMethodCall(watcherName(), u"/StatusNotifierWatcher"_s, interface, method);
-    // A panel brings its own watcher; starting one for nobody would pretend that there is a panel.
+    // A panel starts its watcher itself. A watcher that we start would pretend that there is a panel.
     message.setAutoStartService(false);
     return message;
+}
+
+QCoro::Task<> pause(std::chrono::milliseconds time, std::stop_token stop) {
+    StoppableWait wait(std::move(stop));
+    const QObject context;
+    QTimer::singleShot(time, &context, [&wait] { wait.end(); });
+    co_await wait.ended();
 }
 
 }  // namespace
@@ -39,12 +51,9 @@ StatusNotifierRegistration::StatusNotifierRegistration(QDBusConnection connectio
       m_onHost(std::move(onHost)),
       m_patience(patience),
       m_owner(watcherName(), m_connection, QDBusServiceWatcher::WatchForOwnerChange) {
-    m_timer.setSingleShot(true);
-    connect(&m_timer, &QTimer::timeout, this, [this] { m_step(); });
     connect(&m_owner, &QDBusServiceWatcher::serviceOwnerChanged, this,
             [this](const QString&, const QString&, const QString& newOwner) {
-                m_timer.stop();
-                m_pending.reset();
+                m_run.requestStop();
                 if (!newOwner.isEmpty())
                     start();
             });
@@ -52,76 +61,62 @@ StatusNotifierRegistration::StatusNotifierRegistration(QDBusConnection connectio
 }
 
 void StatusNotifierRegistration::start() {
-    m_attempts = 0;
     if (!std::exchange(m_isQueued, true)) {
         m_queue->enqueue(*this, m_place, [this] {
             m_isQueued = false;
-            identifyHost();
+            m_run = m_tasks.start([this](std::stop_token stop) { return run(std::move(stop)); });
         });
     }
 }
 
-void StatusNotifierRegistration::identifyHost() {
-    const QString bus = u"org.freedesktop.DBus"_s;
-    QDBusMessage message =
-        QDBusMessage::createMethodCall(bus, u"/org/freedesktop/DBus"_s, bus, u"GetConnectionUnixProcessID"_s);
-    message << watcherName();
-    call(message, &StatusNotifierRegistration::onProcess);
+QCoro::Task<> StatusNotifierRegistration::run(std::stop_token stop) {
+    const TrayHost host = co_await identifyHost(stop);
+    if (stop.stop_requested())
+        co_return;
+    m_onHost(host);
+    for (int attempt = 0; attempt < maximumAttempts; ++attempt) {
+        const Outcome outcome = co_await registerItem(stop);
+        if (stop.stop_requested())
+            co_return;
+        if (outcome == Outcome::nobodyThere) {
+            m_queue->noteFailure();
+            co_return;
+        }
+        co_await pause(m_patience * (1 << attempt), stop);
+        if (stop.stop_requested())
+            co_return;
+        if (outcome == Outcome::accepted && co_await isListed(stop))
+            co_return;
+    }
 }
 
-void StatusNotifierRegistration::onProcess(const QDBusMessage& reply) {
-    // An error, too, is for the registration to find out about.
-    m_onHost(trayHostOf(processName(reply.arguments().value(0).toUInt())));
-    registerItem();
+QCoro::Task<TrayHost> StatusNotifierRegistration::identifyHost(std::stop_token stop) {
+    const QDBusMessage getProcess = busCall(u"GetConnectionUnixProcessID"_s, {watcherName()});
+    const QDBusMessage answer = co_await answerTo(getProcess, m_connection, std::move(stop));
+    // An error counts as an unknown host. The registration that follows deals with it.
+    co_return trayHostOf(processName(answer.arguments().value(0).toUInt()));
 }
 
-void StatusNotifierRegistration::registerItem() {
-    ++m_attempts;
+QCoro::Task<StatusNotifierRegistration::Outcome> StatusNotifierRegistration::registerItem(
+    std::stop_token stop) {
     QDBusMessage message = watcherCall(watcherName(), u"RegisterStatusNotifierItem"_s);
     message << m_service;
-    call(message, &StatusNotifierRegistration::onRegistered);
-}
-
-void StatusNotifierRegistration::onRegistered(const QDBusMessage& reply) {
-    if (reply.type() != QDBusMessage::ErrorMessage) {
-        later(&StatusNotifierRegistration::checkList);
-        return;
-    }
-    const QDBusError::ErrorType error = QDBusError(reply).type();
+    const QDBusMessage answer = co_await answerTo(message, m_connection, std::move(stop));
+    if (answer.type() != QDBusMessage::ErrorMessage)
+        co_return Outcome::accepted;
+    const QDBusError::ErrorType error = QDBusError(answer).type();
     const bool isNobodyThere = error == QDBusError::ServiceUnknown || error == QDBusError::Disconnected;
-    if (isNobodyThere)
-        m_queue->noteFailure();
-    else if (m_attempts < maximumAttempts)
-        later(&StatusNotifierRegistration::registerItem);
+    co_return isNobodyThere ? Outcome::nobodyThere : Outcome::refused;
 }
 
-void StatusNotifierRegistration::checkList() {
+QCoro::Task<bool> StatusNotifierRegistration::isListed(std::stop_token stop) {
     QDBusMessage message = watcherCall(u"org.freedesktop.DBus.Properties"_s, u"Get"_s);
     message << watcherName() << u"RegisteredStatusNotifierItems"_s;
-    call(message, &StatusNotifierRegistration::onList);
-}
-
-void StatusNotifierRegistration::onList(const QDBusMessage& reply) {
-    // A watcher without the list gets the benefit of the doubt.
-    if (reply.type() == QDBusMessage::ErrorMessage || reply.arguments().isEmpty())
-        return;
-    const QVariant list = reply.arguments().constFirst().value<QDBusVariant>().variant();
-    if (!isListedIn(list.toStringList()) && m_attempts < maximumAttempts)
-        registerItem();
-}
-
-void StatusNotifierRegistration::later(void (StatusNotifierRegistration::*step)()) {
-    m_step = [this, step] { (this->*step)(); };
-    m_timer.start(m_patience * (1 << (m_attempts - 1)));
-}
-
-void StatusNotifierRegistration::call(const QDBusMessage& message, Handler handler) {
-    m_pending = std::make_unique<QDBusPendingCallWatcher>(m_connection.asyncCall(message));
-    connect(m_pending.get(), &QDBusPendingCallWatcher::finished, this,
-            [this, handler](QDBusPendingCallWatcher* finished) {
-                m_pending.release()->deleteLater();
-                (this->*handler)(finished->reply());
-            });
+    const QDBusMessage answer = co_await answerTo(message, m_connection, std::move(stop));
+    if (answer.type() == QDBusMessage::ErrorMessage || answer.arguments().isEmpty())
+        co_return true;
+    const QVariant list = answer.arguments().constFirst().value<QDBusVariant>().variant();
+    co_return isListedIn(list.toStringList());
 }
 
 bool StatusNotifierRegistration::isListedIn(const QStringList& items) const {

@@ -1,51 +1,51 @@
 #pragma once
 
 #include <QDBusConnection>
-#include <QDBusMessage>
-#include <QDBusPendingCallWatcher>
 #include <QDBusServiceWatcher>
 #include <QObject>
 #include <QString>
-#include <QTimer>
 #include <chrono>
 #include <functional>
 #include <memory>
+#include <stop_token>
 
+#include "platform/base/TaskScope.h"
 #include "platform/tray/StatusNotifierQueue.h"
 #include "platform/tray/TrayHost.h"
 
 namespace tidemark {
 
-/// Keeps an item registered with the panel's StatusNotifierWatcher: now, when a watcher comes later, and
-/// again whenever another one takes over. It does not ask whether a host is registered, because some
-/// watchers answer that wrongly. Every call is asynchronous; when all is well no timer runs.
+/// Keeps an item registered with the panel's StatusNotifierWatcher: now, when a watcher appears later, and
+/// again whenever another one takes over. It ignores IsStatusNotifierHostRegistered, because some watchers
+/// report it wrongly. Calls never block, and no timer runs once the item is registered.
 class StatusNotifierRegistration final : public QObject {
     Q_OBJECT
 
 public:
-    /// `service` is the item's own name on `connection`; `queue` is that of all items. `patience` is the time
-    /// after which a registration is looked up in the watcher's list (GNOME's now and then drops an item
-    /// while it loads), and after which a failed one is tried again; it doubles with each of the few
+    /// `service` is the item's own name on `connection`; `queue` is shared by all items. `patience` is the
+    /// delay after which the item is looked up in the watcher's list (GNOME's occasionally drops an item
+    /// while it loads), and after which a failed registration is repeated. The delay doubles with each of six
     /// attempts.
     ///
-    /// `onHost` is told of the tray that a watcher belongs to before the item is registered with it.
+    /// `onHost` is called with the watcher's kind of tray before the item is registered there.
     StatusNotifierRegistration(QDBusConnection connection, QString service,
                                std::shared_ptr<StatusNotifierQueue> queue,
                                std::function<void(TrayHost)> onHost,
                                std::chrono::milliseconds patience = std::chrono::seconds(2));
 
 private:
-    using Handler = void (StatusNotifierRegistration::*)(const QDBusMessage& reply);
+    enum class Outcome : quint8 {
+        accepted,
+        refused,
+        nobodyThere,  ///< there is no watcher to register with
+    };
 
     void start();
-    void identifyHost();
-    void onProcess(const QDBusMessage& reply);
-    void registerItem();
-    void onRegistered(const QDBusMessage& reply);
-    void checkList();
-    void onList(const QDBusMessage& reply);
-    void later(void (StatusNotifierRegistration::*step)());
-    void call(const QDBusMessage& message, Handler handler);
+    QCoro::Task<> run(std::stop_token stop);
+    QCoro::Task<TrayHost> identifyHost(std::stop_token stop);
+    QCoro::Task<Outcome> registerItem(std::stop_token stop);
+    /// Whether the watcher has the item in its list. True as well for a watcher without a list.
+    QCoro::Task<bool> isListed(std::stop_token stop);
     [[nodiscard]] bool isListedIn(const QStringList& items) const;
 
     QDBusConnection m_connection;
@@ -56,10 +56,9 @@ private:
     bool m_isQueued = false;
     std::chrono::milliseconds m_patience;
     QDBusServiceWatcher m_owner;
-    QTimer m_timer;
-    std::function<void()> m_step;
-    int m_attempts = 0;
-    std::unique_ptr<QDBusPendingCallWatcher> m_pending;
+    TaskHandle m_run;
+    /// Last: its tasks use the members above.
+    TaskScope m_tasks;
 };
 
 }  // namespace tidemark

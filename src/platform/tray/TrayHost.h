@@ -5,24 +5,24 @@
 
 namespace tidemark {
 
-/// What a tray makes of items, as far as an item has to be different for it. Judged by the watcher, which a
-/// panel brings along most of the time; one that uses somebody else's is taken for that one.
+/// How a tray treats items, where that requires different behaviour from us. We tell trays apart by the
+/// process that owns StatusNotifierWatcher. Most panels start a watcher of their own; one that uses another
+/// panel's watcher is treated as that panel.
 enum class TrayHost : quint8 {
-    /// Tells an item of clicks. Some of these, such as GNOME's, show no item that has no menu.
+    /// Reports clicks to the item. Some of these trays, such as GNOME's, show no item without a menu.
     usual,
-    /// Shows items without a menu, and tells those of a right click as well. Of an empty menu it would open a
-    /// box with nothing in it.
+    /// Shows items without a menu, and reports right clicks to them as well. For a menu without entries it
+    /// would open an empty box.
     menuOptional,
     /// The service behind the Ayatana indicators' applets, such as MATE's. It opens the menu on a left click
-    /// and tells nobody; icons it finds by their names only.
+    /// and does not report the click. It loads icons by name only.
     indicators,
 };
 
-/// The kind of tray that the process of this name (as in /proc/…/comm) brings along. Empty for one that could
-/// not be found out.
+/// The kind of tray whose watcher runs in a process of this name (as in /proc/…/comm); empty when unknown.
 [[nodiscard]] TrayHost trayHostOf(const QByteArray& processName);
 
-/// The name of a running process; empty when there is none or when it is out of sight.
+/// The name of a running process; empty when there is none or it is not visible.
 [[nodiscard]] QByteArray processName(uint processId);
 
 }  // namespace tidemark

@@ -1,11 +1,10 @@
 #include "platform/windows/Appearance.h"
 
-#include <QDBusPendingCallWatcher>
-#include <QDBusPendingReply>
 #include <QEvent>
 #include <QGuiApplication>
 #include <utility>
 
+#include "platform/base/BusCall.h"
 #include "platform/x11/XServer.h"
 #include "platform/x11/XSettings.h"
 
@@ -25,8 +24,8 @@ bool isDarkPalette(const QPalette& palette) {
     return palette.color(QPalette::Window).lightnessF() < palette.color(QPalette::WindowText).lightnessF();
 }
 
-/// As the themes of X11 desktops are called: "Adwaita-dark", but not "Arc-Darker", of which only the title
-/// bars are dark.
+/// By the naming habit of X11 themes: "Adwaita-dark" is dark. "Arc-Darker" is not, because only its title
+/// bars are.
 bool isDarkTheme(const QString& name) {
     return name.contains("dark"_L1, Qt::CaseInsensitive) && !name.contains("darker"_L1, Qt::CaseInsensitive);
 }
@@ -49,22 +48,18 @@ Appearance::Appearance(QDBusConnection bus) : m_bus(std::move(bus)) {
     qGuiApp->installEventFilter(this);
     m_bus.connect(portalService, portalPath, portalInterface, u"SettingChanged"_s, this,
                   SLOT(handleSetting(QString, QString, QDBusVariant)));
-    askPortal();
+    m_tasks.start([this](std::stop_token stop) { return askPortal(std::move(stop)); });
     refresh();
 }
 
-void Appearance::askPortal() {
+QCoro::Task<> Appearance::askPortal(std::stop_token stop) {
     QDBusMessage call = QDBusMessage::createMethodCall(portalService, portalPath, portalInterface, u"Read"_s);
     call << settingGroup << settingKey;
-    // Where nobody has needed it so far, nobody has a preference.
+    // A desktop with a preference has started its portal already.
     call.setAutoStartService(false);
-    auto* watcher = new QDBusPendingCallWatcher(m_bus.asyncCall(call), this);
-    connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher] {
-        watcher->deleteLater();
-        const QDBusPendingReply<QDBusVariant> reply = *watcher;
-        if (reply.isValid())
-            handlePreference(reply.value().variant());
-    });
+    const QDBusMessage answer = co_await answerTo(call, m_bus, std::move(stop));
+    if (answer.type() == QDBusMessage::ReplyMessage)
+        handlePreference(answer.arguments().value(0).value<QDBusVariant>().variant());
 }
 
 void Appearance::handleSetting(const QString& group, const QString& key, const QDBusVariant& value) {
@@ -75,7 +70,7 @@ void Appearance::handleSetting(const QString& group, const QString& key, const Q
 void Appearance::handlePreference(const QVariant& value) {
     constexpr uint preferDark = 1;
     constexpr uint preferLight = 2;
-    // Portals wrap the answer to Read once more than its changes.
+    // The answer to Read is wrapped in one more variant than the value of SettingChanged.
     const QVariant inner = value.canConvert<QDBusVariant>() ? value.value<QDBusVariant>().variant() : value;
     const uint preference = inner.toUInt();
     m_prefersDark = preference == preferDark || preference == preferLight

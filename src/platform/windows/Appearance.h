@@ -6,12 +6,15 @@
 #include <QObject>
 #include <QPalette>
 #include <optional>
+#include <stop_token>
+
+#include "platform/base/TaskScope.h"
 
 namespace tidemark {
 
-/// The colours that the user's desktop wants ordinary windows to have. Whether they are dark is what the
-/// settings portal says (org.freedesktop.portal.Settings, "color-scheme"), else what the name of the theme
-/// says that X11 desktops publish, else what the platform's own palette is. UI thread only.
+/// The desktop's colours for ordinary windows. Whether they are dark is decided by the settings portal
+/// (org.freedesktop.portal.Settings, "color-scheme"); without its answer by the name of the theme that X11
+/// desktops publish; without one by the platform's own palette. UI thread only.
 class Appearance final : public QObject {
     Q_OBJECT
 
@@ -19,10 +22,11 @@ public:
     explicit Appearance(QDBusConnection bus = QDBusConnection::sessionBus());
 
     [[nodiscard]] bool isDark() const { return m_isDark; }
-    /// The platform's palette where it is as light or dark as it should be, else one of our own.
+    /// The platform's palette where it agrees with `isDark`, else one of our own.
     [[nodiscard]] const QPalette& palette() const { return m_palette; }
 
-    /// Looks again at what does not tell of its changes. Call when a window is shown or activated.
+    /// Reads the X11 theme and the palette again, because not all desktops report changes of them. Call when
+    /// a window is shown or activated.
     void refresh();
 
 Q_SIGNALS:
@@ -35,14 +39,16 @@ private Q_SLOTS:
     void handleSetting(const QString& group, const QString& key, const QDBusVariant& value);
 
 private:
-    void askPortal();
+    QCoro::Task<> askPortal(std::stop_token stop);
     void handlePreference(const QVariant& value);
 
     QDBusConnection m_bus;
-    /// What the portal says; nothing when it has no preference or there is no portal.
+    /// The portal's answer; nothing when it has no preference or there is no portal.
     std::optional<bool> m_prefersDark;
     bool m_isDark = false;
     QPalette m_palette;
+    /// Last: its tasks use the members above.
+    TaskScope m_tasks;
 };
 
 }  // namespace tidemark

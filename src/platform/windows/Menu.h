@@ -8,24 +8,24 @@ namespace tidemark {
 
 /// One entry of a menu.
 struct MenuItem {
-    /// Distinct within its menu. An entry with the same identifier is the same entry in a later menu of the
-    /// same status item, so that an open menu changes its text in place.
+    /// Unique within its menu. When a status item gets a new menu, an entry with the same identifier is the
+    /// same entry, so its text changes in place while the menu is open.
     QString identifier;
-    /// As it reads: nothing in it is a mnemonic or markup.
+    /// Plain text, without mnemonics or markup.
     QString title;
     bool isSeparator = false;
-    /// The heading of the menu, bold where the menu can show it.
+    /// The heading of the menu, in bold where the panel supports that.
     bool isHeading = false;
-    /// The letter that is shown with Control as the entry's shortcut; null for none.
+    /// The letter of a shortcut with Control; null for none.
     QChar keyEquivalent;
     /// Runs when the entry is chosen. An entry without one is disabled.
     std::function<void()> action;
-    /// Gives the title anew whenever the menu is about to be shown, for a text that ages. Empty for one that
-    /// does not.
+    /// For a title that contains an age: gives the current title whenever the menu is about to be shown.
+    /// Empty for other titles.
     std::function<QString()> currentTitle;
 
     [[nodiscard]] bool isEnabled() const { return static_cast<bool>(action); }
-    /// The title for somebody who reads it now.
+    /// The title as of now.
     [[nodiscard]] QString titleNow() const { return currentTitle ? currentTitle() : title; }
 };
 using Menu = QList<MenuItem>;

@@ -28,9 +28,9 @@ using menulook::shortcutGap;
 using menulook::shortcutOf;
 
 constexpr int separatorHeight = 9;
-/// A part of the screen's width, for a row.
+/// Relative to the screen's width.
 constexpr double widestRow = 0.5;
-/// In average letters.
+/// In average characters.
 constexpr int narrowestTitle = 16;
 constexpr int stripHeight = 16;
 /// In milliseconds.
@@ -96,7 +96,7 @@ void MenuWindow::setMenu(const Menu& menu) {
     update();
 }
 
-/// Separators that separate nothing are left out.
+/// Omits separators at the ends and repeated ones.
 QList<MenuWindow::Row> MenuWindow::rowsOf(const Menu& menu) {
     QList<Row> rows;
     for (const MenuItem& item : menu)
@@ -166,7 +166,7 @@ void MenuWindow::layOut() {
     scrollTo(m_offset);
 }
 
-/// An open menu keeps its direction: it may be pushed by the screen's edge, but does not jump.
+/// An open menu keeps its direction. It moves only as far as it has to in order to stay on the screen.
 void MenuWindow::place(QSize size) {
     size = size.boundedTo(m_room.size());
     const int below = m_room.y() + m_room.height() - m_corner.y();
@@ -181,7 +181,8 @@ void MenuWindow::place(QSize size) {
         size));
 }
 
-/// Only X11 lets a window take both, and not as long as the panel still holds the pointer for its own click.
+/// Only X11 lets a window grab pointer and keyboard, and only when the panel has released its own grab of the
+/// pointer.
 void MenuWindow::grab() {
     if (QGuiApplication::platformName() != u"xcb"_s ||
         (setMouseGrabEnabled(true) && setKeyboardGrabEnabled(true))) {
@@ -194,7 +195,7 @@ void MenuWindow::grab() {
 bool MenuWindow::event(QEvent* event) {
     const bool isPainting = event->type() == QEvent::UpdateRequest || event->type() == QEvent::Paint;
     if (isPainting && !m_isOpen) {
-        // Asked for before it closed: there is nothing to draw on any more.
+        // An update from before the menu was closed. The window has no surface any more.
         return true;
     }
     if (event->type() == QEvent::Leave)
@@ -216,7 +217,7 @@ void MenuWindow::mousePressEvent(QMouseEvent* event) {
 
 void MenuWindow::mouseMoveEvent(QMouseEvent* event) {
     const QPoint pointer = event->globalPosition().toPoint();
-    // A window that opens or moves under a resting pointer gets such an event too.
+    // An opening or moving window gets such an event for a resting pointer, too.
     if (pointer == m_pointer)
         return;
     m_pointer = pointer;
@@ -294,7 +295,6 @@ void MenuWindow::hideEvent(QHideEvent* /*event*/) {
         m_isOpen = false;
         m_rows.clear();
         m_current = -1;
-        Q_EMIT closed();
     }
 }
 
@@ -321,7 +321,7 @@ void MenuWindow::highlight(int index) {
     }
 }
 
-/// Highlights the next entry that can be chosen, going round at the ends.
+/// Highlights the next entry that can be chosen, wrapping around at the ends.
 void MenuWindow::step(int from, int direction) {
     const int count = static_cast<int>(m_rows.size());
     int index = from;
@@ -350,7 +350,7 @@ void MenuWindow::scrollIntoView(int index) {
 void MenuWindow::choose(int index) {
     if (!canChoose(index))
         return;
-    // Before the window closes, which takes the rows with it.
+    // Before close(), which clears the rows.
     QMetaObject::invokeMethod(this, m_rows.at(index).item.action, Qt::QueuedConnection);
     close();
 }

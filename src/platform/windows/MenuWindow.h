@@ -13,41 +13,33 @@
 
 namespace tidemark {
 
-/// A menu in a window of our own, for a panel that leaves it to the item to show its menu. It is drawn with
-/// the application's palette and font, without widgets and without Qt Quick: it costs nothing that the
+/// A menu in a window of our own, for panels that do not show the item's menu themselves. It is drawn with
+/// the application's palette and font. It uses neither widgets nor Qt Quick, so it loads nothing that the
 /// program does not load anyway.
 ///
-/// It grabs the pointer and the keyboard while it is open. A click outside of it, Escape and the loss of the
-/// focus close it, as choosing an entry does. Like any window it can be closed with close(), and closing the
-/// last one quits an application that did not switch that off (QGuiApplication::quitOnLastWindowClosed).
-/// Destroying it closes it without closed(); a slot of closed() leaves that to deleteLater(). It is made for
-/// X11, XWayland included: a Wayland client can place no window of its own.
+/// It grabs the pointer and the keyboard while it is open. Choosing an entry, a click outside of it, Escape
+/// and the loss of the focus close it. The action of a chosen entry runs after that from the event loop,
+/// unless the window is destroyed before. close() closes it like any window; see
+/// QGuiApplication::quitOnLastWindowClosed. It is made for X11 and XWayland, because a Wayland client cannot
+/// place its windows.
 class MenuWindow final : public QRasterWindow {
     Q_OBJECT
 
 public:
     MenuWindow();
 
-    /// Opens the menu with a corner at `place`, in Qt's global coordinates: downwards, or upwards where there
-    /// is no room below, always within the screen and beside its panels, also beside `panel` if there is one
-    /// at that place: Qt does not know of panels when there are several screens. Titles are those of this
-    /// moment (MenuItem::titleNow). A menu that is open already closes first, without closed(). A menu
-    /// without entries is not shown.
+    /// Opens the menu with a corner at `place` in Qt's global coordinates, downwards, or upwards where there
+    /// is no room below. It stays on the screen and beside its panels. Pass `panel` if there is one at that
+    /// place, because Qt does not know panels when there are several screens. Titles are MenuItem::titleNow.
+    /// A menu that is open already is closed first. A menu without entries is not shown.
     ///
-    /// May be called while the button of the click is still down: its release chooses an entry only after the
-    /// pointer was dragged there.
+    /// May be called while the button of the click is still pressed. Its release chooses an entry only after
+    /// the pointer was dragged there.
     void popup(const Menu& menu, QPoint place, const QRect& panel = {});
-    /// Changes the menu in place while it is open, and is ignored while it is not. The window keeps its
-    /// corner and never gets narrower, and the entry under the pointer stays the highlighted one wherever it
-    /// is now. A click that was begun before an entry moved chooses nothing. A menu that has lost all entries
-    /// closes.
+    /// Changes the menu in place while it is open; otherwise does nothing. The window keeps its corner and
+    /// never gets narrower. The highlighted entry stays highlighted, even if it moves. A click that began
+    /// before an entry moved chooses nothing. A menu without entries is closed.
     void setMenu(const Menu& menu);
-    [[nodiscard]] bool isOpen() const { return m_isOpen; }
-
-Q_SIGNALS:
-    /// The menu went, for whatever reason. When an entry was chosen, its action runs after this, from the
-    /// event loop, unless the window was destroyed meanwhile.
-    void closed();
 
 protected:
     bool event(QEvent* event) override;
@@ -68,13 +60,13 @@ private:
         int top = 0;
         int height = 0;
     };
-    /// What the release of a button would do.
+    /// The effect of the next button release.
     enum class Click : quint8 {
-        /// It belongs to the click that opened the menu, until it is dragged.
+        /// None, because the release belongs to the click that opened the menu. Dragging arms it.
         opening,
-        /// It chooses the entry below it.
+        /// Chooses the entry under the pointer.
         armed,
-        /// Nothing: it was over already, or an entry moved under it.
+        /// None, because the click is over or an entry moved under the pointer.
         spent
     };
 
@@ -86,7 +78,7 @@ private:
     /// The same, for rows that can be chosen.
     [[nodiscard]] int choosableAt(QPoint place) const;
     [[nodiscard]] QString identifierOf(int index) const;
-    /// The strips in which rows scroll by; empty where there is nothing more in that direction.
+    /// The strips that scroll the menu under the pointer; empty where there is nothing to scroll to.
     [[nodiscard]] QRect stripAbove() const;
     [[nodiscard]] QRect stripBelow() const;
 
@@ -104,16 +96,17 @@ private:
     QList<Row> m_rows;
     /// The highlighted row, or -1.
     int m_current = -1;
-    /// How far the rows are scrolled up, and how high all of them are.
+    /// How far the rows are scrolled, and the height of all rows.
     int m_offset = 0;
     int m_contentHeight = 0;
     QPoint m_corner;
-    /// Where the menu may be.
+    /// The area in which the menu may be placed.
     QRect m_room;
     bool m_opensUpward = false;
     bool m_isOpen = false;
     Click m_click = Click::opening;
-    /// Where the pointer was last, in global coordinates, and whether another entry came to lie there since.
+    /// The last position of the pointer in global coordinates, and whether another entry has moved there
+    /// since.
     QPoint m_pointer;
     bool m_isShifted = false;
     QBasicTimer m_grabTimer;

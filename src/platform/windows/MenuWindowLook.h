@@ -7,7 +7,7 @@
 
 #include "platform/windows/Menu.h"
 
-/// What measuring and painting a menu window have in common.
+/// Shared by the layout and the painting of MenuWindow.
 namespace tidemark::menulook {
 
 /// Between the window's edge and the rows.

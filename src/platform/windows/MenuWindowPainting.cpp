@@ -10,7 +10,7 @@ namespace {
 
 constexpr int rowRadius = 5;
 constexpr qreal arrowSize = 3;
-/// How much of the text's colour is in each.
+/// Shares of the text colour, mixed with the background.
 constexpr float disabledShare = 0.55F;
 constexpr float borderShare = 0.25F;
 constexpr float lineShare = 0.15F;
@@ -21,7 +21,8 @@ QColor mixed(const QColor& front, const QColor& back, float share) {
                             mix(front.blueF(), back.blueF()));
 }
 
-/// The menu's text, fainter. Palettes of other toolkits often have no disabled colours.
+/// The text colour mixed with the background. QPalette::Disabled is not used, because palettes of other
+/// toolkits often lack these colours.
 QColor textColor(float share) {
     const QPalette palette = QGuiApplication::palette();
     return mixed(palette.color(QPalette::WindowText), palette.color(QPalette::Window), share);

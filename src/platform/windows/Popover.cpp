@@ -19,19 +19,19 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// How long after the button's release the panel may take to tell of the click.
+/// How long after the release of the button the panel may take to report the click.
 constexpr std::chrono::milliseconds panelDelay(500);
-/// The same after the loss of the focus, when nothing was heard of a click.
+/// The same after the loss of the focus, when no click was seen.
 constexpr std::chrono::milliseconds focusDelay(300);
-/// A place so near to the origin is one within the panel's item, or made up.
+/// A place so near to the origin is relative to the panel's item, or invented.
 constexpr QRect localPlaces(-64, -64, 128, 128);
 
 bool canPlaceWindows() {
     return !QGuiApplication::platformName().startsWith("wayland"_L1);
 }
 
-/// Tiling compositors stretch a window over the screen unless its least size is set and one extent is fixed.
-/// Others have no button to maximise it then.
+/// Keeps tiling compositors from stretching the window: they let it float if it has a minimum size and one
+/// fixed extent. Other window managers then show no button to maximise it.
 void letFloat(QWindow& window) {
     window.setMinimumSize({window.width(), 1});
     window.setMaximumWidth(window.width());
@@ -40,7 +40,7 @@ void letFloat(QWindow& window) {
 ScreenArea areaOf(const QScreen& screen) {
     QRect available = screen.availableGeometry() & screen.geometry();
     if (const qreal scale = screen.devicePixelRatio(); scale != std::floor(scale)) {
-        // Rounded to whole logical pixels, it may reach beyond the screen, or into a panel.
+        // Rounding to logical pixels may make the area reach beyond the screen or into a panel.
         available.adjust(0, 0, -1, -1);
     }
     return {screen.geometry(), available.isEmpty() ? screen.geometry() : available};
@@ -66,13 +66,13 @@ Popover::Popover(MakeWindow makeWindow, std::chrono::milliseconds lifetimeWhenCl
 }
 
 Popover::~Popover() {
-    // While everything that its events reach is still there.
+    // Before the members that the events of the window use.
     m_form = Form::closed;
     m_window.reset();
 }
 
 void Popover::toggle(QPoint place) {
-    // A press that came before the panel's call counts before it.
+    // A press that happened before the panel's call is handled before it.
     if (m_presses)
         m_presses->readPending();
     if (isShown()) {
@@ -135,7 +135,7 @@ void Popover::prepareWindow() {
     m_window = m_makeWindow();
     m_window->setTitle(u"Tidemark"_s);
     m_window->installEventFilter(this);
-    // Content and window managers close windows too.
+    // The content or the window manager may close the window, too.
     connect(m_window.get(), &QWindow::visibleChanged, this, [this](bool isVisible) {
         if (!isVisible)
             close();
@@ -144,12 +144,12 @@ void Popover::prepareWindow() {
 
 PopoverAnchor Popover::anchorFor(QPoint reported) const {
     QList<QPoint> places;
-    // Of what the pointer does over a panel, XWayland knows nothing.
+    // XWayland does not know where the pointer is while that is over a panel.
     if (m_server && !m_server->isXWayland())
         places.append(QCursor::pos());
     if (!localPlaces.contains(reported))
         places.append(reported);
-    // The primary one is the first.
+    // Qt lists the primary screen first.
     QList<ScreenArea> screens;
     for (const QScreen* screen : QGuiApplication::screens())
         screens.append(areaOf(*screen));
@@ -161,10 +161,10 @@ void Popover::showAt(const PopoverAnchor& anchor) {
     prepareWindow();
     m_anchor = anchor;
     m_screen = QGuiApplication::screenAt(anchor.place);
-    // Panels move with the screen's edges: nothing stands where the click was.
+    // Panels move with the screen's edges, so the place of the click has become meaningless.
     connect(m_screen, &QScreen::geometryChanged, this, &Popover::closeAnchored, Qt::UniqueConnection);
     connect(m_screen, &QScreen::availableGeometryChanged, this, &Popover::place, Qt::UniqueConnection);
-    // A tool's window: it is not listed anywhere, and floats where others are tiled.
+    // Task bars do not list tool windows, and tiling window managers let them float.
     m_window->setFlags(Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint);
     m_window->setScreen(m_screen);
     m_window->setGeometry(geometryFor(m_window->size()));
@@ -244,7 +244,7 @@ void Popover::handlePress() {
     if (m_isClosingClick) {
         endClick();
     } else if (m_form == Form::anchored && !isPointerInside()) {
-        // However long the button is held: the time begins with its release.
+        // The delay begins with the release, because the button may be held for any time.
         closeByClick();
     }
 }
@@ -258,7 +258,7 @@ void Popover::handleFocus(const QWindow* window) {
     const bool hadFocus = std::exchange(m_hadFocus, isOurs(window));
     if (m_form != Form::anchored || m_hadFocus || !hadFocus)
         return;
-    // When a click took the focus away, its press came first.
+    // If a click took the focus, its press came before the loss.
     if (m_presses)
         m_presses->readPending();
     if (m_form == Form::anchored) {

@@ -7,13 +7,13 @@ namespace {
 
 enum class Edge : quint8 { top, bottom, left, right };
 
-/// No panel reaches farther into the screen than that, in logical pixels.
+/// Assumed maximal thickness of panels, in logical pixels.
 constexpr int thickestPanel = 96;
-/// What to keep clear of where a panel is that nobody knows the size of.
+/// Minimal and maximal space to leave for a panel of unknown size.
 constexpr int thinPanel = 32;
 constexpr int thickPanel = 64;
 
-/// How far `place` is from an edge of `area`; negative outside of it.
+/// The distance of `place` from an edge of `area`; negative outside of it.
 int distanceTo(Edge edge, QPoint place, const QRect& area) {
     switch (edge) {
         case Edge::top:
@@ -28,8 +28,7 @@ int distanceTo(Edge edge, QPoint place, const QRect& area) {
     return 0;
 }
 
-/// The edge that `place` is nearest to. Items stand in horizontal panels most of the time, so that in a
-/// corner the upper and the lower edge win.
+/// The edge nearest to `place`. In a corner the upper or lower edge, because most panels are horizontal.
 Edge nearestEdge(QPoint place, const QRect& area) {
     const auto nearer = [&](Edge one, Edge other) {
         return distanceTo(other, place, area) < distanceTo(one, place, area) ? other : one;
@@ -44,8 +43,8 @@ bool isPanelPlace(QPoint place, const ScreenArea& screen) {
            distanceTo(nearestEdge(place, screen.geometry), place, screen.geometry) < thickestPanel;
 }
 
-/// The part of a panel that is on the screen. Some docks are a window as large as the screen of which most is
-/// transparent; those tell nothing.
+/// The part of a panel that is on the screen. Empty for a large window, because some docks cover the screen
+/// with a mostly transparent one.
 QRect panelOn(const ScreenArea& screen, const QRect& panel) {
     const QRect visible = panel & screen.geometry;
     return visible.width() > screen.geometry.width() / 3 && visible.height() > screen.geometry.height() / 3
@@ -66,7 +65,7 @@ Edge edgeOf(const PopoverAnchor& anchor, const ScreenArea& screen) {
     return nearestEdge(anchor.place, screen.geometry);
 }
 
-/// How much of the screen at that edge belongs to the panel.
+/// The thickness of the panel at that edge.
 int thicknessAt(Edge edge, const PopoverAnchor& anchor, const ScreenArea& screen) {
     const auto gapTo = [&](const QRect& inner) {
         return distanceTo(edge, {}, screen.geometry) - distanceTo(edge, {}, inner);
@@ -79,7 +78,7 @@ int thicknessAt(Edge edge, const PopoverAnchor& anchor, const ScreenArea& screen
     }
     if (reserved > 0)
         return reserved;
-    // The click was somewhere near the middle of the panel.
+    // Assumes that the click was near the middle of the panel.
     const int distance = distanceTo(edge, anchor.place, screen.geometry);
     return std::max(distance + 1, std::clamp(2 * distance, thinPanel, thickPanel));
 }
@@ -133,7 +132,7 @@ QRect placePopover(QSize size, const PopoverAnchor& anchor, const ScreenArea& sc
     const Edge edge = edgeOf(anchor, screen);
     const QRect room = roomBeside(edge, thicknessAt(edge, anchor, screen), screen);
     QRect popover(QPoint(), size.boundedTo(room.size()).expandedTo({1, 1}));
-    // Around the anchor, which is beyond the room's edge, and from there inwards until it is all in the room.
+    // Centred on the anchor, which is outside the room, and then moved until it is inside.
     popover.moveTopLeft(anchor.place - QPoint(popover.width() / 2, popover.height() / 2));
     popover.moveRight(std::min(popover.right(), room.right()));
     popover.moveBottom(std::min(popover.bottom(), room.bottom()));

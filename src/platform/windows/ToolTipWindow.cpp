@@ -20,12 +20,12 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr qsizetype longestText = 1000;
-/// In code units. Laying out a thousand emoji of a dozen code points each takes half a second.
+/// In code units, because the layout of a thousand emoji of a dozen code points each takes half a second.
 constexpr qsizetype longestCode = 4 * longestText;
 constexpr int widestToolTip = 300;
 constexpr int fontSize = 11;
 constexpr QMargins textPadding(8, 5, 8, 5);
-/// From the pointer's tip: past its body below, and only off its tip above.
+/// Distances from the pointer's tip. The pointer's image extends downwards.
 constexpr int gapBelow = 18;
 constexpr int gapAbove = 6;
 
@@ -77,11 +77,11 @@ void ToolTipWindow::showText(const QString& text, QPoint place, QWindow* owner) 
     follow(owner);
     setScreen(owner->screen());
     const QRect available = screen()->availableGeometry();
-    // What fits into half of the screen fits above the pointer or below it.
+    // A window of half the height of the screen fits either above or below the pointer.
     const QSize room(widestToolTip, (available.height() / 2) - gapBelow);
     setGeometry(placed(layOut(shown, room.boundedTo(available.size())), place, available));
     show();
-    // X11 shows a window again where it lay before: under an owner that was raised meanwhile.
+    // X11 restores the stacking order of a window, which may be below an owner that has been raised since.
     if (QGuiApplication::platformName() == u"xcb"_s)
         raise();
     update();

@@ -8,21 +8,20 @@
 
 namespace tidemark {
 
-/// A hover text in a small dark window of its own, which may reach beyond the window that it belongs to. It
-/// takes neither clicks nor the focus; when and how long it shows is the owner's business.
+/// A hover text in a small dark window, which may extend beyond the window that it belongs to. It accepts
+/// neither clicks nor the focus. The owner decides when and for how long it is shown.
 class ToolTipWindow final : public QRasterWindow {
 public:
     ToolTipWindow();
 
-    /// Shows the text, as it is and without any markup, below the pointer at `place` (in Qt's global
-    /// coordinates), or above it where there is no room below: always on the screen of `owner`, and not over
-    /// the place. A text that shows already gives way to the new one, and an empty one hides the window.
+    /// Shows the text, without interpreting markup, below the pointer at `place` (in Qt's global
+    /// coordinates), or above it where there is no room below. It stays on the screen of `owner` and never
+    /// covers `place`. The text replaces the current one; an empty text hides the window.
     ///
-    /// Long lines are wrapped. More than 1,000 characters, or more lines than half a screen takes, are cut
-    /// with an ellipsis.
+    /// Long lines are wrapped. A text of more than 1,000 characters or of more lines than fit half a screen
+    /// is elided.
     ///
-    /// The window goes when `owner` is hidden or destroyed, and does not show for a hidden one; hide() hides
-    /// it before.
+    /// The window is hidden when `owner` is hidden or destroyed, and not shown for a hidden owner.
     void showText(const QString& text, QPoint place, QWindow* owner);
 
 protected:

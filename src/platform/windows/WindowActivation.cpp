@@ -14,7 +14,7 @@ void activateByServer(const QWindow& window) {
         server->activate(window.winId());
 }
 
-/// Before it is on the screen, the window manager does not know a window.
+/// Activates the window once it is exposed, because the window manager does not know it before.
 class FirstExposure final : public QObject {
 public:
     explicit FirstExposure(QWindow& window) : QObject(&window) { window.installEventFilter(this); }

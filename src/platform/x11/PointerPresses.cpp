@@ -12,10 +12,10 @@
 namespace tidemark {
 namespace {
 
-/// Raw events come even while another program grabs the pointer, as panels do, from 2.1 on.
+/// Since 2.1 raw events arrive even while another client, such as a panel, grabs the pointer.
 constexpr uint16_t majorVersion = 2;
 constexpr uint16_t minorVersion = 2;
-/// Left, middle and right; after them comes the wheel.
+/// The buttons are left, middle and right; higher numbers belong to the wheel.
 constexpr uint32_t lastButton = 3;
 
 }  // namespace
@@ -59,7 +59,7 @@ void PointerPresses::readPending() {
         const auto* generic = reinterpret_cast<const xcb_ge_generic_event_t*>(event.get());
         if ((generic->response_type & ~0x80U) != XCB_GE_GENERIC || generic->extension != m_extension)
             continue;
-        // A release has the same form.
+        // Releases have the same structure.
         const auto* raw = reinterpret_cast<const xcb_input_raw_button_press_event_t*>(generic);
         if (raw->detail > lastButton)
             continue;
@@ -70,7 +70,7 @@ void PointerPresses::readPending() {
         if (!self)
             return;
     }
-    // The server has gone, and the descriptor would report it for ever.
+    // Without a server, the notifier would fire endlessly.
     if (xcb_connection_has_error(m_server->connection()) != 0)
         m_notifier.setEnabled(false);
 }

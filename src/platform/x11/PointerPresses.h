@@ -9,17 +9,18 @@ namespace tidemark {
 
 class XServer;
 
-/// Hears of the pointer's buttons wherever it is, without grabbing it: whoever is clicked on gets the click
-/// as well. The wheel's buttons do not count. Touches neither: where they matter, the focus goes with them.
+/// Reports presses of the pointer's buttons anywhere on the screen. It does not grab the pointer, so the
+/// window that is clicked gets the click as well. The wheel does not count. Touch input does not count
+/// either; where it matters, a focus change follows it.
 class PointerPresses final : public QObject {
     Q_OBJECT
 
 public:
-    /// Nothing anywhere but on X11, or where the server cannot tell: it lacks the X Input Extension 2.2.
+    /// Null except on X11, and where the server lacks the X Input Extension 2.2.
     [[nodiscard]] static std::unique_ptr<PointerPresses> watch();
     ~PointerPresses() override;
 
-    /// Tells of everything that has arrived, without waiting for the event loop.
+    /// Emits the signals for all events that have arrived, without waiting for the event loop.
     void readPending();
 
 Q_SIGNALS:
@@ -30,7 +31,8 @@ Q_SIGNALS:
 private:
     PointerPresses(std::unique_ptr<XServer> server, uint8_t extension);
 
-    /// Nobody else's: waiting for an answer would take events off the descriptor without a notice.
+    /// Not shared, because another user who waits for an answer would read our events from the descriptor,
+    /// and the notifier would not fire for them.
     std::unique_ptr<XServer> m_server;
     uint8_t m_extension;
     QSocketNotifier m_notifier;

@@ -18,7 +18,7 @@ std::unique_ptr<Answer, decltype(&std::free)> owned(Answer* answer) {
     return {answer, &std::free};
 }
 
-/// A screen in the server's pixels. Its upper left corner has the same coordinates in Qt.
+/// The screen's area in the server's pixels. Qt uses the same coordinates for its upper left corner.
 QRect pixelsOf(const QScreen& screen) {
     return {screen.geometry().topLeft(),
             (QSizeF(screen.geometry().size()) * screen.devicePixelRatio()).toSize()};
@@ -86,7 +86,7 @@ bool XServer::isXWayland() const {
     constexpr std::string_view extension = "XWAYLAND";
     const auto cookie = xcb_query_extension(m_connection, extension.size(), extension.data());
     const auto answer = owned(xcb_query_extension_reply(m_connection, cookie, nullptr));
-    // Older ones do not have the extension, but call their outputs so.
+    // Older versions lack the extension, but their outputs have this name.
     return (answer && answer->present != 0) ||
            QGuiApplication::primaryScreen()->name().startsWith(QLatin1String("XWAYLAND"));
 }
@@ -94,7 +94,7 @@ bool XServer::isXWayland() const {
 QRect XServer::panelAt(QPoint place) const {
     const QPoint pixel = toPixels(place);
     QRect panel;
-    // Down the tree: a window manager may have put the panel into a window of its own.
+    // Descends the window tree, because a window manager may have reparented the panel.
     for (xcb_window_t window = m_root; window != XCB_NONE;) {
         if (window != m_root && isDock(window)) {
             const auto sizeCookie = xcb_get_geometry(m_connection, window);
@@ -125,8 +125,8 @@ bool XServer::isPointerOver(const QList<WId>& windows) const {
 }
 
 void XServer::activate(WId window) const {
-    // The message of the protocol for window managers (_NET_ACTIVE_WINDOW), as from a panel: that is where
-    // the user clicked.
+    // _NET_ACTIVE_WINDOW of the Extended Window Manager Hints. It names a panel as the source, because the
+    // user clicked on one.
     constexpr uint32_t fromPanel = 2;
     xcb_client_message_event_t message{};
     message.response_type = XCB_CLIENT_MESSAGE;
@@ -171,7 +171,7 @@ bool XServer::isDock(uint32_t window) const {
 }
 
 uint32_t XServer::time() const {
-    // It tells the time with every event, so one is made: a property that changes.
+    // The server sends its time with events, so we cause one by changing a property.
     const xcb_window_t window = xcb_generate_id(m_connection);
     const uint32_t events = XCB_EVENT_MASK_PROPERTY_CHANGE;
     xcb_create_window(m_connection, XCB_COPY_FROM_PARENT, window, m_root, 0, 0, 1, 1, 0,

@@ -12,11 +12,11 @@ struct xcb_connection_t;
 
 namespace tidemark {
 
-/// A connection of our own to the X server, for what Qt does not ask of it. UI thread only; a question waits
-/// for its answer. Places are in Qt's global coordinates.
+/// A connection of our own to the X server, for requests that Qt has no functions for. UI thread only; calls
+/// that return a value block for the server's answer. Points and rectangles are in Qt's global coordinates.
 class XServer {
 public:
-    /// Nothing anywhere but on X11, XWayland included.
+    /// Null except on X11 and XWayland.
     [[nodiscard]] static std::unique_ptr<XServer> connect();
 
     XServer(const XServer&) = delete;
@@ -26,33 +26,33 @@ public:
     [[nodiscard]] xcb_connection_t* connection() const { return m_connection; }
     [[nodiscard]] uint32_t root() const { return m_root; }
 
-    /// The window that owns a selection; none (0) when nobody does.
+    /// The window that owns a selection; 0 when there is none.
     [[nodiscard]] uint32_t ownerOf(const char* selection) const;
-    /// The bytes of a window's property, 256 KB of it at most; empty when it is not there.
+    /// The first 256 KB of a window's property; empty when it does not exist.
     [[nodiscard]] QByteArray property(uint32_t window, const char* name) const;
 
-    /// Whether it only shows its windows on a Wayland compositor: then it knows nothing of what the pointer
-    /// does over the windows of others, panels for instance.
+    /// Whether this is XWayland. It does not know where the pointer is while that is over a Wayland window,
+    /// for example a panel.
     [[nodiscard]] bool isXWayland() const;
-    /// The panel at that place, empty when there is none or when it is no window of its own.
+    /// The panel at that place; empty when there is no window of a panel.
     [[nodiscard]] QRect panelAt(QPoint place) const;
-    /// Whether the pointer is over one of these windows and over nothing that covers them.
+    /// Whether the pointer is over one of these windows where no other window covers it.
     [[nodiscard]] bool isPointerOver(const QList<WId>& windows) const;
-    /// Gives the focus to a window that is shown already, as the user's own wish of this moment. Qt asks for
-    /// it with the time of the last event that it has got itself, and a window manager refuses that when the
-    /// user has since done something elsewhere, such as clicking on a panel.
+    /// Gives the focus to a window that is shown already, as a request by the user at this time. Qt sends the
+    /// time of the last event that it received, and window managers refuse the request when the user has used
+    /// another window, such as the panel, since then.
     void activate(WId window) const;
-    /// Moves a window and leaves its size alone. Qt gives both, with the size that it was last told, and so
-    /// takes back a change of size that is under way.
+    /// Moves a window without resizing it. Qt always sends a size too, namely the last one that it knows, and
+    /// so undoes a resize that is in progress.
     void move(WId window, QPoint place) const;
 
 private:
     explicit XServer(xcb_connection_t* connection);
 
-    /// The atom of that name; none unless somebody uses it.
+    /// The atom of that name; 0 unless some client has created it.
     [[nodiscard]] uint32_t atom(const char* name) const;
     [[nodiscard]] bool isDock(uint32_t window) const;
-    /// The server's time of now. Drops events that are waiting on this connection.
+    /// The server's current time. Discards events that wait on this connection.
     [[nodiscard]] uint32_t time() const;
 
     xcb_connection_t* m_connection;

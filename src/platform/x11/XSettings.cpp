@@ -14,12 +14,13 @@ namespace {
 
 enum class SettingType : quint8 { number = 0, text = 1, color = 2 };
 
-/// Reads the property from its start. What goes beyond its end reads as nothing, and so does all after it.
+/// Reads the property from its beginning. A value that exceeds its end is empty, and so are all values after
+/// it.
 class SettingsReader {
 public:
     explicit SettingsReader(const QByteArray& property)
         : m_bytes(property), m_isBigEndian(!property.isEmpty() && property.front() == 1) {
-        // The byte order, padding and the serial number.
+        // Byte order, padding and serial number.
         take(8);
     }
 
@@ -33,7 +34,7 @@ public:
         return m_isBigEndian ? qFromBigEndian<T>(bytes.constData()) : qFromLittleEndian<T>(bytes.constData());
     }
 
-    /// Padded to whole words.
+    /// Bytes that are followed by padding to a multiple of four.
     QByteArray padded(quint32 size) {
         QByteArray bytes = take(size);
         take((4 - (qint64{size} % 4)) % 4);

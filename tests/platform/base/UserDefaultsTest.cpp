@@ -27,7 +27,7 @@ private Q_SLOTS:
     void valuesSurviveARestart() {
         int starts = 0;
         const auto restarted = [this, &starts](const QVariant& value) {
-            // Read from a copy: of a path that it knows, QSettings would give what it has in memory.
+            // Reads a copy, because QSettings caches the values of a file by its path.
             const QString copy = m_folder->filePath(QString::number(++starts));
             UserDefaults(m_path).setValue(key, value);
             QFile::copy(m_path, copy);
@@ -93,7 +93,7 @@ private Q_SLOTS:
         }
     }
 
-    /// The folder cannot be made while a file stands in its place.
+    /// The folder cannot be created while a file has its name.
     void failedWriteIsTriedAgain() {
         QFile obstacle(m_folder->filePath(u"new"_s));
         const QString other = u"other"_s;

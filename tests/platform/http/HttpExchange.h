@@ -4,7 +4,7 @@
 
 #include "platform/http/NetworkHttpClient.h"
 
-/// What the tests of the network client say over and over.
+/// Helpers for the tests of the network client.
 namespace tidemark {
 
 inline NetworkHttpClient::Options loopbackOptions() {
@@ -31,7 +31,7 @@ inline HttpResult send(HttpClient& client, HttpRequest request, std::stop_token 
     return QCoro::waitFor(client.send(std::move(request), std::move(stop)));
 }
 
-/// For the failure message.
+/// The result as text for failure messages.
 inline QString summary(const HttpResult& result) {
     return result ? QStringLiteral("%1, %2 bytes").arg(result->status).arg(result->body.size())
                   : description(result.error());

@@ -24,12 +24,12 @@ QByteArray deflated(const QByteArray& body) {
     return qCompress(body, 9).sliced(4);
 }
 
-/// Closes the connection without a word.
+/// Closes the connection without an answer.
 void reset(QTcpSocket& socket, const QByteArray& /*request*/) {
     socket.abort();
 }
 
-/// Writes `start`, and then `drop` again and again.
+/// Writes `start`, and then `drop` repeatedly.
 Script drips(const QByteArray& start, const QByteArray& drop) {
     return [start, drop](QTcpSocket& socket, const QByteArray&) {
         socket.write(start);
@@ -63,7 +63,7 @@ private Q_SLOTS:
                                 const QByteArray& body) {
             QTest::newRow(name) << script << answered(status, body);
         };
-        // Those that Qt has errors of its own for, and others.
+        // Statuses for which Qt has its own errors, and others.
         for (const int status : {200, 201, 302, 400, 403, 404, 410, 418, 429, 500, 503, 599}) {
             const QByteArray line = QByteArray::number(status) + " Word";
             arrives(line, writes(answer(line, "{\"error\": 1}", "")), status, "{\"error\": 1}");
@@ -91,7 +91,7 @@ private Q_SLOTS:
               connectionLost);
         fails("closed at once", closes(""), connectionLost);
         fails("reset", reset, connectionLost);
-        // Qt does not tell this from a connection that was lost.
+        // Qt does not distinguish this from a lost connection.
         fails("another protocol", writes("220 mail.example ESMTP\r\n"), connectionLost);
     }
 
@@ -122,7 +122,7 @@ private Q_SLOTS:
         }
     }
 
-    /// The server closes as soon as the second request comes in, as one does whose patience just ran out.
+    /// The server closes the connection when the second request arrives, like one that has just timed out.
     void getSurvivesAClosedKeptAliveConnection() {
         int count = 0;
         MisbehavingServer server([&count](QTcpSocket& socket, const QByteArray&) {
@@ -146,7 +146,7 @@ private Q_SLOTS:
             return send(client, get(server.url())) == answered(200, "x") ? server.connectionCount() : -1;
         };
         QCOMPARE(connections(), 1);
-        path.suspended += 1ms;  // the clocks were not read at the same time
+        path.suspended += 1ms;  // the two clocks are not read at the same time
         QCOMPARE(connections(), 1);
         path.suspended += 1min;
         QCOMPARE(connections(), 2);
@@ -154,7 +154,7 @@ private Q_SLOTS:
         QCOMPARE(connections(), 3);
         QCOMPARE(connections(), 3);
 
-        // Who waits for an answer goes on waiting.
+        // Pending requests are not affected.
         QPointer<QTcpSocket> late;
         MisbehavingServer slow([&late](QTcpSocket& socket, const QByteArray&) { late = &socket; });
         {

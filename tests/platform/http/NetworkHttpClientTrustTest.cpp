@@ -17,7 +17,7 @@ namespace {
 
 const HttpResult refusal = failed(TransportError::insecure);
 
-/// A private key and a certificate for it, which nobody signed but itself. Made anew for each run.
+/// A private key with a self-signed certificate, generated for each run.
 QSslConfiguration selfSigned(QTemporaryDir& folder) {
     const QString key = folder.filePath(u"key.pem"_s);
     const QString certificate = folder.filePath(u"certificate.pem"_s);
@@ -63,7 +63,7 @@ private Q_SLOTS:
         QVERIFY(send(client, start) == refusal);
         location = "Location: file:///etc/hostname\r\n";
         QVERIFY(send(client, start) == refusal);
-        location = "Location: /start\r\n";  // in circles
+        location = "Location: /start\r\n";  // a loop
         const qsizetype before = server.requests().size();
         QVERIFY(send(client, start) == asItIs);
         QVERIFY(server.requests().size() <= before + 11);
@@ -119,7 +119,7 @@ private Q_SLOTS:
         QCOMPARE(server.connectionCount(), 0);
     }
 
-    /// HTTP/1.1 even when the server prefers its successor, and no way back to plain.
+    /// HTTP/1.1 even when the server prefers HTTP/2, and no redirect to plain http.
     void tlsIsTakenSeriously() {
         QTemporaryDir folder;
         QSslConfiguration tls = selfSigned(folder);
@@ -150,7 +150,7 @@ private Q_SLOTS:
         QCOMPARE(plain.connectionCount(), 0);
     }
 
-    /// The proxy sees the way to other machines, without the token, and nothing of what stays on this one.
+    /// The proxy gets requests to other machines, without their token, and none to this machine.
     void systemProxyIsUsed() {
         MisbehavingServer proxy(MisbehavingServer::writesAndCloses(MisbehavingServer::answer(
             "407 Who", "", "Proxy-Authenticate: Basic realm=\"x\"\r\nConnection: close\r\n")));
@@ -172,9 +172,9 @@ private Q_SLOTS:
             QVERIFY(!seen.contains("secret"));
     }
 
-    /// With the name and password of the proxy's address, from the first request on.
+    /// The first request already contains the name and password from the proxy's address.
     void proxyIsTheUsersOwn_data() {
-        QTest::addColumn<bool>("staysOpen");  // after it has asked who it is
+        QTest::addColumn<bool>("staysOpen");  // after its request for credentials
         QTest::newRow("on one connection") << true;
         QTest::newRow("on another connection") << false;
     }

@@ -18,11 +18,11 @@ namespace tidemark::realkeyring {
 
 using namespace Qt::StringLiterals;
 
-/// Stands in for the program that asks the user for the keyring's password. The user declines.
+/// Replaces the program that asks the user for the password of the keyring. The user declines.
 class Prompter final : public QDBusVirtualObject {
 public:
     std::atomic<int> count = 0;
-    /// What happens in place of an answer.
+    /// Called instead of an answer.
     std::function<void()> onPrompt;
 
     void appear() {
@@ -44,7 +44,7 @@ public:
     }
 };
 
-/// A password on its way to the service, in a session without encryption.
+/// A secret in the format of the service, in a session without encryption.
 struct Secret {
     QDBusObjectPath session;
     QByteArray parameters;
@@ -65,7 +65,7 @@ struct Secret {
     }
 };
 
-/// What the service answers to a method of its main object.
+/// The service's answer to a method of its main object.
 inline QVariantList callService(const QString& method, const QVariantList& arguments,
                                 const QString& interface = u"org.freedesktop.Secret.Service"_s) {
     auto message = QDBusMessage::createMethodCall(u"org.freedesktop.secrets"_s, u"/org/freedesktop/secrets"_s,
@@ -92,7 +92,7 @@ inline bool isLocked() {
     return answer.value(0).value<QDBusVariant>().variant().toBool();
 }
 
-/// As if the user had, somewhere else.
+/// Does this as if the user had done it in another program.
 inline void unlock() {
     qDBusRegisterMetaType<Secret>();
     const QVariant plain = QVariant::fromValue(QDBusVariant(QString()));
@@ -104,7 +104,7 @@ inline void unlock() {
                 u"org.gnome.keyring.InternalUnsupportedGuiltRiddenInterface"_s);
 }
 
-/// Starts the keyring of the session, unlocked. The first start makes it.
+/// Starts the session's keyring, unlocked. The first start creates it.
 inline void start(QProcess& daemon) {
     daemon.setProcessChannelMode(QProcess::ForwardedErrorChannel);
     daemon.start(u"gnome-keyring-daemon"_s, {u"--unlock"_s, u"--components=secrets"_s, u"--foreground"_s});
@@ -115,7 +115,7 @@ inline void start(QProcess& daemon) {
     QTRY_VERIFY(defaultCollection().path().size() > 1);
 }
 
-/// Gives it no chance to say good-bye.
+/// Kills the keyring, so that it cannot clean up.
 inline void kill(QProcess& daemon) {
     daemon.kill();
     QVERIFY(daemon.waitForFinished(hangLimit));

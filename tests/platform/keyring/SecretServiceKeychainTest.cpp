@@ -23,7 +23,7 @@ KeychainQuery query(std::optional<bool> synchronizable) {
     return {.service = u"com.tidemark"_s, .account = account, .synchronizable = synchronizable};
 }
 
-/// Runs `body` on a worker thread, and this thread's event loop meanwhile.
+/// Runs `body` on a worker thread while this thread runs its event loop.
 template <typename Body>
 auto onWorker(Body body) {
     decltype(body()) result{};
@@ -144,11 +144,11 @@ private Q_SLOTS:
             realkeyring::kill(m_daemon);
             realkeyring::start(m_daemon);
         }
-        // Not one a round; threads that are about to end have some, too.
+        // Fewer than one per round. Threads that are about to end have open descriptors, too.
         QTRY_VERIFY(openDescriptors() < before + 2);
     }
 
-    /// In another process, since this one has its connection to the bus already.
+    /// Runs in another process, because this one is connected to the bus already.
     void withoutAKeyringNothingIsFound() {
         QTemporaryDir folder;
         QFile settings(folder.filePath(u"bus.conf"_s));
@@ -183,7 +183,7 @@ private Q_SLOTS:
         const auto watcher = keychain.makeWatcher();
         const QSignalSpy seen(watcher.get(), &KeychainWatcher::mayBeReadable);
         realkeyring::lock();
-        // What is locked brings up no question: long enough for the watcher to have asked.
+        // A locked collection causes no prompt. The wait is long enough for the watcher to have asked.
         QTest::qWait(200);
         QCOMPARE(seen.size(), 0);
         realkeyring::unlock();
@@ -208,7 +208,7 @@ private Q_SLOTS:
         QCOMPARE(onWorker(lookUp), std::nullopt);
         QCOMPARE(m_prompter.count, 2);
 
-        // Asked on behalf of nobody in particular, as long as nobody has declined.
+        // Prompts are shown until one is declined.
         SecretServiceKeychain other;
         other.beginSession(Keychain::Prompting::unlessDeclined);
         QCOMPARE(onWorker([&other] { return other.copyMatching(query(true)); }), std::nullopt);

@@ -27,10 +27,20 @@ private Q_SLOTS:
         QVERIFY(login.unregisterItem());
         QCOMPARE(login.status(), Status::notRegistered);
         QVERIFY(!QFile::exists(m_entry));
-        // What is there and does not work is replaced.
-        write("[Desktop Entry]\nExec=/nowhere/tidemark\nHidden=true\n");
-        QVERIFY(login.registerItem());
-        QCOMPARE(login.status(), Status::enabled);
+    }
+
+    void brokenEntriesAreRepaired() {
+        auto login = item();
+        const QByteArray edited = "[Desktop Entry]\n# Later\nX-GNOME-Autostart-Delay=9\n";
+        for (const QByteArray& broken :
+             {edited + "Exec=/nowhere/tidemark\nHidden=true\n", edited + "TryExec=/nowhere/tidemark\n",
+              QByteArray("Not a key file\n")}) {
+            write(broken);
+            QVERIFY(login.registerItem());
+            QCOMPARE(login.status(), Status::enabled);
+            // The user's own lines stay.
+            QCOMPARE(read().startsWith(edited), broken.startsWith(edited));
+        }
     }
 
     void programIsQuoted_data() {
@@ -51,9 +61,7 @@ private Q_SLOTS:
         QVERIFY(QFile::link(u"/bin/sh"_s, program));
         auto login = item(program);
         QVERIFY(login.registerItem());
-        QFile file(m_entry);
-        QVERIFY(file.open(QIODevice::ReadOnly));
-        const QByteArray entry = file.readAll();
+        const QByteArray entry = read();
         QVERIFY2(entry.contains("\nExec=\"" + m_folder->path().toUtf8() + '/' + exec + "\"\n"), entry);
         QCOMPARE(login.status(), Status::enabled);
         QVERIFY(QFile::remove(program));
@@ -88,6 +96,10 @@ private Q_SLOTS:
 private:
     [[nodiscard]] AutostartLoginItem item(const QString& program = u"/bin/sh"_s) const {
         return {QFileInfo(m_entry).path(), u"com.tidemark.Tidemark"_s, u"Tidemark"_s, program};
+    }
+    [[nodiscard]] QByteArray read() const {
+        QFile file(m_entry);
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
     }
     void write(const QByteArray& entry) const {
         QDir().mkpath(QFileInfo(m_entry).path());

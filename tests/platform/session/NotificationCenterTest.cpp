@@ -12,7 +12,7 @@ using namespace Qt::StringLiterals;
 const QString actionInvoked = u"ActionInvoked"_s;
 const QString notificationClosed = u"NotificationClosed"_s;
 
-/// The title comes back with a click.
+/// A request whose user info contains the title.
 NotificationRequest titled(const QString& title) {
     return {.identifier = u"id-"_s + title,
             .title = title,
@@ -92,7 +92,7 @@ private Q_SLOTS:
         FakeNotificationService stranger;
         stranger.emitSignal(actionInvoked, {1U, u"default"_s});
         stranger.emitSignal(notificationClosed, {1U, 2U});
-        stranger.appear();  // waits for the bus, so the signals are on their way
+        stranger.appear();  // waits for the bus, which then has passed on the signals
         m_service->appear();
         m_service->emitSignal(notificationClosed, {77U, 2U});
         for (const auto& arguments : {QVariantList{1U, u"reply"_s}, {1, u"default"_s}, {u"1"_s}, {}})
@@ -107,7 +107,7 @@ private Q_SLOTS:
         show(titled(u"two"_s));
         m_service->early = {{notificationClosed, {3U, 2U}}, {actionInvoked, {3U, u"default"_s}}};
         show(titled(u"three"_s));
-        // Whatever came early has been looked at when a later click arrives.
+        // Early signals have been handled when a later click arrives.
         m_service->emitSignal(actionInvoked, {1U, u"default"_s});
         QTRY_COMPARE(m_clicks.count(u"one"_s), 1);
         QCOMPARE(m_clicks.count(u"two"_s), 1);
@@ -130,7 +130,7 @@ private Q_SLOTS:
         m_service = std::make_unique<FakeNotificationService>();
         m_service->appear();
         m_service->capabilities = QStringList{u"actions"_s, u"body-markup"_s};
-        // Its numbers begin again, and the first is another program's.
+        // The new service counts its ids from 1 again, and gives the first one to another program.
         m_service->nextId = 2;
         m_service->emitSignal(actionInvoked, {1U, u"default"_s});
         show(titled(u"two"_s));
@@ -147,7 +147,7 @@ private Q_SLOTS:
         QTest::qWait(50);
         QVERIFY2(m_service->callCount <= 500, qPrintable(QString::number(m_service->callCount)));
 
-        // Once it is gone there is room again for its successor's.
+        // When the service is gone, notifications are sent to its successor again.
         m_service = std::make_unique<FakeNotificationService>();
         m_service->appear();
         const auto isShown = [this] {
@@ -157,12 +157,23 @@ private Q_SLOTS:
         QTRY_VERIFY(isShown());
     }
 
+    void silentServiceDoesNotHoldUpTheEnd() {
+        m_service->isSilent = true;
+        m_center->add(titled(u"lost"_s));
+        QTRY_VERIFY(m_service->callCount > 0);
+        bool hasLoopRun = false;
+        QMetaObject::invokeMethod(this, [&hasLoopRun] { hasLoopRun = true; }, Qt::QueuedConnection);
+        m_center.reset();
+        QVERIFY(!hasLoopRun);
+        QTRY_VERIFY(hasLoopRun);
+    }
+
     void tellsWhatNobodyShowed() {
         int dropped = 0;
         const auto add = [this, &dropped] { m_center->add(titled(u"one"_s), [&dropped] { ++dropped; }); };
         add();
         QTRY_COMPARE(m_service->notifications.size(), 1);
-        // It dies before it has answered.
+        // The service exits before it has answered.
         m_service->isSilent = true;
         const int before = m_service->callCount;
         add();
@@ -180,25 +191,25 @@ private Q_SLOTS:
     void forgetsTheOldestOfMany() {
         for (int shown = 1; shown <= 600; ++shown) {
             m_center->add(titled(QString::number(shown)));
-            // The answers to one batch may still be on their way with the next: together fewer than may be.
+            // Some answers to one batch may be pending during the next. Two batches are fewer than the limit.
             if (shown % 200 == 0)
                 QTRY_COMPARE(m_service->notifications.size(), shown);
         }
         m_service->emitSignal(actionInvoked, {1U, u"default"_s});
         click(600);
-        // What is posted at once may be shown in another order.
+        // Notifications that are posted together may be shown in another order.
         QCOMPARE(m_clicks, QStringList{m_service->notifications.constLast().at(3).toString()});
     }
 
 private:
-    /// Posts and waits until it is shown.
+    /// Posts a notification and waits until it is shown.
     void show(const NotificationRequest& request) {
         const qsizetype before = m_service->notifications.size();
         m_center->add(request);
         QVERIFY(QTest::qWaitFor([&] { return m_service->notifications.size() > before; }, hangLimit));
     }
 
-    /// Waits for the click, and so for every signal that was sent before.
+    /// Clicks and waits until the click and all earlier signals have been handled.
     void click(uint id) {
         const qsizetype before = m_clicks.size();
         m_service->emitSignal(actionInvoked, {id, u"default"_s});
@@ -207,9 +218,9 @@ private:
 
     std::unique_ptr<FakeNotificationService> m_service;
     std::unique_ptr<DBusNotificationCenter> m_center;
-    /// What came back with each click.
+    /// The title of each notification that was clicked.
     QStringList m_clicks;
-    /// What the environment had for the last one.
+    /// The activation token in the environment during the last click.
     QByteArray m_token;
 };
 

@@ -39,7 +39,7 @@ public:
         }
         return QString::fromUtf8(m_process.readLine()).trimmed();
     }
-    /// The process stays and answers nobody.
+    /// Suspends the process, so that it does not answer.
     void stop() {
         ::kill(pid(), SIGSTOP);
         m_isStopped = true;

@@ -21,7 +21,7 @@ class SoundPlayerTest final : public QObject {
 
 private Q_SLOTS:
     void initTestCase() {
-        // Clients of sound servers leave cookies and caches.
+        // Clients of sound servers write cookies and caches into these folders.
         for (const char* folder : {"HOME", "XDG_CONFIG_HOME", "XDG_CACHE_HOME", "XDG_RUNTIME_DIR"})
             qputenv(folder, m_home.path().toUtf8());
         m_threadsBefore = threadCount();
@@ -39,7 +39,7 @@ private Q_SLOTS:
     }
 
     void silentServerHoldsUpNobody() {
-        QLocalServer server;  // takes connections and never says a word
+        QLocalServer server;  // accepts connections and never answers
         QVERIFY(server.listen(m_home.filePath(u"native"_s)));
         qputenv("CANBERRA_DRIVER", "pulse");
         qputenv("PULSE_SERVER", "unix:" + server.fullServerName().toUtf8());
@@ -51,7 +51,8 @@ private Q_SLOTS:
         for (int round = 0; round < 50; ++round)
             for (const auto& name : {u"Sosumi"_s, u"glass"_s, u"complete"_s, u""_s, u"Glass"_s, u"Basso"_s})
                 player->play(name);
-        // The two that it knows, once each, one after the other. Hung up on, libcanberra connects once more.
+        // Each of the two known sounds once, one after the other. libcanberra reconnects once after each
+        // hang-up.
         auto playing = takeConnection();
         QTest::qWait(50);
         QVERIFY(!server.hasPendingConnections());

@@ -9,8 +9,8 @@ namespace {
 
 using namespace Qt::StringLiterals;
 
-/// What is handed to the desktop's opener. Here that only notes it, its token in front, and then goes on
-/// running for as long as its own file is there: whoever waits for it waits for ever.
+/// Replaces the desktop's opener by a script that records its activation token and argument. It then keeps
+/// running as long as its file exists, so a caller that waits for it hangs.
 class WorkspaceTest final : public QObject {
     Q_OBJECT
 

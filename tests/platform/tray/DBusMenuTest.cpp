@@ -138,7 +138,7 @@ void DBusMenuTest::panelsReadAndChoose() {
                              u"* Quit [Control+q]"_s};
     QVERIFY(reads(failed));
 
-    // Other entries while it is open are there when it is opened again.
+    // Other entries that are set while the menu is open appear when it is opened again.
     command("show");
     QVERIFY(reads(failed));
     menu.remove(1);
@@ -153,7 +153,7 @@ void DBusMenuTest::signalsOnlyWhatChanged() {
     m_item->setMenu(menu);
     menu.append(entry(u"c"_s, u"C"_s));
     m_item->setMenu(menu);
-    QCOMPARE(m_host->takeSignals(), QStringList());  // nobody has read anything yet
+    QCOMPARE(m_host->takeSignals(), QStringList());  // no panel has read the menu yet
     const int id = idOf(u"C"_s);
     m_item->setMenu(menu);
     QCOMPARE(m_host->takeSignals(), QStringList());
@@ -164,7 +164,7 @@ void DBusMenuTest::signalsOnlyWhatChanged() {
     m_item->setMenu(menu);
     QCOMPARE(m_host->takeSignals(), QStringList{layoutUpdated});
     QCOMPARE(idOf(u"C"_s), id);
-    // Another order is another layout; a changed text goes along.
+    // Another order is another layout. It is published with a changed text.
     menu.swapItemsAt(0, 1);
     menu[0].title = u"C!"_s;
     m_item->setMenu(menu);
@@ -186,14 +186,15 @@ void DBusMenuTest::agingTitlesAreToldWhenTheyAreSeen() {
     QCOMPARE(m_host->takeSignals(), QStringList());
 
     sendEvent({}, u"closed"_s);
-    // Other entries come, and panels that keep the texts of those they know are still told of this one.
+    // Panels may cache the texts of entries that they know, so this one is reported even when other entries
+    // come.
     ++minutes;
     m_item->setMenu({age, entry(u"new"_s, u"New"_s)});
     QCOMPARE(m_host->takeSignals(), QStringList{layoutUpdated});
     QCOMPARE(m_host->callMenu(about, {0}).arguments(), QVariantList{false});
     QCOMPARE(m_host->takeSignals(), QStringList{propertiesUpdated});
 
-    // While the menu is open somebody sees it.
+    // While the menu is open, the change is visible.
     ++minutes;
     m_item->setMenu({age, entry(u"new"_s, u"New"_s)});
     QCOMPARE(m_host->takeSignals(), QStringList{propertiesUpdated});
@@ -271,7 +272,7 @@ void DBusMenuTest::answersOnlyWhatIsAsked() {
     const auto label = m_host->callMenu(u"GetProperty"_s, {id, u"label"_s});
     QCOMPARE(label.arguments().value(0).value<QDBusVariant>().variant(), QVariant(u"A"_s));
 
-    // Errors, and neither crash nor silence, for what is not there.
+    // Calls for unknown entries are answered with errors.
     const QVariant data = QVariant::fromValue(QDBusVariant(0));
     const QList<std::pair<QString, QVariantList>> wrong{{u"GetLayout"_s, {77, -1, QStringList()}},
                                                         {u"GetProperty"_s, {77, u"label"_s}},
@@ -297,7 +298,7 @@ void DBusMenuTest::itemThatIsAMenuRefusesToBeActivated() {
     QCOMPARE(m_host->property(u"ItemIsMenu"_s), QVariant(true));
     QCOMPARE(m_host->callItem(u"Activate"_s, {1, 1}).errorName(),
              u"org.freedesktop.DBus.Error.UnknownMethod"_s);
-    // The panel opens it thereupon: nothing of ours appears, without which this program could not go on.
+    // The panel opens the menu itself. A window of ours would crash this program, which has no screen.
     QCOMPARE(m_host->callMenu(about, {0}).arguments(), QVariantList{false});
     QTest::qWait(400);
 }

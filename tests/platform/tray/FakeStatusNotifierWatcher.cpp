@@ -48,7 +48,7 @@ void FakeStatusNotifierWatcher::RegisterStatusNotifierItem(const QString& servic
         --lapses;
     } else {
         m_items.append(service + u"/StatusNotifierItem"_s);
-        // As panels do.
+        // Panels read a new item at once.
         QDBusMessage read = QDBusMessage::createMethodCall(service, u"/StatusNotifierItem"_s,
                                                            u"org.freedesktop.DBus.Properties"_s, u"GetAll"_s);
         read << u"org.kde.StatusNotifierItem"_s;

@@ -7,8 +7,8 @@
 
 namespace tidemark {
 
-/// A panel's org.kde.StatusNotifierWatcher on a bus connection of its own. It may refuse or forget the first
-/// registrations, as real ones do while they load.
+/// A panel's org.kde.StatusNotifierWatcher on a bus connection of its own. It can refuse or forget the first
+/// registrations, as real watchers do while they load.
 class FakeStatusNotifierWatcher final : public QObject, protected QDBusContext {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "org.kde.StatusNotifierWatcher")
@@ -18,7 +18,7 @@ public:
     FakeStatusNotifierWatcher();
     ~FakeStatusNotifierWatcher() override;
 
-    /// Takes the watcher's name, from another watcher if need be.
+    /// Takes the watcher's name, also from another watcher.
     void appear();
 
     [[nodiscard]] QStringList items();

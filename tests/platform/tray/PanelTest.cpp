@@ -36,7 +36,7 @@ QImage screenshot() {
     return QImage::fromData(import.readAllStandardOutput(), "PPM").convertToFormat(QImage::Format_RGB32);
 }
 
-/// The middle of all pixels of that colour.
+/// The centre of all pixels of this colour.
 std::optional<QPoint> findColor(const QImage& image, const QColor& color) {
     QRect found;
     for (int y = 0; y < image.height(); ++y) {
@@ -48,7 +48,7 @@ std::optional<QPoint> findColor(const QImage& image, const QColor& color) {
     return found.isNull() ? std::nullopt : std::optional(found.center());
 }
 
-/// The item in a panel that ordinary users run: on the screen, not only on the bus.
+/// The item in a real panel, as seen on the screen.
 class PanelTest final : public QObject {
     Q_OBJECT
 
@@ -66,11 +66,11 @@ private:
     void startPanel();
     void stopPanel();
     void createItem();
-    /// Lets the event loop run until the dot is on the screen, and gives its place.
+    /// Runs the event loop until the dot is on the screen, and gives its place.
     [[nodiscard]] static std::optional<QPoint> waitForDot(const QColor& color = dotColor);
     [[nodiscard]] static bool waitUntilGone(const QColor& color = dotColor);
-    /// Clicks on the dot, and has xdotool go on with that, until it is done; gives the place of the last
-    /// click.
+    /// Clicks on the dot, followed by the xdotool commands `afterwards`, until `isDone`. Gives the place of
+    /// the last click.
     static std::optional<QPoint> clickUntil(const std::function<bool()>& isDone,
                                             const QStringList& afterwards = {});
 
@@ -99,7 +99,7 @@ void PanelTest::startPanel() {
 void PanelTest::stopPanel() {
     m_panel.kill();
     m_panel.waitForFinished(hangLimit);
-    // The tray lives in a process of its own, which notices a little later.
+    // The tray is in another process, which exits a little later.
     QTRY_VERIFY(
         !QDBusConnection::sessionBus().interface()->isServiceRegistered(u"org.kde.StatusNotifierWatcher"_s));
 }
@@ -136,7 +136,7 @@ std::optional<QPoint> PanelTest::clickUntil(const std::function<bool()>& isDone,
                                             const QStringList& afterwards) {
     const QDeadlineTimer deadline(hangLimit);
     std::optional<QPoint> dot;
-    // Until the panel has settled the icon may still move; a click that missed it is repeated.
+    // The icon may move until the panel has started, so a click that misses it is repeated.
     while (!isDone() && !deadline.hasExpired()) {
         dot = waitForDot();
         if (dot) {

@@ -49,7 +49,7 @@ void StatusIconTest::pixmapsAreSquareAndInNetworkOrder() {
         sizes.append(pixmap.width);
         QCOMPARE(pixmap.height, pixmap.width);
         QCOMPARE(pixmap.bytes.size(), qsizetype(4) * pixmap.width * pixmap.height);
-        // The colour as it was, not scaled by its alpha.
+        // The colour is not premultiplied.
         QCOMPARE(pixmap.bytes.first(4).toHex(), QByteArray("80102030"));
     }
     QCOMPARE(sizes, (QList<int>{16, 22, 24, 32, 44, 48, 64}));
@@ -69,7 +69,7 @@ void StatusIconTest::dotStandsOffInTheCorner() {
     const int diameter = qRound(size * 0.46);
     QCOMPARE(icon.pixelColor(center, center), dot);
     QVERIFY(icon.pixelColor(center, size - diameter).green() > 0x80);
-    // Between dot and image lies a ring that lets the panel through, and beyond it the image is whole.
+    // A transparent ring separates the dot from the image. The image outside of the ring is complete.
     QVERIFY(icon.pixelColor(center, size - diameter - 1).alpha() < 0x80);
     QCOMPARE(icon.pixelColor(size / 4, size / 4), QColor(Qt::blue));
     QCOMPARE(icon.pixelColor(size - 1, size / 4), QColor(Qt::blue));

@@ -11,7 +11,7 @@
 
 namespace tidemark {
 
-/// What a panel sees of one item and its menu, over a bus connection of its own.
+/// A panel that reads one item and its menu over a bus connection of its own.
 class StatusNotifierHost final : public QObject {
     Q_OBJECT
 
@@ -41,7 +41,7 @@ public:
     [[nodiscard]] QString toolTipTitle() const {
         return qdbus_cast<StatusToolTip>(property(QStringLiteral("ToolTip"))).title;
     }
-    /// Signals since the last time, in order, after everything in flight has arrived.
+    /// Waits for all signals that were sent, and gives the names of those since the last call, in order.
     QStringList takeSignals() {
         QCoreApplication::processEvents();
         static_cast<void>(property(QStringLiteral("Id")));

@@ -1,21 +1,16 @@
 #include <sys/prctl.h>
 
 #include <QDBusConnection>
-#include <QDBusConnectionInterface>
 #include <QDBusMessage>
 #include <QDBusVariant>
 #include <QFileInfo>
 #include <QProcess>
-#include <QSignalSpy>
 #include <array>
-#include <optional>
 
-#include "platform/tray/DBusStatusBar.h"
 #include "platform/tray/DBusStatusItem.h"
-#include "platform/tray/StatusNotifierRegistration.h"
 #include "tests/TestProgram.h"
-#include "tests/platform/tray/FakeStatusNotifierWatcher.h"
 #include "tests/platform/tray/StatusNotifierHost.h"
+#include "tests/platform/tray/TrayScene.h"
 
 namespace tidemark {
 
@@ -27,7 +22,7 @@ StatusImage square(const QColor& color) {
     return {QSizeF(16, 16), false, [color](QPainter& painter) { painter.fillRect(0, 0, 16, 16, color); }};
 }
 
-/// Has this process, which is the watcher's, pass for another one.
+/// Renames this process, which owns the watcher, to look like another one.
 class ProcessName {
 public:
     explicit ProcessName(const char* name) {
@@ -44,17 +39,13 @@ private:
     std::array<char, 16> m_former{};
 };
 
-class StatusNotifierTest final : public QObject {
+/// An item on the bus, as panels see it.
+class StatusNotifierTest final : public QObject, protected TrayScene {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init();
-    void cleanup();
-    void registersWithEveryWatcher_data();
-    void registersWithEveryWatcher();
-    void itemsKeepTheirOrder();
-    void asksAgainAWatcherThatDidNotTakeIt_data();
-    void asksAgainAWatcherThatDidNotTakeIt();
+    void init() { setUp(); }
+    void cleanup() { tearDown(); }
     void answersWhatPanelsRead();
     void textsComeFromLabelAndToolTip_data();
     void textsComeFromLabelAndToolTip();
@@ -65,122 +56,8 @@ private Q_SLOTS:
     void hasAMenuWhereItIsNeeded();
     void indicatorsGetAnEntryAndAFile();
     void actionMayDropTheItem();
-    void aPanelIsKnownByWhatItReads();
-    void droppedItemLeavesTheBus();
     void survivesTheEndOfTheBus();
-
-private:
-    void createItem(const QString& id = u"tidemark"_s);
-
-    std::unique_ptr<FakeStatusNotifierWatcher> m_watcher;
-    std::unique_ptr<DBusStatusBar> m_bar;
-    std::unique_ptr<StatusItem> m_item;
-    QString m_service;
 };
-
-void StatusNotifierTest::init() {
-    m_watcher = std::make_unique<FakeStatusNotifierWatcher>();
-    m_bar = std::make_unique<DBusStatusBar>(u"Tidemark"_s);
-    m_service = u"org.kde.StatusNotifierItem-%1-1"_s.arg(QCoreApplication::applicationPid());
-}
-
-void StatusNotifierTest::cleanup() {
-    m_item.reset();
-    m_bar.reset();
-    m_watcher.reset();
-    // Names go asynchronously; the next test uses the same ones.
-    auto* bus = QDBusConnection::sessionBus().interface();
-    QTRY_VERIFY(!bus->isServiceRegistered(m_service));
-    QTRY_VERIFY(!bus->isServiceRegistered(u"org.kde.StatusNotifierWatcher"_s));
-}
-
-void StatusNotifierTest::createItem(const QString& id) {
-    m_item = m_bar->createStatusItem(id);
-    QVERIFY(m_item);
-    QTRY_VERIFY(QDBusConnection::sessionBus().interface()->isServiceRegistered(m_service));
-}
-
-void StatusNotifierTest::registersWithEveryWatcher_data() {
-    QTest::addColumn<QString>("steps");
-    QTest::newRow("watcher first") << "wi";
-    QTest::newRow("watcher last") << "iw";
-    QTest::newRow("watcher comes back") << "wi-w";
-    QTest::newRow("another watcher takes over") << "wir";
-    QTest::newRow("long without a watcher") << "iw-w-w";
-}
-
-void StatusNotifierTest::registersWithEveryWatcher() {
-    QFETCH(QString, steps);
-    const QStringList expected{m_service + u"/StatusNotifierItem"_s};
-    for (const QChar step : steps) {
-        if (step == u'i') {
-            createItem();
-        } else if (step == u'w') {
-            m_watcher = std::make_unique<FakeStatusNotifierWatcher>();
-            m_watcher->appear();
-        } else if (step == u'-') {
-            QTRY_COMPARE(m_watcher->items(), expected);
-            m_watcher.reset();
-        } else {
-            QTRY_COMPARE(m_watcher->items(), expected);
-            auto successor = std::make_unique<FakeStatusNotifierWatcher>();
-            successor->appear();
-            m_watcher = std::move(successor);
-        }
-    }
-    QTRY_COMPARE(m_watcher->items(), expected);
-    QCOMPARE(m_watcher->registrations, 1);
-}
-
-void StatusNotifierTest::itemsKeepTheirOrder() {
-    StatusNotifierQueue queue;
-    QList<int> places;
-    for (int i = 0; i < 4; ++i)
-        places.append(queue.takePlace());
-    QList<int> order;
-    for (const int i : {2, 0, 3, 1}) {
-        queue.enqueue(queue, places.at(i), [&order, &queue, i] {
-            order.append(i);
-            queue.noteRead();
-        });
-    }
-    QTRY_COMPARE(order, (QList{0, 1, 2, 3}));
-}
-
-void StatusNotifierTest::asksAgainAWatcherThatDidNotTakeIt_data() {
-    QTest::addColumn<int>("refusals");
-    QTest::addColumn<int>("lapses");
-    QTest::addColumn<int>("registrations");
-    QTest::addColumn<int>("listReads");
-    QTest::newRow("all is well") << 0 << 0 << 1 << 1;
-    QTest::newRow("refused twice") << 2 << 0 << 3 << 1;
-    QTest::newRow("forgotten once") << 0 << 1 << 2 << 2;
-    QTest::newRow("refused for ever") << 1000 << 0 << 6 << 0;
-    QTest::newRow("forgotten for ever") << 0 << 1000 << 6 << 6;
-}
-
-void StatusNotifierTest::asksAgainAWatcherThatDidNotTakeIt() {
-    QFETCH(int, refusals);
-    QFETCH(int, lapses);
-    QFETCH(int, registrations);
-    QFETCH(int, listReads);
-    m_watcher->refusals = refusals;
-    m_watcher->lapses = lapses;
-    m_watcher->appear();
-    const QDBusConnection bus = QDBusConnection::connectToBus(QDBusConnection::SessionBus, u"item"_s);
-    {
-        using namespace std::chrono_literals;
-        StatusNotifierRegistration registration(
-            bus, bus.baseService(), std::make_shared<StatusNotifierQueue>(), [](TrayHost) {}, 2ms);
-        QTRY_COMPARE(m_watcher->registrations, registrations);
-        QTRY_COMPARE(m_watcher->listReads, listReads);
-        // Longer than the longest of the waits between attempts.
-        QTest::qWait(150);
-        QCOMPARE(m_watcher->registrations, registrations);
-        QCOMPARE(m_watcher->listReads, listReads);
-    }
-    QDBusConnection::disconnectFromBus(u"item"_s);
-}
 
 void StatusNotifierTest::answersWhatPanelsRead() {
     createItem(u"tidemark-prj_1"_s);
@@ -257,7 +134,7 @@ void StatusNotifierTest::signalsOnlyWhatAPanelWouldSee() {
     m_item->setToolTip(QString());
     m_item->setImage(square(Qt::cyan));
     m_item->setImage(square(Qt::blue));
-    QCOMPARE(host.takeSignals(), QStringList());  // the same again at the end of the turn
+    QCOMPARE(host.takeSignals(), QStringList());  // unchanged at the end of the turn
 
     m_item->setImage(square(Qt::cyan));
     m_item->setDot(Qt::green);
@@ -311,7 +188,7 @@ void StatusNotifierTest::hasAMenuWhereItIsNeeded() {
     QCOMPARE(all().contains(u"Menu"_s), isNeeded);
     QCOMPARE(host.property(u"Menu"_s).isValid(), isNeeded);
     QCOMPARE(all().size(), isNeeded ? 16 : 15);
-    // An item that is its menu has it everywhere.
+    // An item that is only a menu has it in every tray.
     m_item->setMenu({{.identifier = u"a"_s, .title = u"a"_s}});
     QVERIFY(all().contains(u"Menu"_s));
 }
@@ -325,7 +202,7 @@ void StatusNotifierTest::indicatorsGetAnEntryAndAFile() {
     m_item->setImage(square(Qt::green));
     QTRY_COMPARE(m_watcher->registrations, 1);
     StatusNotifierHost host(m_service);
-    // A tray that is slow reads all at once, after a change.
+    // A slow tray reads everything at once, after a change.
     m_item->setImage(square(Qt::blue));
     QCoreApplication::processEvents();
     QCOMPARE(host.allProperties().type(), QDBusMessage::ReplyMessage);
@@ -373,33 +250,6 @@ void StatusNotifierTest::actionMayDropTheItem() {
     QCOMPARE(host.callItem(u"Activate"_s, {1, 1}).type(), QDBusMessage::ReplyMessage);
     QTRY_COMPARE(*marker, 1);
     QVERIFY(!m_item);
-}
-
-void StatusNotifierTest::aPanelIsKnownByWhatItReads() {
-    // A watcher alone shows nothing.
-    m_watcher->lapses = 1;
-    m_watcher->appear();
-    createItem();
-    QTRY_COMPARE(m_watcher->registrations, 1);
-    QVERIFY(!m_bar->hasHost());
-    m_watcher = std::make_unique<FakeStatusNotifierWatcher>();
-    m_watcher->appear();
-    QTRY_VERIFY(m_bar->hasHost());
-    m_watcher.reset();
-    QVERIFY(m_bar->hasHost());
-}
-
-void StatusNotifierTest::droppedItemLeavesTheBus() {
-    m_watcher->appear();
-    createItem();
-    const auto other = m_bar->createStatusItem(u"tidemark-prj_1"_s);
-    QTRY_COMPARE(m_watcher->registrations, 2);
-    auto* bus = QDBusConnection::sessionBus().interface();
-    const qsizetype names = bus->registeredServiceNames().value().size();
-    m_item.reset();
-    QTRY_VERIFY(!bus->isServiceRegistered(m_service));
-    // Its connection is closed as well: two names less.
-    QTRY_COMPARE(bus->registeredServiceNames().value().size(), names - 2);
 }
 
 void StatusNotifierTest::survivesTheEndOfTheBus() {

@@ -5,7 +5,7 @@ namespace tidemark {
 namespace {
 
 constexpr QSize popoverSize(300, 400);
-/// To the left of the primary screen and higher than it.
+/// A screen to the left of the primary one and higher than it.
 constexpr QRect otherScreen(-1000, -200, 1000, 800);
 constexpr QRect primaryScreen(0, 0, 1280, 800);
 
@@ -25,7 +25,7 @@ private Q_SLOTS:
                             const QRect& screen = primaryScreen) {
             QTest::newRow(name) << place << panel << screen << (screen - reserved) << size << expected;
         };
-        // Work area known.
+        // The work area is known.
         row("top", {600, 10}, {}, {0, 30, 0, 0}, {450, 30, 300, 400});
         row("bottom", {600, 790}, {}, {0, 0, 0, 30}, {450, 370, 300, 400});
         row("left", {10, 400}, {}, {40, 0, 0, 0}, {40, 200, 300, 400});
@@ -35,18 +35,18 @@ private Q_SLOTS:
         row("end of a left panel", {10, 790}, {}, {40, 0, 0, 0}, {40, 400, 300, 400});
         row("beside another panel", {1275, 5}, {}, {0, 30, 40, 0}, {940, 30, 300, 400});
         row("inside the area", {600, 35}, {}, {0, 30, 0, 0}, {450, 30, 300, 400});
-        // Nothing known but the click, which is half-way into the panel.
+        // Only the click is known, which is at the middle of the panel.
         row("thin", {600, 3}, {}, {}, {450, 32, 300, 400});
         row("middle", {600, 775}, {}, {}, {450, 352, 300, 400});
         row("far in", {600, 60}, {}, {}, {450, 64, 300, 400});
         row("side", {1260, 400}, {}, {}, {942, 200, 300, 400});
-        // The panel's window known; it may hide itself, or float.
+        // The panel's window is known. It may hide or float.
         row("panel", {600, 3}, {0, 0, 1280, 48}, {}, {450, 48, 300, 400});
         row("floating panel", {600, 770}, {200, 750, 900, 40}, {}, {450, 350, 300, 400});
         row("side panel", {3, 790}, {0, 0, 60, 800}, {}, {60, 400, 300, 400});
         row("small panel in a corner", {1270, 790}, {1240, 770, 40, 30}, {}, {980, 370, 300, 400});
         row("two panels", {600, 10}, {0, 0, 1280, 24}, {0, 50, 0, 0}, {450, 50, 300, 400});
-        // Too large.
+        // The popover is too large for the screen.
         row("too high", {600, 10}, {}, {0, 30, 0, 50}, {450, 30, 300, 720}, {300, 2000});
         row("too high above", {600, 790}, {}, {0, 0, 0, 30}, {0, 0, 1280, 770}, {2000, 2000});
         row("other screen", {-5, -190}, {}, {0, 24, 0, 0}, {-300, -176, 300, 400}, popoverSize, otherScreen);

@@ -3,8 +3,10 @@
 #include <QProcess>
 #include <QRasterWindow>
 #include <QSignalSpy>
+#include <QTimer>
 
 #include "platform/windows/Popover.h"
+#include "platform/x11/PointerPresses.h"
 #include "tests/TestProgram.h"
 
 namespace tidemark {
@@ -13,13 +15,13 @@ namespace {
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 
-/// A panel that no work area tells of, at the lower edge, and a window; both are another program's.
+/// A panel at the lower edge, which reserves no space, and a window. Both belong to another program.
 constexpr QRect panelArea(0, 750, 1280, 50);
 constexpr QPoint item(1000, 775);
 constexpr QRect otherArea(100, 100, 200, 200);
 constexpr QPoint desktop(600, 50);
 
-/// That program.
+/// Main function of that program.
 int showOthers() {
     QRasterWindow panel;
     constexpr int dock = 0x4;
@@ -40,13 +42,21 @@ bool xdotool(const QString& arguments) {
     return process.waitForFinished(hangLimit) && process.exitCode() == 0;
 }
 
-/// Of the window that has the focus, as the window manager says. Qt may be told of it a moment too early or
-/// too late: grabs look like losses.
+/// The title of the window that has the focus according to the window manager. Qt's own information is not
+/// reliable for a moment, because grabs look like a loss of the focus.
 QString activeTitle() {
     QProcess process;
     process.start(u"xdotool"_s, {u"getactivewindow"_s, u"getwindowname"_s});
     process.waitForFinished(hangLimit);
     return QString::fromUtf8(process.readAllStandardOutput()).trimmed();
+}
+
+/// Runs the event loop until a timer of that time has fired. Shorter timers have fired by then, even if the
+/// machine stalled meanwhile, which a wait by the clock would not guarantee.
+void letTimersFire(std::chrono::milliseconds time) {
+    bool isOver = false;
+    QTimer::singleShot(time, [&isOver] { isOver = true; });
+    QTRY_VERIFY(isOver);
 }
 
 void pointAt(QPoint place) {
@@ -65,8 +75,8 @@ protected:
     }
 };
 
-/// The popover against a real server and window manager. The panel's call is toggle(), with a place that is
-/// as wrong as some panels hand it over.
+/// Tests the popover with a real X server and window manager. The test calls toggle() in the panel's place,
+/// with a place that is as wrong as some panels report it.
 class PopoverTest final : public QObject {
     Q_OBJECT
 
@@ -99,7 +109,7 @@ private:
 void PopoverTest::initTestCase() {
     QGuiApplication::setQuitOnLastWindowClosed(false);
     m_windowManager.start(u"openbox"_s, QStringList());
-    // It says that it manages windows.
+    // Fails until the window manager is running.
     QTRY_VERIFY(xdotool(u"get_desktop"_s));
     m_others.start(QCoreApplication::applicationFilePath(), {u"PopoverTestOthers"_s});
     QTRY_COMPARE(activeTitle(), u"other"_s);
@@ -136,7 +146,7 @@ void PopoverTest::open() {
 }
 
 void PopoverTest::takesTheFocusAtThePanel() {
-    // The first time without, the second with earlier input of our own, from which Qt takes its time.
+    // In the second round, Qt knows the time of earlier input, which is older than the click.
     for (int round = 0; round < 2; ++round) {
         pointAt(otherArea.center());
         xdotool(u"click 1 key o"_s);
@@ -171,7 +181,7 @@ void PopoverTest::pressOutsideCloses() {
     toolTip.setTransientParent(m_content);
     toolTip.setGeometry(800, 400, 100, 40);
     toolTip.show();
-    QVERIFY(QTest::qWaitForWindowExposed(&toolTip));
+    QVERIFY(QTest::qWaitForWindowExposed(&toolTip, hangLimit));
     QSignalSpy closed(m_popover.get(), &Popover::closed);
     pointAt(place);
     xdotool(u"click %1"_s.arg(button));
@@ -179,7 +189,7 @@ void PopoverTest::pressOutsideCloses() {
         QTRY_COMPARE(closed.size(), 1);
         QVERIFY(!m_content->isVisible() && !toolTip.isVisible());
     } else {
-        // What comes after it has closed nothing either.
+        // The key press arrives after the click, which has closed nothing by then.
         xdotool(u"key x"_s);
         QTRY_COMPARE(typed(), u"x"_s);
     }
@@ -187,43 +197,48 @@ void PopoverTest::pressOutsideCloses() {
 }
 
 void PopoverTest::closingClickDoesNotReopen() {
-    for (const int held : {0, 1000}) {
+    for (const auto held : {0ms, 1000ms}) {
         open();
         xdotool(u"mousedown 1"_s);
         QTRY_VERIFY(!m_popover->isShown());
-        QTest::qWait(held);
+        letTimersFire(held);
         xdotool(u"mouseup 1"_s);
         m_popover->toggle(item);
         QVERIFY(!m_popover->isShown());
     }
-    // Another press is another click, though the panel told nothing of the first.
+    // Another press is another click, even if the panel has not reported the first.
     open();
     xdotool(u"click 1"_s);
     QTRY_VERIFY(!m_popover->isShown());
     xdotool(u"click 1"_s);
     m_popover->toggle(item);
     QVERIFY(m_popover->isShown());
-    // A call that comes before the press was heard of.
+    // The call may come before the press is read.
     QTRY_VERIFY(hasFocus());
     xdotool(u"click 1"_s);
     m_popover->toggle(item);
     QVERIFY(!m_popover->isShown());
-    // Long after the click it was none of it.
+    // A call long after the click belongs to another one.
     open();
+    const auto presses = PointerPresses::watch();
+    const QSignalSpy released(presses.get(), &PointerPresses::released);
     xdotool(u"click 1"_s);
+    QTRY_COMPARE(released.size(), 1);
     QTRY_VERIFY(!m_popover->isShown());
-    QTest::qWait(700);
+    letTimersFire(700ms);
     m_popover->toggle(item);
     QVERIFY(m_popover->isShown());
 }
 
 void PopoverTest::lossOfTheFocusCloses() {
     open();
+    // At once, because a click on a panel may have taken the focus, and then its call follows soon.
+    const QSignalSpy toggled(m_popover.get(), &Popover::closed);
+    connect(m_popover.get(), &Popover::closed, m_popover.get(), [this] { m_popover->toggle(item); });
     xdotool(u"search --name ^other$ windowactivate"_s);
-    QTRY_VERIFY(!m_popover->isShown());
-    // By a click on a panel that takes the focus, for all we know.
-    m_popover->toggle(item);
+    QTRY_COMPARE(toggled.size(), 1);
     QVERIFY(!m_popover->isShown());
+    m_popover->disconnect(m_popover.get());
     open();
     m_popover->close();
     // Nobody clicked.
@@ -233,7 +248,7 @@ void PopoverTest::lossOfTheFocusCloses() {
 
 void PopoverTest::keepsItsEdgeWhenItsSizeChanges() {
     open();
-    // As an animation does, with answers to one step coming after the next one was asked for.
+    // Like an animation, in which the reply to one step arrives after the request for the next one.
     for (int round = 0; round < 20; ++round) {
         for (int height = 400; height >= 200; height -= 50) {
             m_content->resize(300, height);
@@ -252,7 +267,7 @@ void PopoverTest::withoutAPlaceItIsAWindow() {
     QTRY_COMPARE(activeTitle(), u"Tidemark"_s);
     QTRY_VERIFY(!m_content->frameMargins().isNull());
     pointAt(otherArea.center());
-    // What the user did last, our own connection knows nothing of.
+    // Our own connection does not see the user's last action.
     xdotool(u"click 1 key o"_s);
     QTRY_COMPARE(activeTitle(), u"other"_s);
     QVERIFY(m_popover->isShown());
@@ -263,7 +278,7 @@ void PopoverTest::withoutAPlaceItIsAWindow() {
     m_popover->showAsWindow();
     m_popover->toggle(item);
     QVERIFY(!m_popover->isShown());
-    // Each form after the other.
+    // Anchored after ordinary.
     open();
     QVERIFY(m_content->frameMargins().isNull());
 }
