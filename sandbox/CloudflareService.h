@@ -2,8 +2,8 @@
 
 #include <QDate>
 
-#include "sandbox/Exchange.h"
 #include "sandbox/World.h"
+#include "sandbox/http/Exchange.h"
 
 namespace tidemark::sandbox {
 

@@ -2,10 +2,10 @@
 
 #include <QJsonObject>
 
-#include "sandbox/Exchange.h"
-#include "sandbox/Faults.h"
-#include "sandbox/RequestLog.h"
 #include "sandbox/World.h"
+#include "sandbox/http/Exchange.h"
+#include "sandbox/http/Faults.h"
+#include "sandbox/http/RequestLog.h"
 
 namespace tidemark::sandbox {
 

@@ -24,7 +24,7 @@ public:
     }
 
     /// 0 … `bound` - 1.
-    int below(int bound) { return bound <= 1 ? 0 : static_cast<int>(m_generator.bounded(bound)); }
+    int below(int bound) { return bound <= 1 ? 0 : m_generator.bounded(bound); }
     /// `low` … `high`.
     int between(int low, int high) { return low + below(high - low + 1); }
     /// 0 up to, but not, 1.
@@ -44,7 +44,8 @@ public:
 
 private:
     explicit Random(const std::array<quint64, 3>& seeds)
-        : m_generator(reinterpret_cast<const quint32*>(seeds.data()), 2 * seeds.size()) {}
+        : m_generator(reinterpret_cast<const quint32*>(seeds.data()),
+                      static_cast<qsizetype>(2 * seeds.size())) {}
 
     QRandomGenerator m_generator;
 };

@@ -2,9 +2,9 @@
 
 #include "sandbox/CloudflareService.h"
 #include "sandbox/ControlService.h"
-#include "sandbox/HttpServer.h"
 #include "sandbox/UpdateService.h"
 #include "sandbox/VercelService.h"
+#include "sandbox/http/HttpServer.h"
 
 using namespace Qt::StringLiterals;
 

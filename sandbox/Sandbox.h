@@ -6,11 +6,11 @@
 #include <memory>
 #include <mutex>
 
-#include "sandbox/Exchange.h"
-#include "sandbox/Faults.h"
 #include "sandbox/Records.h"
-#include "sandbox/RequestLog.h"
 #include "sandbox/World.h"
+#include "sandbox/http/Exchange.h"
+#include "sandbox/http/Faults.h"
+#include "sandbox/http/RequestLog.h"
 
 namespace tidemark::sandbox {
 

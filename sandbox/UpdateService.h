@@ -3,7 +3,7 @@
 #include <QString>
 #include <memory>
 
-#include "sandbox/Exchange.h"
+#include "sandbox/http/Exchange.h"
 
 namespace tidemark::sandbox {
 

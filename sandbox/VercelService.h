@@ -3,8 +3,8 @@
 #include <QByteArray>
 #include <QHash>
 
-#include "sandbox/Exchange.h"
 #include "sandbox/World.h"
+#include "sandbox/http/Exchange.h"
 
 namespace tidemark::sandbox {
 

@@ -94,6 +94,8 @@ FocusScope {
     }
 
     FocusRing {
+        visible: field.activeFocus && Navigation.byKeyboard
         radius: 7
+        strokeColor: DS.textMuted
     }
 }

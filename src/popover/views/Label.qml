@@ -1,10 +1,9 @@
 import QtQuick
+import Tidemark.Controls
 import Tidemark.Popover
 
 /// One line of text, as it is. It elides where it is given less width than it wants.
-Text {
-    textFormat: Text.PlainText
-    horizontalAlignment: Text.AlignLeft
+PlainText {
     elide: Text.ElideRight
     maximumLineCount: 1
     color: DS.text

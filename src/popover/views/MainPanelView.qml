@@ -100,9 +100,11 @@ FocusScope {
         }
     }
 
-    Hairline {
+    Divider {
         id: divider
 
+        color: DS.borderSoft
+        opacity: 0.4
         y: header.y + header.height + 9
         width: parent.width
     }
@@ -170,9 +172,11 @@ FocusScope {
         }
     }
 
-    Hairline {
+    Divider {
         id: lowerDivider
 
+        color: DS.borderSoft
+        opacity: 0.4
         anchors.top: content.bottom
         width: parent.width
     }

@@ -125,9 +125,11 @@ FocusScope {
         }
     }
 
-    Hairline {
+    Divider {
         id: divider
 
+        color: DS.borderSoft
+        opacity: 0.4
         anchors.top: content.bottom
         width: parent.width
     }

@@ -1,6 +1,7 @@
 pragma ComponentBehavior: Bound
 
 import QtQuick
+import Tidemark.Controls
 import Tidemark.Popover
 
 /// The popover: one of its screens on the dark backdrop.

@@ -59,5 +59,8 @@ Item {
 
     FocusRing {
         id: ring
+
+        visible: control.activeFocus && Navigation.byKeyboard
+        strokeColor: DS.textMuted
     }
 }

@@ -1,6 +1,5 @@
 import QtQuick
 import Tidemark.Controls
-import Tidemark.Popover
 
 /// The platform's own health.
 Dot {

@@ -1,10 +1,9 @@
 import QtQuick
+import Tidemark.Controls
 import Tidemark.Preferences
 
 /// Text of the desktop's size, as it is, in as many lines as it takes.
-Text {
-    textFormat: Text.PlainText
-    horizontalAlignment: Text.AlignLeft
+PlainText {
     wrapMode: Text.Wrap
     color: Theme.text
     font.pixelSize: Theme.bodySize

@@ -2,6 +2,7 @@ pragma ComponentBehavior: Bound
 
 import QtQuick
 import QtQuick.Templates as T
+import Tidemark.Controls
 import Tidemark.Preferences
 
 /// A line of text to edit. A masked one keeps to itself what it holds, and from none that holds a token or an

@@ -1,12 +1,13 @@
 import QtQuick
+import Tidemark.Controls
 import Tidemark.Preferences
 
-/// Around the control that the keyboard acts on.
-Rectangle {
-    anchors.fill: parent
-    anchors.margins: -2
-    radius: 6
-    color: "transparent"
-    border.width: 2
-    border.color: Theme.accentFill
+/// The focus ring in the desktop's accent colour.
+FocusRing {
+    /// How far its outer edge is from the control.
+    property real reach: 2
+
+    anchors.margins: strokeWidth / 2 - reach
+    strokeWidth: 2
+    strokeColor: Theme.accentFill
 }

@@ -81,6 +81,7 @@ FocusScope {
     }
 
     Divider {
+        color: Theme.divider
         id: headerEdge
 
         anchors.top: header.bottom
@@ -175,6 +176,7 @@ FocusScope {
             }
 
             Divider {
+                color: Theme.divider
                 width: parent.width
             }
 
@@ -211,6 +213,7 @@ FocusScope {
             }
 
             Divider {
+                color: Theme.divider
                 width: parent.width
             }
 
@@ -239,6 +242,7 @@ FocusScope {
             }
 
             Divider {
+                color: Theme.divider
                 width: parent.width
             }
 
@@ -257,6 +261,7 @@ FocusScope {
             }
 
             Divider {
+                color: Theme.divider
                 width: parent.width
             }
 
@@ -291,6 +296,7 @@ FocusScope {
     }
 
     Divider {
+        color: Theme.divider
         id: footerEdge
 
         anchors.bottom: footer.top

@@ -1,5 +1,6 @@
 import QtQuick
 import QtQuick.Templates as T
+import Tidemark.Controls
 import Tidemark.Preferences
 
 /// A button with a frame. The default one is in the accent colour.
@@ -41,7 +42,7 @@ T.Button {
         }
 
         FocusOutline {
-            anchors.margins: -3
+            reach: 3
             radius: 9
             visible: button.visualFocus
         }

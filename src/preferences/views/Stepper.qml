@@ -1,4 +1,5 @@
 import QtQuick
+import Tidemark.Controls
 import Tidemark.Preferences
 
 /// A value that is changed in steps, by its two buttons or by the arrow keys.
@@ -87,7 +88,7 @@ FocusScope {
         }
 
         FocusOutline {
-            anchors.margins: -3
+            reach: 3
             radius: 8
             visible: stepper.activeFocus
         }

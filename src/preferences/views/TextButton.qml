@@ -45,7 +45,7 @@ T.AbstractButton {
     }
     background: Item {
         FocusOutline {
-            anchors.margins: -3
+            reach: 3
             radius: 4
             visible: button.visualFocus
         }

@@ -1,6 +1,7 @@
 pragma ComponentBehavior: Bound
 
 import QtQuick
+import Tidemark.Controls
 import Tidemark.Popover
 
 /// The analytics screen.
@@ -57,9 +58,11 @@ FocusScope {
         }
     }
 
-    Hairline {
+    Divider {
         id: divider
 
+        color: DS.borderSoft
+        opacity: 0.4
         y: header.y + header.height + 9
         width: parent.width
     }
@@ -111,9 +114,11 @@ FocusScope {
         }
     }
 
-    Hairline {
+    Divider {
         id: lowerDivider
 
+        color: DS.borderSoft
+        opacity: 0.4
         anchors.top: content.bottom
         width: parent.width
     }

@@ -1,6 +1,7 @@
 pragma ComponentBehavior: Bound
 
 import QtQuick
+import Tidemark.Controls
 import Tidemark.Popover
 
 /// What an expanded row shows below its line.
@@ -90,7 +91,9 @@ Rectangle {
             height: 5
             visible: details.row.history.length > 0
 
-            Hairline {
+            Divider {
+                color: DS.borderSoft
+                opacity: 0.4
                 y: 2
                 width: parent.width
             }

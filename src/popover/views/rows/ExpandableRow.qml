@@ -1,6 +1,7 @@
 pragma ComponentBehavior: Bound
 
 import QtQuick
+import Tidemark.Controls
 import Tidemark.Popover
 
 /// A row of a list: a line, whose parts are its children, and the details into which it expands.
@@ -67,7 +68,8 @@ ProjectListRow {
         shift: (row.reveal - 1) * implicitHeight
     }
 
-    Hairline {
+    Divider {
+        color: DS.borderSoft
         anchors.bottom: parent.bottom
         width: row.width
         opacity: 0.3

@@ -5,7 +5,7 @@
 #include <future>
 #include <thread>
 
-#include "sandbox/Exchange.h"
+#include "sandbox/http/Exchange.h"
 
 namespace tidemark::sandbox {
 

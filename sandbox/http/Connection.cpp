@@ -1,4 +1,4 @@
-#include "sandbox/Connection.h"
+#include "sandbox/http/Connection.h"
 
 #include <sys/socket.h>
 

@@ -4,7 +4,7 @@
 #include <QTcpSocket>
 #include <QTimer>
 
-#include "sandbox/HttpServer.h"
+#include "sandbox/http/HttpServer.h"
 
 namespace tidemark::sandbox {
 

@@ -1,4 +1,4 @@
-#include "sandbox/RequestLog.h"
+#include "sandbox/http/RequestLog.h"
 
 #include <algorithm>
 #include <iterator>

@@ -1,8 +1,8 @@
-#include "sandbox/HttpServer.h"
+#include "sandbox/http/HttpServer.h"
 
 #include <QTcpServer>
 
-#include "sandbox/Connection.h"
+#include "sandbox/http/Connection.h"
 
 namespace tidemark::sandbox {
 

@@ -1,4 +1,4 @@
-#include "sandbox/Faults.h"
+#include "sandbox/http/Faults.h"
 
 #include <QJsonObject>
 #include <algorithm>

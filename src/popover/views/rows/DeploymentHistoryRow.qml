@@ -1,4 +1,5 @@
 import QtQuick
+import Tidemark.Controls
 import Tidemark.Popover
 
 /// One older deployment.

@@ -1,8 +1,6 @@
 import QtQuick
-import Tidemark.Preferences
 
 /// A line across.
 Rectangle {
     implicitHeight: 1
-    color: Theme.divider
 }

@@ -1,4 +1,4 @@
-#include "sandbox/Exchange.h"
+#include "sandbox/http/Exchange.h"
 
 #include <QJsonDocument>
 #include <QJsonObject>

@@ -6,7 +6,7 @@
 #include <mutex>
 #include <optional>
 
-#include "sandbox/Exchange.h"
+#include "sandbox/http/Exchange.h"
 
 namespace tidemark::sandbox {
 

@@ -5,7 +5,7 @@
 #include <functional>
 #include <mutex>
 
-#include "sandbox/Exchange.h"
+#include "sandbox/http/Exchange.h"
 
 namespace tidemark::sandbox {
 
