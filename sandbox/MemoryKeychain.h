@@ -28,6 +28,7 @@ public:
     }
 
     [[nodiscard]] bool add(const KeychainQuery& attributes, const QByteArray& data) override {
+        m_items.removeOne({attributes, copyExactly(attributes)});
         m_items.append({attributes, data});
         return true;
     }
@@ -39,6 +40,14 @@ public:
     void cancel() override {}
 
 private:
+    /// The data of the first item with exactly these attributes.
+    [[nodiscard]] QByteArray copyExactly(const KeychainQuery& attributes) const {
+        for (const Item& item : m_items)
+            if (item.attributes == attributes)
+                return item.data;
+        return {};
+    }
+
     static bool matches(const Item& item, const KeychainQuery& query) {
         return item.attributes.service == query.service && item.attributes.account == query.account &&
                (!query.synchronizable || item.attributes.synchronizable == query.synchronizable);

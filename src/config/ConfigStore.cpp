@@ -3,7 +3,6 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QSaveFile>
 #include <QStandardPaths>
 #include <algorithm>
 #include <filesystem>
@@ -11,6 +10,7 @@
 #include <utility>
 
 #include "config/KeychainHelper.h"
+#include "platform/base/FileWriting.h"
 
 namespace tidemark {
 
@@ -113,12 +113,7 @@ tl::expected<void, QString> ConfigStore::save(const AppConfiguration& configurat
         return tl::unexpected(QString::fromStdString(error.message()));
     if (auto kept = keepWhatIsReplaced(configuration); !kept)
         return kept;
-    QSaveFile file(m_configPath);
-    const QByteArray content = configuration.encode();
-    if (!file.open(QIODevice::WriteOnly) || !file.setPermissions(QFile::ReadOwner | QFile::WriteOwner) ||
-        file.write(content) != content.size() || !file.commit())
-        return tl::unexpected(file.errorString());
-    return {};
+    return replaceFile(m_configPath, configuration.encode(), QFile::ReadOwner | QFile::WriteOwner);
 }
 
 }  // namespace tidemark

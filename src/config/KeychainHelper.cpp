@@ -51,10 +51,25 @@ void save(Keychain& keychain, const QString& value, const QString& account) {
     const QByteArray data = encoder(value);
     if (encoder.hasError())
         return;
-    keychain.deleteMatching(query(account, true));
-    keychain.deleteMatching(query(account, false));
-    if (!keychain.add(query(account, true), data))
-        std::ignore = keychain.add(query(account, false), data);
+    const KeychainQuery preferred = query(account, true);
+    const KeychainQuery fallback = query(account, false);
+    if (keychain.copyMatching(preferred) == data && !keychain.copyMatching(fallback))
+        return;
+    // The new item is there before the old ones go: a program that is killed in between loses no token.
+    if (keychain.add(preferred, data)) {
+        keychain.deleteMatching(fallback);
+        const auto stored = keychain.copyMatching(preferred);
+        if (!stored || *stored == data)
+            return;
+        // There were several such items, and the store replaced another one of them.
+        keychain.deleteMatching(preferred);
+        std::ignore = keychain.add(preferred, data);
+        return;
+    }
+    const bool isStored = keychain.add(fallback, data);
+    keychain.deleteMatching(preferred);
+    if (!isStored)
+        keychain.deleteMatching(fallback);
 }
 
 std::optional<QString> loadToken(Keychain& keychain, const QString& account) {

@@ -23,7 +23,7 @@ namespace tidemark::KeychainHelper {
 [[nodiscard]] std::optional<QString> loadLegacyItem(Keychain& keychain, const QString& account);
 
 /// Replaces the account's items by a synchronizable one or, if the keychain refuses that, by one that is not.
-/// Empty text is stored, too.
+/// Empty text is stored, too. Does nothing if exactly this is stored already.
 void save(Keychain& keychain, const QString& value, const QString& account);
 
 /// The token of the account from the synchronizable item, else from the other one, else from a legacy item,

@@ -44,6 +44,28 @@ private Q_SLOTS:
         QCOMPARE(KeychainHelper::loadItem(*m_keychain, account, !synchronizable), std::nullopt);
     }
 
+    void anUnchangedTokenIsNotWritten() {
+        insert({{attributes(true), "abc"}, {{u"com.tidemark"_s, u"apiToken-1"_s, true}, "later"}});
+        KeychainHelper::save(*m_keychain, u"abc"_s, account);
+        QCOMPARE(m_keychain->items().first().data, "abc");  // written anew, it would be the last one
+    }
+
+    void aTokenIsThereAtAnyTime() {
+        insert({{attributes(true), "old"}, {attributes(false), "old"}});
+        QList<QByteArrayList> seen;
+        m_keychain->onChange = [&] {
+            QByteArrayList tokens;
+            for (const auto& item : m_keychain->items())
+                tokens.append(item.data);
+            seen.append(tokens);
+        };
+        KeychainHelper::save(*m_keychain, u"new"_s, account);
+        QVERIFY(!seen.isEmpty());
+        for (const auto& tokens : seen)
+            QVERIFY(!tokens.isEmpty());
+        QCOMPARE(m_keychain->items(), (Items{{attributes(true), "new"}}));
+    }
+
     void aSaveThatCannotSucceed() {
         insert({{attributes(true), "old"}});
         KeychainHelper::save(*m_keychain, QString(QChar(0xd800)),

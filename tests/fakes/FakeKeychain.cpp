@@ -62,18 +62,25 @@ std::optional<QByteArray> FakeKeychain::copyMatching(const KeychainQuery& query)
 }
 
 bool FakeKeychain::add(const KeychainQuery& attributes, const QByteArray& data) {
-    const QMutexLocker lock(&m_mutex);
+    QMutexLocker lock(&m_mutex);
     const Mood mood = awaitMood();
     if (mood == Mood::unavailable || mood == Mood::refusesAdds ||
         (mood == Mood::refusesSynchronizable && attributes.synchronizable == true))
         return false;
-    return m_store.add(attributes, data);
+    const bool isAdded = m_store.add(attributes, data);
+    lock.unlock();
+    if (onChange)
+        onChange();
+    return isAdded;
 }
 
 void FakeKeychain::deleteMatching(const KeychainQuery& query) {
-    const QMutexLocker lock(&m_mutex);
+    QMutexLocker lock(&m_mutex);
     if (awaitMood() != Mood::unavailable)
         m_store.deleteMatching(query);
+    lock.unlock();
+    if (onChange)
+        onChange();
 }
 
 void FakeKeychain::cancel() {

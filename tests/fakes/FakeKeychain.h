@@ -3,6 +3,7 @@
 #include <QMutex>
 #include <QPointer>
 #include <QWaitCondition>
+#include <functional>
 
 #include "sandbox/MemoryKeychain.h"
 
@@ -22,6 +23,9 @@ public:
         dying,                  ///< finds one item, then is unavailable
         prompting,              ///< keeps every call waiting until the mood changes or `cancel`
     };
+
+    /// Called after every change, as if the program ended there. Set before the first call.
+    std::function<void()> onChange;
 
     void setMood(Mood mood);
     /// Puts an item there, whatever the mood and whatever else there is.

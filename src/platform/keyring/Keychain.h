@@ -49,7 +49,8 @@ public:
     /// The data of one matching item; nothing when there is none or the store cannot be read.
     [[nodiscard]] virtual std::optional<QByteArray> copyMatching(const KeychainQuery& query) = 0;
 
-    /// Adds an item with exactly these attributes; false when the store refuses.
+    /// Adds an item, in place of one with exactly these attributes if there is one: in one step, so that the
+    /// old or the new item is there at any time. False when the store refuses.
     [[nodiscard]] virtual bool add(const KeychainQuery& attributes, const QByteArray& data) = 0;
 
     /// Deletes all matching items. Failures are ignored.

@@ -5,10 +5,11 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QSaveFile>
 #include <QStandardPaths>
 #include <memory>
 #include <utility>
+
+#include "platform/base/FileWriting.h"
 
 namespace tidemark {
 
@@ -120,11 +121,8 @@ bool AutostartLoginItem::registerItem() {
         g_key_file_remove_key(entry.get(), group, key, nullptr);
     gsize size = 0;
     const Text text(g_key_file_to_data(entry.get(), &size, nullptr));
-    QSaveFile file(m_path);
-    if (!file.open(QIODevice::WriteOnly))
-        return false;
-    file.write(text.get(), static_cast<qint64>(size));
-    return file.commit();
+    constexpr auto permissions = QFile::ReadOwner | QFile::WriteOwner | QFile::ReadGroup | QFile::ReadOther;
+    return replaceFile(m_path, QByteArray(text.get(), static_cast<qsizetype>(size)), permissions).has_value();
 }
 
 bool AutostartLoginItem::unregisterItem() {
