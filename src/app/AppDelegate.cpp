@@ -5,6 +5,8 @@
 
 namespace tidemark {
 
+using namespace Qt::StringLiterals;
+
 AppDelegate::AppDelegate(Services services)
     : m_services(std::move(services)),
       m_appState(m_services.defaults),
@@ -59,6 +61,11 @@ void AppDelegate::makePinnedItems() {
 
 void AppDelegate::connectParts() {
     connect(&m_configuration, &ConfigurationService::applied, this, &AppDelegate::apply);
+    connect(&m_configuration, &ConfigurationService::saveFailed, this, [this](const QString& error) {
+        m_services.notifications.announce(
+            u"Your settings were not saved"_s,
+            u"%1: %2. They are used until you quit."_s.arg(m_services.configPath, error), {});
+    });
     // Not every keyring reports everything.
     connect(m_windows.get(), &Windows::popoverAboutToShow, &m_configuration, &ConfigurationService::loadLate);
     connect(&m_appState, &AppState::productionOnlyChanged, this, [this] { m_poller.filterChanged(); });

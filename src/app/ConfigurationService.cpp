@@ -96,7 +96,9 @@ QCoro::Task<> ConfigurationService::store(AppConfiguration configuration, bool i
     const QFuture<tl::expected<void, QString>> saving = QtConcurrent::run(
         &m_services.keychainWorker,
         [store = m_store, configuration, emptyToken] { return store.save(configuration, emptyToken); });
-    co_await saving;
+    const tl::expected<void, QString> saved = co_await saving;
+    if (!saved && !m_isQuitting)
+        Q_EMIT saveFailed(saved.error());
     if (isTypedAnew && configuration.cloudflareToken.isEmpty() && !m_isQuitting)
         co_await takeOverCloudflareToken(configuration);
 }

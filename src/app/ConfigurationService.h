@@ -58,6 +58,9 @@ public:
 Q_SIGNALS:
     /// This configuration is in use from now on; the state holds it already.
     void applied(const tidemark::AppConfiguration& configuration);
+    /// A saved configuration could not be written to the file, with the system's description of the error. It
+    /// is in use all the same.
+    void saveFailed(const QString& error);
     /// A stored configuration was read late, and is in use.
     void readLate(const tidemark::AppConfiguration& configuration);
 

@@ -91,7 +91,7 @@ private Q_SLOTS:
         QCOMPARE(ConfigStore(m_rig->configPath(), *m_rig->keychain).load(), configuration);
     }
 
-    void aSaveThatFailsIsUsedAllTheSame() {
+    void aSaveThatFailsIsToldAndUsedAllTheSame() {
         m_rig->listProjects(u"A"_s, {u"p1"_s});
         m_rig->launch();
         // A folder where the file should be.
@@ -101,6 +101,8 @@ private Q_SLOTS:
         m_rig->save(configuration);
         QCOMPARE(m_rig->state().config(), configuration);
         QCOMPARE(m_rig->loginItem.registrations, 1);
+        QCOMPARE(m_rig->notificationCenter.requests.size(), 1);
+        QCOMPARE(m_rig->notificationCenter.requests.first().title, u"Your settings were not saved"_s);
         m_rig->takeTimeline();
         m_rig->clock.advance(10s);
         QCOMPARE(m_rig->takeTimeline(), QStringList{u"10 p1"_s});
