@@ -36,7 +36,7 @@ struct SandboxAccount {
     bool operator==(const SandboxAccount&) const = default;
 };
 
-/// What git told about a deployment. A null text is left out of the answer.
+/// Git metadata of a deployment. A null text is left out of the answer.
 struct Commit {
     QString message{};
     QString ref{};
@@ -109,7 +109,7 @@ struct Zone {
     bool operator==(const Zone&) const = default;
 };
 
-/// What a push brings along; everything has a believable default.
+/// The fields of a push; each has a believable default.
 struct NewDeployment {
     /// Empty: it starts as "QUEUED" and lives a life of its own. Given: it stays so until it is set.
     QString state{};

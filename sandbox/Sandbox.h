@@ -61,7 +61,7 @@ public:
     [[nodiscard]] Faults& faults();
     [[nodiscard]] RequestLog& log();
 
-    /// What the server would answer; the transport apart.
+    /// The server's answer, without any transport.
     [[nodiscard]] Reply answer(const Request& request);
 
 private:

@@ -8,7 +8,7 @@
 
 namespace tidemark::sandbox {
 
-/// What a world starts with.
+/// The contents of a new world.
 struct Seeds {
     QList<SandboxAccount> accounts;
     QString cloudflareToken;

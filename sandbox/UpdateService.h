@@ -25,7 +25,7 @@ public:
 
     [[nodiscard]] Reply answer(const Request& request) const;
 
-    /// What the good release is signed with, in base64.
+    /// The public key of the good release, in base64.
     [[nodiscard]] QString publicKey() const;
 
     /// The archive as the good release has it. As AppImage it is a script that prints its version.

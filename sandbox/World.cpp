@@ -38,7 +38,7 @@ QString drawOutcome(Random& random) {
     return draw < 0.95 ? u"ERROR"_s : u"CANCELED"_s;
 }
 
-/// What follows a state, and after how many virtual seconds.
+/// The next state, and the virtual seconds until then.
 struct NextStep {
     QString state;
     double wait = 0;

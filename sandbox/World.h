@@ -13,7 +13,7 @@
 
 namespace tidemark::sandbox {
 
-/// What the three services know, and how it changes by itself. Pure data: no server, no lock, and no clock
+/// The data of the three services, and how it changes by itself. Pure data: no server, no lock, and no clock
 /// but the options'. Operations that name a project take its id or its name.
 class World final {
 public:

@@ -16,7 +16,7 @@ constexpr auto idleLimit = 60s;
 constexpr qsizetype headLimit = 65'536;
 constexpr qsizetype bodyLimit = 16'777'216;
 
-/// What stands before and after the first `mark`; all of it before when there is none.
+/// The text before and after the first `mark`; without one, all of it is before.
 std::pair<QByteArray, QByteArray> splitAt(const QByteArray& text, char mark) {
     const qsizetype place = text.indexOf(mark);
     return place < 0 ? std::pair(text, QByteArray()) : std::pair(text.left(place), text.mid(place + 1));

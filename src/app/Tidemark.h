@@ -45,7 +45,7 @@ public:
     /// To be called before the application object is made.
     static void prepareApplication();
 
-    /// What an installed program runs with.
+    /// The options of an installed program.
     [[nodiscard]] static Options userOptions(Bundle bundle);
 
     /// `instance` is of the same identifier as the bundle and was made before the application object, which

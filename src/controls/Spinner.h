@@ -9,7 +9,8 @@
 
 namespace tidemark {
 
-/// Twelve spokes of which the brightest goes round once a second, while it is visible.
+/// An operation of unknown duration is running: twelve spokes, the brightest of which goes round once a
+/// second while the item is visible.
 class Spinner : public tidemark::PaintedItem {
     Q_OBJECT
     QML_ELEMENT

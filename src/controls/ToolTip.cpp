@@ -35,7 +35,7 @@ void ToolTip::setHovered(bool isHovered) {
         return;
     m_isHovered = isHovered;
     m_delay.stop();
-    // What has no text leaves the window to what lies within it.
+    // An item without a text leaves the window to the items within it.
     if (m_isHovered && !m_text.isEmpty())
         m_delay.start(restingTime, this);
     else

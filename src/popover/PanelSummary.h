@@ -10,7 +10,7 @@
 
 namespace tidemark {
 
-/// What the deployments panel says of all tracked projects together.
+/// The summary of all tracked projects, above the deployments list.
 struct PanelSummary {
     Q_GADGET
     QML_VALUE_TYPE(panelSummary)

@@ -20,11 +20,10 @@
 
 namespace tidemark {
 
-/// What the popover's views show and do. It follows the state while it is active and lies still while it is
-/// not. Any number of changes of the state in one turn of the event loop make one refresh.
+/// The content and the actions of the popover's views. It follows the state while it is active. Any number of
+/// changes of the state in one turn of the event loop make one refresh.
 ///
-/// What must outlive the views of single projects, of which only those in sight exist, is kept here by
-/// project id.
+/// Only visible rows have a view, so the state of rows that must outlive it is kept here, by project id.
 class PopoverModel final : public QObject {
     Q_OBJECT
     QML_ELEMENT
@@ -44,7 +43,7 @@ class PopoverModel final : public QObject {
     Q_PROPERTY(QString filter READ filter WRITE setFilter NOTIFY filterChanged FINAL)
 
 public:
-    /// What the popover's buttons do outside of it. None may be called while the model is destroyed.
+    /// The actions that lead outside of the popover. None is called while the model is destroyed.
     struct Actions {
         std::function<void()> onOpenPreferences;
         std::function<void()> onOpenDashboard;
@@ -62,7 +61,7 @@ public:
     /// Follows the state from now on, beginning with a refresh, or no longer. Becoming active also folds all
     /// rows and empties the filter.
     void setActive(bool active);
-    /// A minute has passed: what tells an age is told anew.
+    /// A minute has passed: ages are computed anew.
     void refreshAges();
 
     [[nodiscard]] const AppState& state() const { return m_state; }
@@ -81,7 +80,7 @@ public:
     [[nodiscard]] QAbstractItemModel* analyticsCards() { return &m_analyticsCards; }
     /// Whether there is nothing to show but that a load is under way.
     [[nodiscard]] bool isLoadingAnalytics() const;
-    /// What stands where the cards would; empty while there are cards or a load is under way.
+    /// The text in place of the cards; empty while there are cards or a load is under way.
     [[nodiscard]] QString analyticsNotice() const;
     [[nodiscard]] QString filter() const { return m_filter; }
     void setFilter(const QString& filter);
@@ -114,14 +113,14 @@ public:
     void setIndividual(const QString& projectId, bool individual);
 
 Q_SIGNALS:
-    /// It has become active: views begin anew.
+    /// It has become active: views reset themselves.
     void activated();
     void closeRequested();
     /// Any field of the state may have changed, or the time.
     void refreshed();
     void summaryChanged();
     void filterChanged();
-    /// What is kept here of one row has changed.
+    /// The state of a row that is kept here has changed.
     void rowChanged(const QString& rowId);
 
 private:

@@ -32,8 +32,7 @@ public:
     bool operator==(const HistoryEntry&) const = default;
 };
 
-/// Everything that one line of the deployments list shows, collapsed and expanded. What there is nothing of
-/// is empty.
+/// The content of one row of the deployments list, collapsed and expanded. Missing parts are empty.
 struct ProjectRow {
     Q_GADGET
     QML_VALUE_TYPE(projectRow)

@@ -10,8 +10,7 @@
 
 namespace tidemark {
 
-/// What one line of the deployments list shows and does. A list has one for each line in sight and gives it
-/// another project when the line is used again.
+/// Gives a view of the deployments list its project, and acts on it.
 class ProjectRowModel : public tidemark::RowContent {
     Q_OBJECT
     QML_ELEMENT

@@ -9,8 +9,8 @@
 
 namespace tidemark {
 
-/// What one row of a list shows. A list has one for each row in sight and gives it another id when the row is
-/// used again. It is told when the popover refreshes, and tells the views only of what changed.
+/// The content of one row of a list. There is one for each visible row; it gets another id when the row is
+/// reused. It follows the popover's refreshes, and emits `changed` only if the row differs.
 class RowContent : public QObject {
     Q_OBJECT
     QML_ANONYMOUS
@@ -30,13 +30,13 @@ public:
 Q_SIGNALS:
     void popoverChanged();
     void rowIdChanged();
-    /// Something that is shown has changed.
+    /// The shown content has changed.
     void changed();
 
 protected:
-    /// Takes over what the row shows now and tells if it is something else; called with a popover only.
+    /// Computes the row anew and emits `changed` if it differs. Called only while there is a popover.
     virtual void refresh() = 0;
-    /// The row is used for something else: what was the user's doing is over.
+    /// The delegate is reused: resets its transient state (for example "Copied!").
     virtual void startAnew() {}
 
 private:

@@ -7,9 +7,8 @@
 
 namespace tidemark {
 
-/// Which rows a list has, in order. What a row shows is asked for by its id: an account may hold thousands of
-/// projects, of which a view builds only those in sight. It is changed by difference, so that views keep
-/// their place.
+/// The ids of a list's rows, in order. Views compute the content of visible rows by id, because an account
+/// may have thousands of projects. Changes are applied by difference, so that views keep their place.
 class RowListModel final : public QAbstractListModel {
     Q_OBJECT
 

@@ -1,7 +1,7 @@
 import QtQuick
 import Tidemark.Popover
 
-/// What stands in place of a list that has nothing to show.
+/// The text in place of an empty list.
 Text {
     textFormat: Text.PlainText
     horizontalAlignment: Text.AlignHCenter

@@ -2,12 +2,12 @@ import QtQuick
 import Tidemark.Controls
 import Tidemark.Popover
 
-/// What can be pressed with the pointer, the keyboard or an assistive tool. It has no look of its own but the
-/// focus ring.
+/// The base of everything that can be pressed, with the pointer, the keyboard or an assistive tool. Its only look is
+/// the focus ring.
 Item {
     id: control
 
-    /// What a screen reader says.
+    /// The name for screen readers.
     required property string label
     property string toolTip
     property alias hovered: hover.hovered

@@ -1,7 +1,7 @@
 import QtQuick
 import Tidemark.Popover
 
-/// What an expanded analytics card shows below its line.
+/// The lower part of an expanded analytics card.
 Rectangle {
     id: details
 

@@ -4,7 +4,7 @@ import QtQuick
 import Tidemark.Controls
 import Tidemark.Popover
 
-/// What an expanded row shows below its line.
+/// The lower part of an expanded project row.
 Rectangle {
     id: details
 
