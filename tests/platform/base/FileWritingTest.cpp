@@ -3,6 +3,7 @@
 #include <QDir>
 #include <QTemporaryDir>
 #include <csignal>
+#include <tuple>
 
 #include "platform/base/FileWriting.h"
 #include "tests/TestProgram.h"
