@@ -1,10 +1,9 @@
 #include "controls/ToolTip.h"
 
 #include <QCursor>
-#include <QQuickWindow>
 #include <QTimerEvent>
 
-#include "controls/ToolTipHost.h"
+#include "controls/ViewWindow.h"
 
 namespace tidemark {
 
@@ -13,8 +12,8 @@ namespace {
 /// How long the pointer rests first, in milliseconds.
 constexpr int restingTime = 600;
 
-ToolTipHost* hostOf(const QQuickItem* item) {
-    return item ? dynamic_cast<ToolTipHost*>(item->window()) : nullptr;
+ViewWindow* windowOf(const QQuickItem* item) {
+    return item ? qobject_cast<ViewWindow*>(item->window()) : nullptr;
 }
 
 }  // namespace
@@ -47,8 +46,8 @@ void ToolTip::setText(const QString& text) {
     if (text == m_text)
         return;
     m_text = text;
-    const ToolTipHost* host = hostOf(m_item);
-    m_isShown = m_isShown && host && host->toolTip().isVisible();
+    const ViewWindow* window = windowOf(m_item);
+    m_isShown = m_isShown && window && window->toolTip().isVisible();
     if (m_isShown)
         show();
     else if (m_isHovered && !m_text.isEmpty() && !m_delay.isActive())
@@ -66,16 +65,16 @@ void ToolTip::timerEvent(QTimerEvent* event) {
 }
 
 void ToolTip::show() {
-    if (ToolTipHost* host = hostOf(m_item)) {
-        host->toolTip().showText(m_text, QCursor::pos(), m_item->window());
+    if (ViewWindow* window = windowOf(m_item)) {
+        window->toolTip().showText(m_text, QCursor::pos(), window);
         m_isShown = true;
     }
 }
 
 void ToolTip::hide() {
-    ToolTipHost* host = hostOf(m_item);
-    if (m_isShown && host)
-        host->toolTip().hide();
+    ViewWindow* window = windowOf(m_item);
+    if (m_isShown && window)
+        window->toolTip().hide();
     m_isShown = false;
 }
 

@@ -10,7 +10,7 @@
 
 namespace tidemark {
 
-/// The text that shows when the pointer rests on an item. Its window is a `ToolTipHost`.
+/// The text that shows when the pointer rests on an item. Its window is a `ViewWindow`.
 class ToolTip : public QObject {
     Q_OBJECT
     QML_ELEMENT

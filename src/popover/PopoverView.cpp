@@ -2,16 +2,12 @@
 
 #include <QtQml/qqmlextensionplugin.h>
 
-#include <QKeyEvent>
-#include <QQmlEngine>
 #include <QQuickItem>
 #include <QScreen>
 #include <QTimerEvent>
 
 #include "popover/DS.h"
-#include "popover/Navigation.h"
 
-Q_IMPORT_QML_PLUGIN(Tidemark_ControlsPlugin)
 Q_IMPORT_QML_PLUGIN(Tidemark_PopoverPlugin)
 
 namespace tidemark {
@@ -30,13 +26,10 @@ void PopoverView::prepareApplication() {
     QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
 }
 
-PopoverView::PopoverView(PopoverModel& model, QQmlEngine& engine)
-    : QQuickView(&engine, nullptr), m_model(model) {
+PopoverView::PopoverView(PopoverModel& model, QQmlEngine& engine) : ViewWindow(engine), m_model(model) {
     setColor(DS::panelBg());
     setTitle(u"Tidemark"_s);
     setResizeMode(QQuickView::SizeViewToRootObject);
-    // Where the module is that its views import.
-    engine.addImportPath(u"qrc:/qt/qml"_s);
     setInitialProperties({{u"popover"_s, QVariant::fromValue(&model)}});
     setSource(QUrl(u"qrc:/qt/qml/Tidemark/Popover/PopoverRootView.qml"_s));
     connect(&model, &PopoverModel::closeRequested, this, &QWindow::close);
@@ -46,7 +39,6 @@ PopoverView::PopoverView(PopoverModel& model, QQmlEngine& engine)
 }
 
 bool PopoverView::event(QEvent* event) {
-    watchKeyboard(*event);
     switch (event->type()) {
         case QEvent::Show:
             m_model.setActive(true);
@@ -54,55 +46,16 @@ bool PopoverView::event(QEvent* event) {
             break;
         case QEvent::Hide: {
             m_minute.stop();
-            toolTip().hide();
             m_model.setActive(false);
             // Wherever the pointer is when the window comes back, it is not here now.
             QEvent leave(QEvent::Leave);
-            QQuickView::event(&leave);
+            ViewWindow::event(&leave);
             break;
         }
         default:
             break;
     }
-    return QQuickView::event(event);
-}
-
-void PopoverView::watchKeyboard(const QEvent& event) {
-    auto* navigation =
-        engine()->singletonInstance<Navigation*>(qmlTypeId("Tidemark.Popover", 1, 0, "Navigation"));
-    if (!navigation)
-        return;
-    switch (event.type()) {
-        case QEvent::KeyPress:
-            toolTip().hide();
-            switch (static_cast<const QKeyEvent&>(event).key()) {
-                case Qt::Key_Tab:
-                case Qt::Key_Backtab:
-                case Qt::Key_Up:
-                case Qt::Key_Down:
-                case Qt::Key_Home:
-                case Qt::Key_End:
-                case Qt::Key_PageUp:
-                case Qt::Key_PageDown:
-                    navigation->setByKeyboard(true);
-                    break;
-                default:
-                    break;
-            }
-            break;
-        case QEvent::MouseButtonPress:
-            toolTip().hide();
-            navigation->setByKeyboard(false);
-            break;
-        case QEvent::Show:
-            navigation->setByKeyboard(false);
-            break;
-        case QEvent::Wheel:
-            toolTip().hide();
-            break;
-        default:
-            break;
-    }
+    return ViewWindow::event(event);
 }
 
 void PopoverView::startMinute() {
@@ -113,7 +66,7 @@ void PopoverView::startMinute() {
 
 void PopoverView::timerEvent(QTimerEvent* event) {
     if (event->timerId() != m_minute.timerId()) {
-        QQuickView::timerEvent(event);
+        ViewWindow::timerEvent(event);
         return;
     }
     m_model.refreshAges();

@@ -1,16 +1,15 @@
 #pragma once
 
 #include <QBasicTimer>
-#include <QQuickView>
 
-#include "controls/ToolTipHost.h"
+#include "controls/ViewWindow.h"
 #include "popover/PopoverModel.h"
 
 namespace tidemark {
 
 /// The popover's views in a window, as large as their content. Hidden, it takes no time at all; while it is
 /// visible it tells the ages anew each minute.
-class PopoverView final : public QQuickView, public ToolTipHost {
+class PopoverView final : public ViewWindow {
     Q_OBJECT
 
 public:
@@ -26,7 +25,6 @@ protected:
     void timerEvent(QTimerEvent* event) override;
 
 private:
-    void watchKeyboard(const QEvent& event);
     void startMinute();
     void followScreen();
     /// Leaves the content as much height as the screen has, and the window as much as the content wants.

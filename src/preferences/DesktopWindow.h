@@ -1,20 +1,18 @@
 #pragma once
 
-#include <QQuickView>
-#include <QUrl>
+#include <QPointer>
 #include <QVariantMap>
 
-#include "controls/ToolTipHost.h"
-#include "platform/windows/MenuWindow.h"
+#include "controls/ViewWindow.h"
 
 namespace tidemark {
 
 class Theme;
 
 /// An ordinary window of the program: titled, with buttons to close and to minimise it, of a fixed size, in
-/// the colours of the desktop. Its text fields have the usual menu. It is centred on the screen when it is
+/// the colours of the desktop. It is centred on the screen when it is
 /// made, and reused after it was closed.
-class DesktopWindow final : public QQuickView, public ToolTipHost {
+class DesktopWindow final : public ViewWindow {
     Q_OBJECT
 
 public:
@@ -44,13 +42,10 @@ protected:
     bool event(QEvent* event) override;
 
 private:
-    [[nodiscard]] Theme* theme() const;
     void takeColor();
-    void watchInput(const QEvent& event);
-    /// Opens the menu of a text field when the event asks for it; false when it does not.
-    bool openFieldMenu(const QEvent& event);
 
-    MenuWindow m_menu;
+    /// Null until there has been content.
+    QPointer<Theme> m_theme;
 };
 
 }  // namespace tidemark

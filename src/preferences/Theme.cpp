@@ -8,8 +8,6 @@
 
 namespace tidemark {
 
-using namespace Qt::StringLiterals;
-
 namespace {
 
 /// As the sizes of text styles go with a body of 13.
@@ -75,20 +73,6 @@ QString Theme::monospaced() {
 
 QString Theme::family() {
     return QGuiApplication::font().family();
-}
-
-void Theme::setShowsMnemonics(bool shows) {
-    if (shows == m_showsMnemonics)
-        return;
-    m_showsMnemonics = shows;
-    Q_EMIT showsMnemonicsChanged();
-}
-
-QString Theme::withMnemonic(const QString& label, const QString& letter) {
-    const qsizetype place = letter.isEmpty() ? -1 : label.indexOf(letter, 0, Qt::CaseInsensitive);
-    return place < 0 ? label.toHtmlEscaped()
-                     : label.first(place).toHtmlEscaped() + u"<u>"_s + label.mid(place, 1).toHtmlEscaped() +
-                           u"</u>"_s + label.mid(place + 1).toHtmlEscaped();
 }
 
 }  // namespace tidemark

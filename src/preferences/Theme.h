@@ -37,8 +37,6 @@ class Theme : public QObject {
     Q_PROPERTY(int title2Size READ title2Size NOTIFY changed FINAL)
     Q_PROPERTY(QString monospaced READ monospaced NOTIFY changed FINAL)
     Q_PROPERTY(QString family READ family NOTIFY changed FINAL)
-    Q_PROPERTY(Qt::InputMethodHints codeInputHints READ codeInputHints CONSTANT FINAL)
-    Q_PROPERTY(bool showsMnemonics READ showsMnemonics NOTIFY showsMnemonicsChanged FINAL)
 
 public:
     explicit Theme(QObject* parent = nullptr);
@@ -75,24 +73,11 @@ public:
     [[nodiscard]] static QString monospaced();
     [[nodiscard]] static QString family();
 
-    /// Of a field for a token or an id: nothing in it is to be learned, completed or corrected.
-    [[nodiscard]] static Qt::InputMethodHints codeInputHints() {
-        return Qt::ImhSensitiveData | Qt::ImhNoPredictiveText | Qt::ImhNoAutoUppercase;
-    }
-
-    /// Whether Alt is held: only then the letters that go with it are underlined.
-    [[nodiscard]] bool showsMnemonics() const { return m_showsMnemonics; }
-    void setShowsMnemonics(bool shows);
-
-    /// A label with its first such letter underlined, as styled text.
-    Q_INVOKABLE [[nodiscard]] static QString withMnemonic(const QString& label, const QString& letter);
-
     /// Looks again at what the desktop's looks are.
     void refresh() { m_appearance.refresh(); }
 
 Q_SIGNALS:
     void changed();
-    void showsMnemonicsChanged();
 
 private:
     static constexpr float secondaryShare = 0.66F;
@@ -102,7 +87,6 @@ private:
     [[nodiscard]] QColor faded(float opacity) const;
 
     Appearance m_appearance;
-    bool m_showsMnemonics = false;
 };
 
 }  // namespace tidemark

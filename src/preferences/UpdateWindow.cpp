@@ -27,9 +27,9 @@ UpdateWindow::~UpdateWindow() {
 
 void UpdateWindow::present() {
     const bool isUnasked = !m_window.isVisible() && m_updater.stage() == Updater::Stage::available;
+    m_model.setUnasked(isUnasked);
     if (!m_window.isVisible())
         m_window.setContent(u"UpdateView"_s, {{u"update"_s, QVariant::fromValue(&m_model)}});
-    m_model.setUnasked(isUnasked);
     if (isUnasked)
         m_window.showInBackground();
     else

@@ -21,6 +21,8 @@ enum class Build : quint8 { withoutUpdates, appImage, package };
 /// The preferences of a user whose configuration is in `stored`.
 class PreferencesScene : public ViewUser {
 public:
+    inline static const QString personalToken = u"Token of Personal"_s;
+
     explicit PreferencesScene(Build build = Build::withoutUpdates)
         : form{.appImagePath = build == Build::package ? QString() : folder.filePath(u"Tidemark"_s),
                .cacheFolder = folder.filePath(u"cache"_s)},
@@ -44,6 +46,24 @@ public:
         settle();
         QVERIFY(QTest::qWaitForWindowActive(&controller.window()));
         rest();
+    }
+
+    /// Scrolls there, and clicks.
+    void reach(QQuickItem* item) const {
+        QVERIFY(item);
+        item->forceActiveFocus();
+        QTRY_VERIFY(isInSight(item));
+        click(item);
+    }
+    /// Whether nothing of it is scrolled away.
+    [[nodiscard]] static bool isInSight(QQuickItem* item) {
+        const QQuickItem* area = item->parentItem();
+        while (area && !area->inherits("QQuickFlickable"))
+            area = area->parentItem();
+        return !area || area->boundingRect().contains(item->mapRectToItem(area, item->boundingRect()));
+    }
+    [[nodiscard]] QQuickItem* tokenField(const QString& name) const {
+        return see(name, QAccessible::EditableText);
     }
 
     QTemporaryDir folder;
@@ -72,7 +92,12 @@ public:
     }
 
     QQmlEngine engine;
-    std::optional<AppConfiguration> stored;
+    std::optional<AppConfiguration> stored =
+        AppConfiguration{.accounts = {account(u"Personal"_s), account(u"Work"_s)},
+                         .cloudflareToken = u"cfut"_s,
+                         .pollingIntervalSeconds = 50,
+                         .launchAtLogin = true,
+                         .soundEnabled = false};
     /// While the keyring waits for its user.
     std::shared_ptr<QPromise<std::optional<AppConfiguration>>> pending;
     QList<AppConfiguration> saved;

@@ -98,8 +98,14 @@ private Q_SLOTS:
         m_scene->clock.advance(std::chrono::minutes(1));
         QTRY_VERIFY(m_scene->screen().isVisible());
         m_scene->press(Qt::Key_Return);
+        m_scene->press(Qt::Key_Space);
+        m_scene->press(Qt::Key_I, Qt::AltModifier);
+        m_scene->press(Qt::Key_K, Qt::AltModifier);
+        QVERIFY(m_scene->screen().isVisible());
         QVERIFY(m_scene->see(u"Tidemark 1.5 is available"_s));
-        m_scene->press(Qt::Key_Escape);
+        m_scene->press(Qt::Key_Tab);
+        QCOMPARE(m_scene->focused(), u"Install"_s);
+        m_scene->press(Qt::Key_L, Qt::AltModifier);
         QVERIFY(!m_scene->screen().isVisible());
     }
 

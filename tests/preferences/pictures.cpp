@@ -41,6 +41,7 @@ QPalette darkPalette() {
 void takePictures() {
     {
         PreferencesScene scene;
+        scene.stored.reset();
         scene.open();
         save(scene, u"1-first-start"_s);
         scrollTo(scene, 10000);

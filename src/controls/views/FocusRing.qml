@@ -3,8 +3,11 @@ import Tidemark.Controls
 
 /// Around the control that the keyboard acts on; the control says when that is.
 ContinuousRectangle {
+    /// How far its outer edge is from the control.
+    property real reach: 2.75
+
     anchors.fill: parent
-    anchors.margins: -2
+    anchors.margins: strokeWidth / 2 - reach
     z: 1
     radius: 5
     strokeWidth: 1.5

@@ -1,21 +1,11 @@
-import QtQuick
+import Tidemark.Controls
 import Tidemark.Popover
 
 /// A text that can be pressed.
-Pressable {
-    id: button
-
-    required property string title
-
-    label: title
-    implicitWidth: text.implicitWidth
-    implicitHeight: text.implicitHeight
+TextButton {
+    fontSize: 11
+    ink: DS.textFaint
+    hoverInk: "#888888"
     reach: 4
-
-    Label {
-        id: text
-
-        text: button.title
-        color: button.hovered ? "#888888" : DS.textFaint
-    }
+    ring.strokeColor: DS.textMuted
 }

@@ -1,9 +1,8 @@
 import QtQuick
-import Tidemark.Controls
 import Tidemark.Popover
 
 /// A small chip that opens a page.
-Pressable {
+Chip {
     id: button
 
     required property string title
@@ -16,18 +15,12 @@ Pressable {
     Accessible.role: Accessible.Link
     onPressed: popover.open(url)
 
-    ContinuousRectangle {
-        anchors.fill: parent
-        radius: 4
-        color: DS.border
-        opacity: button.hovered ? 1 : 0.6
-    }
-
     Label {
         id: text
 
         anchors.centerIn: parent
         text: button.title
         color: button.hovered ? DS.text : DS.textMuted
+        opacity: button.contentOpacity
     }
 }

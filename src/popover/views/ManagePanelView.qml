@@ -52,33 +52,16 @@ FocusScope {
             Accessible.name: "Manage projects"
         }
 
-        Pressable {
+        FooterButton {
             id: back
 
             anchors.right: parent.right
             anchors.verticalCenter: parent.verticalCenter
-            implicitWidth: chevron.implicitWidth + 3 + word.implicitWidth
-            implicitHeight: word.implicitHeight
-            label: "Back"
-            reach: 4
+            symbol: "chevron.left"
+            symbolSize: 10
+            gap: 3
+            title: "Back"
             onPressed: panel.back()
-
-            Symbol {
-                id: chevron
-
-                anchors.verticalCenter: parent.verticalCenter
-                name: "chevron.left"
-                fontSize: 10
-                color: DS.textFaint
-            }
-
-            Label {
-                id: word
-
-                anchors.right: parent.right
-                text: "Back"
-                color: DS.textFaint
-            }
         }
     }
 
@@ -152,23 +135,15 @@ FocusScope {
             Accessible.name: text
         }
 
-        Pressable {
+        FooterButton {
             anchors.right: parent.right
             anchors.rightMargin: 14
             anchors.verticalCenter: parent.verticalCenter
-            implicitWidth: done.implicitWidth
-            implicitHeight: done.implicitHeight
-            label: "Done"
-            reach: 4
+            title: "Done"
+            ink: DS.live
+            hoverInk: Qt.lighter(DS.live, 1.2)
+            weight: Font.Medium
             onPressed: panel.back()
-
-            Label {
-                id: done
-
-                text: "Done"
-                color: DS.live
-                font.weight: Font.Medium
-            }
         }
     }
 }

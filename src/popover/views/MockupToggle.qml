@@ -15,9 +15,9 @@ Pressable {
     Accessible.role: Accessible.CheckBox
     Accessible.checkable: true
     Accessible.checked: isOn
-    Accessible.onToggleAction: toggle.pressed()
     onPressed: isAnimated = true
-    focusRing.radius: 10
+    ring.radius: 10
+    ring.strokeColor: DS.textMuted
 
     ContinuousRectangle {
         anchors.fill: parent

@@ -1,4 +1,5 @@
 import QtQuick
+import Tidemark.Controls
 import Tidemark.Popover
 
 /// The title, the version, the platform's health and the buttons for preferences and quitting.
@@ -57,6 +58,9 @@ Item {
         anchors.verticalCenter: parent.verticalCenter
         symbol: "gearshape"
         fontSize: 11
+        ink: DS.textFaint
+        hoverInk: DS.textMuted
+        ring.strokeColor: DS.textMuted
         label: "Preferences"
         toolTip: "Preferences"
         reach: 3
@@ -70,6 +74,9 @@ Item {
         anchors.verticalCenter: parent.verticalCenter
         symbol: "power"
         fontSize: 11
+        ink: DS.textFaint
+        hoverInk: DS.textMuted
+        ring.strokeColor: DS.textMuted
         label: "Quit Tidemark"
         toolTip: "Quit Tidemark"
         reach: 3

@@ -17,8 +17,8 @@ Pressable {
     Accessible.role: Accessible.CheckBox
     Accessible.checkable: true
     Accessible.checked: isOn
-    Accessible.onToggleAction: toggle.pressed()
     onPressed: popover.toggleProductionOnly()
+    ring.strokeColor: DS.textMuted
 
     ContinuousRectangle {
         anchors.fill: parent
@@ -33,7 +33,8 @@ Pressable {
 
         anchors.centerIn: parent
         text: "PROD"
-        color: toggle.isOn ? DS.live : DS.textFaint
+        color: toggle.isOn ? DS.live : toggle.hovered ? DS.textMuted : DS.textFaint
+        opacity: toggle.contentOpacity
         font.pixelSize: 9
         font.weight: Font.DemiBold
         font.letterSpacing: 0.5

@@ -10,6 +10,8 @@ ListView {
     required property real maximumHeight
 
     readonly property real fullHeight: contentHeight + topMargin + bottomMargin
+    /// Where the keyboard is, when the user moves about with it.
+    readonly property Item keyboardItem: Navigation.byKeyboard ? Window.activeFocusItem : null
 
     implicitHeight: Math.max(0, Math.min(maximumHeight, fullHeight))
     clip: true
@@ -21,6 +23,19 @@ ListView {
     highlightFollowsCurrentItem: false
     currentIndex: 0
     Accessible.role: Accessible.List
+    onKeyboardItemChanged: {
+        if (keyboardItem)
+            revealRowOf(keyboardItem);
+    }
+
+    function revealRowOf(item: Item): void {
+        const row = item as ProjectListRow;
+        if (row && row.list === list)
+            reveal(row.index);
+        else if (item.parent)
+            revealRowOf(item.parent);
+    }
+
     Keys.onPressed: event => {
         const page = Math.max(1, Math.floor(height / 50));
         switch (event.key) {

@@ -11,6 +11,7 @@ Pressable {
 
     label: title
     implicitHeight: text.implicitHeight + 8
+    ring.strokeColor: DS.textMuted
     Accessible.role: Accessible.PageTab
     Accessible.selectable: true
     Accessible.selected: isSelected
@@ -27,7 +28,8 @@ Pressable {
         anchors.centerIn: parent
         width: Math.min(implicitWidth, parent.width)
         text: segment.title
-        color: segment.isSelected ? DS.text : DS.textFaint
+        color: segment.isSelected ? DS.text : segment.hovered ? DS.textMuted : DS.textFaint
+        opacity: segment.contentOpacity
         font.weight: segment.isSelected ? Font.DemiBold : Font.Normal
     }
 }

@@ -1,5 +1,4 @@
 import QtQuick
-import QtQuick.Templates as T
 import Tidemark.Controls
 import Tidemark.Preferences
 
@@ -60,35 +59,23 @@ ContinuousRectangle {
                 onEdited: text => frame.card.name = text
             }
 
-            T.AbstractButton {
+            IconButton {
                 id: remove
 
                 anchors.right: parent.right
                 anchors.verticalCenter: parent.verticalCenter
-                implicitWidth: implicitContentWidth
-                implicitHeight: implicitContentHeight
-                focusPolicy: Qt.StrongFocus
-                Accessible.name: "Remove this account"
+                label: "Remove this account"
+                toolTip: label
+                symbol: "minus.circle.fill"
+                fontSize: 16
+                ink: Qt.rgba(Theme.red.r, Theme.red.g, Theme.red.b, 0.75)
+                hoverInk: Theme.red
+                ring.reach: 2
+                ring.radius: width / 2
+                ring.strokeWidth: 2
+                ring.strokeColor: Theme.accentFill
                 Accessible.description: frame.owner
-                onClicked: frame.removed()
-
-                contentItem: Symbol {
-                    name: "minus.circle.fill"
-                    fontSize: 16
-                    color: Qt.rgba(Theme.red.r, Theme.red.g, Theme.red.b, remove.down ? 0.5 : hover.hovered ? 1 : 0.75)
-                }
-                background: Item {
-                    FocusOutline {
-                        radius: width / 2
-                        visible: remove.visualFocus
-                    }
-                }
-
-                HoverTip {
-                    id: hover
-
-                    text: "Remove this account"
-                }
+                onPressed: frame.removed()
             }
         }
 
@@ -142,8 +129,8 @@ ContinuousRectangle {
 
         PageLink {
             x: frame.indent
-            text: "Create a token in Vercel's account settings"
-            onClicked: frame.pageRequested()
+            title: "Create a token in Vercel's account settings"
+            onPressed: frame.pageRequested()
         }
     }
 }

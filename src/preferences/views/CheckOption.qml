@@ -1,51 +1,61 @@
 import QtQuick
-import QtQuick.Templates as T
 import Tidemark.Controls
 import Tidemark.Preferences
 
 /// A setting that is on or off.
-T.CheckBox {
+Pressable {
     id: option
 
-    property string mnemonic
+    required property string title
+    required property bool isOn
 
-    implicitWidth: leftPadding + implicitContentWidth
-    implicitHeight: Math.max(18, implicitContentHeight)
-    leftPadding: 26
-    focusPolicy: Qt.StrongFocus
-    hoverEnabled: true
+    label: title
+    implicitWidth: text.x + text.implicitWidth
+    implicitHeight: Math.max(box.height, text.implicitHeight)
     opacity: enabled ? 1 : 0.5
-    Accessible.name: text
+    ring.visible: false
+    Accessible.role: Accessible.CheckBox
+    Accessible.checkable: true
+    Accessible.checked: isOn
 
-    indicator: Frame {
-        y: Math.round((option.height - height) / 2)
+    Frame {
+        id: box
+
+        anchors.verticalCenter: parent.verticalCenter
         width: 18
         height: 18
         radius: 4
-        color: option.checked ? Theme.accentFill : Theme.field
-        thickness: option.checked ? 0 : 1
+        color: option.isOn ? Theme.accentFill : Theme.field
+        thickness: option.isOn ? 0 : 1
         outline: option.hovered ? Theme.secondary : Theme.fieldOutline
 
         Symbol {
             anchors.centerIn: parent
-            visible: option.checked
+            visible: option.isOn
             name: "checkmark"
             fontSize: 11
             color: Theme.accentFillText
         }
 
         FocusOutline {
-            visible: option.visualFocus
+            visible: option.showsFocus
         }
     }
-    contentItem: MnemonicText {
-        label: option.text
+
+    MnemonicText {
+        id: text
+
+        x: 26
+        anchors.verticalCenter: parent.verticalCenter
+        label: option.title
         mnemonic: option.mnemonic
+        color: Theme.text
+        font.pixelSize: Theme.bodySize
     }
 
     Accelerator {
-        enabled: option.enabled && option.visible
         control: option
         mnemonic: option.mnemonic
+        enabled: option.enabled && option.visible
     }
 }

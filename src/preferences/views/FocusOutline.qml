@@ -4,10 +4,7 @@ import Tidemark.Preferences
 
 /// The focus ring in the desktop's accent colour.
 FocusRing {
-    /// How far its outer edge is from the control.
-    property real reach: 2
-
-    anchors.margins: strokeWidth / 2 - reach
+    reach: 2
     strokeWidth: 2
     strokeColor: Theme.accentFill
 }

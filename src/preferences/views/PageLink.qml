@@ -2,7 +2,7 @@ import QtQuick
 import Tidemark.Preferences
 
 /// A caption that leads to a page in the browser.
-TextButton {
+PlainButton {
     symbol: "arrow.up.right.square"
     gap: 4
     ink: Theme.accent

@@ -1,7 +1,6 @@
 pragma ComponentBehavior: Bound
 
 import QtQuick
-import QtQuick.Templates as T
 import Tidemark.Controls
 import Tidemark.Preferences
 
@@ -16,20 +15,14 @@ FocusScope {
     focus: true
     Component.onCompleted: accounts.focusFirst(Qt.OtherFocusReason)
 
-    // On a button that shows the focus, Return presses it.
-    readonly property T.AbstractButton focusedButton: Window.activeFocusItem as T.AbstractButton
-    readonly property bool isOnButton: focusedButton !== null && focusedButton.visualFocus && !focusedButton.checkable
+    // A button that shows the focus takes Return itself.
+    readonly property bool isOnButton: Navigation.byKeyboard && (Window.activeFocusItem as Pressable) !== null
 
     Shortcut {
         sequences: ["Return", "Enter"]
         autoRepeat: false
-        enabled: editor.isOnButton || editor.canSave
-        onActivated: {
-            if (editor.isOnButton)
-                editor.focusedButton.clicked();
-            else
-                editor.preferences.save();
-        }
+        enabled: editor.canSave && !editor.isOnButton
+        onActivated: editor.preferences.save()
     }
 
     Shortcut {
@@ -81,9 +74,9 @@ FocusScope {
     }
 
     Divider {
-        color: Theme.divider
         id: headerEdge
 
+        color: Theme.divider
         anchors.top: header.bottom
         width: parent.width
     }
@@ -158,20 +151,20 @@ FocusScope {
 
                     function remove(id: string): void {
                         // Before it goes with what has it.
-                        addAccount.forceActiveFocus(editor.isOnButton ? Qt.TabFocusReason : Qt.OtherFocusReason);
+                        addAccount.forceActiveFocus(Qt.OtherFocusReason);
                         editor.preferences.removeAccount(id);
                     }
                 }
 
-                TextButton {
+                PlainButton {
                     id: addAccount
 
                     symbol: "plus.circle"
-                    text: "Add Account"
+                    title: "Add Account"
                     mnemonic: "A"
                     ink: Theme.accent
                     fontSize: 13
-                    onClicked: accounts.add()
+                    onPressed: accounts.add()
                 }
             }
 
@@ -202,8 +195,8 @@ FocusScope {
                 }
 
                 PageLink {
-                    text: "Create a token on Cloudflare's API tokens page"
-                    onClicked: editor.preferences.openCloudflareTokens()
+                    title: "Create a token on Cloudflare's API tokens page"
+                    onPressed: editor.preferences.openCloudflareTokens()
                 }
 
                 Explanation {
@@ -274,17 +267,17 @@ FocusScope {
                 }
 
                 CheckOption {
-                    text: "Launch at login"
+                    title: "Launch at login"
                     mnemonic: "L"
-                    checked: editor.preferences ? editor.preferences.launchAtLogin : false
-                    onToggled: editor.preferences.launchAtLogin = checked
+                    isOn: editor.preferences ? editor.preferences.launchAtLogin : false
+                    onPressed: editor.preferences.launchAtLogin = !isOn
                 }
 
                 CheckOption {
-                    text: "Play sounds on deployment events"
+                    title: "Play sounds on deployment events"
                     mnemonic: "P"
-                    checked: editor.preferences ? editor.preferences.soundEnabled : false
-                    onToggled: editor.preferences.soundEnabled = checked
+                    isOn: editor.preferences ? editor.preferences.soundEnabled : false
+                    onPressed: editor.preferences.soundEnabled = !isOn
                 }
 
                 Explanation {
@@ -296,9 +289,9 @@ FocusScope {
     }
 
     Divider {
-        color: Theme.divider
         id: footerEdge
 
+        color: Theme.divider
         anchors.bottom: footer.top
         width: parent.width
     }
@@ -316,9 +309,9 @@ FocusScope {
             anchors.right: save.left
             anchors.rightMargin: 8
             anchors.verticalCenter: parent.verticalCenter
-            text: "Cancel"
+            title: "Cancel"
             mnemonic: "C"
-            onClicked: editor.preferences.cancel()
+            onPressed: editor.preferences.cancel()
         }
 
         PushButton {
@@ -327,11 +320,11 @@ FocusScope {
             anchors.right: parent.right
             anchors.rightMargin: 16
             anchors.verticalCenter: parent.verticalCenter
-            text: "Save"
+            title: "Save"
             mnemonic: "S"
             isDefault: true
             enabled: editor.canSave
-            onClicked: editor.preferences.save()
+            onPressed: editor.preferences.save()
         }
     }
 }

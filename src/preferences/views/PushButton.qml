@@ -1,36 +1,31 @@
 import QtQuick
-import QtQuick.Templates as T
 import Tidemark.Controls
 import Tidemark.Preferences
 
 /// A button with a frame. The default one is in the accent colour.
-T.Button {
+Pressable {
     id: button
 
+    required property string title
     property bool isDefault: false
-    /// The letter that presses it with Alt; empty for none.
-    property string mnemonic
 
-    readonly property color face: isDefault && enabled ? Theme.accentFill : Theme.button
-    readonly property color ink: isDefault && enabled ? Theme.accentFillText : Theme.text
+    readonly property bool isAccented: isDefault && enabled
+    readonly property color ink: isAccented ? Theme.accentFillText : Theme.text
 
-    implicitWidth: Math.max(72, implicitContentWidth + 28)
-    implicitHeight: Math.max(28, implicitContentHeight + 10)
-    focusPolicy: Qt.StrongFocus
-    hoverEnabled: true
+    label: title
+    implicitWidth: Math.max(72, text.implicitWidth + 28)
+    implicitHeight: Math.max(28, text.implicitHeight + 10)
     opacity: enabled ? 1 : 0.5
-    Accessible.name: text
+    ring.reach: 3
+    ring.radius: 9
+    ring.strokeWidth: 2
+    ring.strokeColor: Theme.accentFill
 
-    contentItem: MnemonicText {
-        label: button.text
-        mnemonic: button.mnemonic
-        horizontalAlignment: Text.AlignHCenter
-        color: button.ink
-    }
-    background: Frame {
+    Frame {
+        anchors.fill: parent
         radius: 6
-        color: button.face
-        thickness: button.isDefault && button.enabled ? 0 : 1
+        color: button.isAccented ? Theme.accentFill : Theme.button
+        thickness: button.isAccented ? 0 : 1
         outline: Theme.fieldOutline
 
         Frame {
@@ -40,17 +35,21 @@ T.Button {
             color: button.ink
             opacity: button.down ? 0.16 : button.hovered && button.enabled ? 0.07 : 0
         }
+    }
 
-        FocusOutline {
-            reach: 3
-            radius: 9
-            visible: button.visualFocus
-        }
+    MnemonicText {
+        id: text
+
+        anchors.centerIn: parent
+        label: button.title
+        mnemonic: button.mnemonic
+        color: button.ink
+        font.pixelSize: Theme.bodySize
     }
 
     Accelerator {
-        enabled: button.enabled && button.visible
         control: button
         mnemonic: button.mnemonic
+        enabled: button.enabled && button.visible
     }
 }

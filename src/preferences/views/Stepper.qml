@@ -90,7 +90,7 @@ FocusScope {
         FocusOutline {
             reach: 3
             radius: 8
-            visible: stepper.activeFocus
+            visible: stepper.activeFocus && Navigation.byKeyboard
         }
     }
 }

@@ -33,15 +33,15 @@ Item {
         onEdited: text => token.edited(text)
     }
 
-    TextButton {
+    PlainButton {
         id: button
 
         anchors.right: parent.right
         anchors.verticalCenter: parent.verticalCenter
-        text: token.isShown ? "Hide" : "Show"
-        spokenName: text + " " + token.label
+        title: token.isShown ? "Hide" : "Show"
+        label: title + " " + token.label
         fontSize: token.buttonSize
-        onClicked: token.toggled()
+        onPressed: token.toggled()
     }
 
     TextMetrics {

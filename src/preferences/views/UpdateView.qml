@@ -12,22 +12,29 @@ FocusScope {
     readonly property bool isUnderWay: update ? update.isBusy || update.hasProgress : false
     readonly property bool hasNotes: update ? update.notes !== "" : false
 
-    /// Whether a key that is pressed here is meant for this window.
+    /// Whether a key that is pressed here is meant for this window: one that came unasked waits for Tab or a click.
     property bool isArmed: update ? !update.isUnasked : false
+    // A button that shows the focus takes Return itself.
+    readonly property bool isOnButton: Navigation.byKeyboard && (Window.activeFocusItem as Pressable) !== null
 
     focus: true
     Component.onCompleted: takeFocus()
 
     /// The keyboard is with what Return does.
     function takeFocus(): void {
-        if (goOn.visible)
+        if (!isArmed)
+            rest.forceActiveFocus(Qt.OtherFocusReason);
+        else if (goOn.visible)
             goOn.forceActiveFocus(Qt.OtherFocusReason);
         else
             close.forceActiveFocus(Qt.OtherFocusReason);
     }
     Keys.onTabPressed: event => {
-        isArmed = true;
-        event.accepted = false;
+        event.accepted = !isArmed;
+        if (!isArmed) {
+            isArmed = true;
+            takeFocus();
+        }
     }
 
     TapHandler {
@@ -43,15 +50,17 @@ FocusScope {
     Shortcut {
         sequences: ["Return", "Enter"]
         autoRepeat: false
-        enabled: view.isArmed
+        enabled: view.isArmed && !view.isOnButton
         onActivated: {
-            if (skip.visualFocus)
-                view.update.skip();
-            else if (goOn.visible && !close.visualFocus)
+            if (goOn.visible)
                 view.update.goOn();
-            else if (!view.isUnderWay || close.visualFocus)
+            else if (!view.isUnderWay)
                 view.update.close();
         }
+    }
+
+    FocusRest {
+        id: rest
     }
 
     Column {
@@ -67,7 +76,7 @@ FocusScope {
             spacing: 10
 
             Spinner {
-                anchors.verticalCenter: title.verticalCenter
+                anchors.verticalCenter: heading.verticalCenter
                 width: 16
                 height: 16
                 visible: view.update ? view.update.isBusy : false
@@ -75,7 +84,7 @@ FocusScope {
             }
 
             SectionHeader {
-                id: title
+                id: heading
 
                 width: parent.width - (view.update && view.update.isBusy ? 26 : 0)
                 maximumLineCount: 2
@@ -177,9 +186,9 @@ FocusScope {
             id: skip
 
             visible: view.update ? view.update.canSkip : false
-            text: "Skip This Version"
-            mnemonic: "K"
-            onClicked: view.update.skip()
+            title: "Skip This Version"
+            mnemonic: view.isArmed ? "K" : ""
+            onPressed: view.update.skip()
         }
 
         PushButton {
@@ -187,22 +196,22 @@ FocusScope {
 
             anchors.right: goOn.visible ? goOn.left : parent.right
             anchors.rightMargin: goOn.visible ? 8 : 0
-            text: view.update ? view.update.closeLabel : ""
-            mnemonic: text.charAt(0)
+            title: view.update ? view.update.closeLabel : ""
+            mnemonic: view.isArmed ? close.title.charAt(0) : ""
             isDefault: !goOn.visible && !view.isUnderWay
-            onClicked: view.update.close()
+            onPressed: view.update.close()
         }
 
         PushButton {
             id: goOn
 
             anchors.right: parent.right
-            visible: text !== ""
+            visible: goOn.title !== ""
             onVisibleChanged: view.takeFocus()
-            text: view.update ? view.update.goOnLabel : ""
-            mnemonic: text.charAt(0)
+            title: view.update ? view.update.goOnLabel : ""
+            mnemonic: view.isArmed ? goOn.title.charAt(0) : ""
             isDefault: true
-            onClicked: view.update.goOn()
+            onPressed: view.update.goOn()
         }
     }
 }

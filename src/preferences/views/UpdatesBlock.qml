@@ -19,10 +19,10 @@ Column {
 
     CheckOption {
         visible: block.isConfigured
-        text: "Check for updates automatically"
+        title: "Check for updates automatically"
         mnemonic: "U"
-        checked: block.updates ? block.updates.automatic : false
-        onToggled: block.updates.automatic = checked
+        isOn: block.updates ? block.updates.automatic : false
+        onPressed: block.updates.automatic = !isOn
     }
 
     Row {
@@ -32,10 +32,10 @@ Column {
         PushButton {
             id: check
 
-            text: "Check Now"
+            title: "Check Now"
             mnemonic: "N"
             enabled: block.updates ? block.updates.canCheckNow : false
-            onClicked: block.updates.checkNow()
+            onPressed: block.updates.checkNow()
         }
 
         Explanation {

@@ -43,7 +43,8 @@ ExpandableRow {
         focus: true
         label: card.row.projectName + ", " + card.row.zoneName + ", " + card.row.views + ", " + card.row.visitors
         activeFocusOnTab: row.ListView.isCurrentItem || activeFocus
-        focusRing.anchors.margins: 2
+        ring.reach: -1.25
+        ring.strokeColor: DS.textMuted
         Accessible.description: card.isExpanded ? "Expanded" : "Collapsed"
         onPressed: row.toggle()
 

@@ -19,19 +19,12 @@ Item {
         text: button.project ? button.project.copyToolTip : ""
     }
 
-    Pressable {
+    Chip {
         anchors.fill: parent
         enabled: button.canCopy
         label: "Copy URL"
         Accessible.description: tip.text
         onPressed: button.project.copyUrl()
-
-        ContinuousRectangle {
-            anchors.fill: parent
-            radius: 4
-            color: DS.border
-            opacity: 0.6
-        }
 
         Symbol {
             anchors.centerIn: parent

@@ -14,6 +14,7 @@ Pressable {
     toolTip: text.truncated ? domain : ""
     implicitWidth: icon.implicitWidth + 3 + text.implicitWidth
     implicitHeight: text.implicitHeight
+    ring.strokeColor: DS.textMuted
     Accessible.role: Accessible.Link
     onPressed: popover.open(url)
 

@@ -44,7 +44,8 @@ ExpandableRow {
         focus: true
         label: project.row.summary
         activeFocusOnTab: row.ListView.isCurrentItem || activeFocus
-        focusRing.anchors.margins: 2
+        ring.reach: -1.25
+        ring.strokeColor: DS.textMuted
         Accessible.description: (project.isExpanded ? "Expanded" : "Collapsed")
             + (project.row.pushedAt === "" ? "" : ", pushed " + project.row.pushedAt)
             + (project.row.placeholder === "" ? "" : ", " + project.row.placeholder)

@@ -107,13 +107,15 @@ ProjectListRow {
             activeFocusOnTab: row.ListView.isCurrentItem || activeFocus
             symbol: project.row.isPinned ? "pin.fill" : "pin"
             fontSize: 10
-            color: project.row.isPinned ? DS.live : DS.textDim
+            ink: project.row.isPinned ? DS.live : DS.textDim
+            hoverInk: project.row.isPinned ? DS.live : DS.textMuted
+            reach: 4
+            ring.strokeColor: DS.textMuted
             label: "Pin " + project.row.name
             toolTip: project.row.pinToolTip
             Accessible.role: Accessible.CheckBox
             Accessible.checkable: true
             Accessible.checked: project.row.isPinned
-            Accessible.onToggleAction: pin.pressed()
             onPressed: project.togglePinned()
         }
 

@@ -12,10 +12,6 @@ FocusScope {
     // One that waits for its next use is still drawn out of sight: it must not be found by Tab or by tools.
     ListView.onPooled: visible = false
     ListView.onReused: visible = true
-    onActiveFocusChanged: {
-        if (activeFocus && Navigation.byKeyboard)
-            list.reveal(index);
-    }
 
     /// Gives the keyboard to what the row is about.
     function takeFocus(): void {}

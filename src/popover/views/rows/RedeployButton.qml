@@ -3,45 +3,32 @@ import Tidemark.Controls
 import Tidemark.Popover
 
 /// Deploys a project's newest commit once more.
-Item {
+Chip {
     id: button
 
     required property ProjectRowModel project
     readonly property bool isBusy: project && project.isRedeploying
 
+    label: isBusy ? "Deploying…" : "Redeploy"
     implicitWidth: content.implicitWidth + 16
-    implicitHeight: text.implicitHeight + 6
-
-    HoverTip {
-        id: hover
-
-        text: "Redeploy without pushing a new commit"
+    implicitHeight: content.implicitHeight + 6
+    toolTip: "Redeploy without pushing a new commit"
+    // Busy it does nothing, but keeps the keyboard's place.
+    onPressed: {
+        if (!isBusy)
+            project.redeploy();
     }
 
-    Pressable {
-        anchors.fill: parent
-        label: text.text
-        Accessible.description: hover.text
-        // Busy it does nothing, but keeps the keyboard's place.
-        onPressed: {
-            if (!button.isBusy)
-                button.project.redeploy();
-        }
+    Row {
+        id: content
 
-        ContinuousRectangle {
-            anchors.fill: parent
-            radius: 4
-            color: DS.border
-            opacity: 0.6
-        }
+        anchors.centerIn: parent
+        opacity: button.contentOpacity
 
         Item {
-            id: content
-
-            anchors.centerIn: parent
-            implicitWidth: text.x + text.implicitWidth
-            width: implicitWidth
-            height: text.implicitHeight
+            anchors.verticalCenter: parent.verticalCenter
+            width: 14
+            height: 10
 
             Symbol {
                 anchors.verticalCenter: parent.verticalCenter
@@ -52,20 +39,18 @@ Item {
             }
 
             Spinner {
-                anchors.verticalCenter: parent.verticalCenter
                 visible: button.isBusy
                 width: 10
                 height: 10
                 color: DS.textMuted
             }
+        }
 
-            Label {
-                id: text
+        Label {
+            id: text
 
-                x: 14
-                text: button.isBusy ? "Deploying…" : "Redeploy"
-                color: button.isBusy ? DS.textFaint : DS.textMuted
-            }
+            text: button.label
+            color: button.isBusy ? DS.textFaint : DS.textMuted
         }
     }
 }

@@ -1,18 +1,16 @@
 import QtQuick
-import Tidemark.Preferences
+import Tidemark.Controls
 
 /// A label. The letter that goes with Alt is underlined while Alt is held.
-Text {
+PlainText {
     required property string label
     /// Empty for none.
     property string mnemonic
 
-    readonly property bool isUnderlined: mnemonic !== "" && Theme.showsMnemonics
+    readonly property ViewWindow view: mnemonic === "" ? null : Window.window as ViewWindow
+    readonly property bool isUnderlined: view !== null && view.isAltHeld
 
     textFormat: isUnderlined ? Text.StyledText : Text.PlainText
-    text: isUnderlined ? Theme.withMnemonic(label, mnemonic) : label
-    horizontalAlignment: Text.AlignLeft
+    text: isUnderlined ? view.withMnemonic(label, mnemonic) : label
     verticalAlignment: Text.AlignVCenter
-    color: Theme.text
-    font.pixelSize: Theme.bodySize
 }

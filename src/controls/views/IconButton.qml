@@ -1,6 +1,5 @@
 import QtQuick
 import Tidemark.Controls
-import Tidemark.Popover
 
 /// A symbol that can be pressed.
 Pressable {
@@ -8,17 +7,18 @@ Pressable {
 
     required property string symbol
     required property real fontSize
-    property color color: DS.textFaint
+    required property color ink
+    property color hoverInk: ink
 
     implicitWidth: icon.implicitWidth
     implicitHeight: icon.implicitHeight
-    reach: 4
 
     Symbol {
         id: icon
 
         name: button.symbol
         fontSize: button.fontSize
-        color: button.color
+        color: button.hovered ? button.hoverInk : button.ink
+        opacity: button.contentOpacity
     }
 }

@@ -1,19 +1,25 @@
 import QtQuick
 import Tidemark.Controls
-import Tidemark.Popover
 
 /// The base of everything that can be pressed, with the pointer, the keyboard or an assistive tool. Its only look is
-/// the focus ring.
+/// the focus ring. (The templates of Qt Quick do not let a control choose its role before Qt 6.8.)
 Item {
     id: control
 
     /// The name for screen readers.
     required property string label
     property string toolTip
-    property alias hovered: hover.hovered
     /// How far around it a click still counts.
     property real reach: 0
-    property alias focusRing: ring
+    /// The letter that presses it with Alt; empty for none.
+    property string mnemonic
+    property alias ring: ring
+    readonly property alias hovered: hover.hovered
+    readonly property alias down: area.containsPress
+    /// The focus is here, and the user can see it.
+    readonly property bool showsFocus: activeFocus && Navigation.byKeyboard
+    /// Of what is drawn on it.
+    readonly property real contentOpacity: down ? 0.6 : 1
 
     signal pressed
 
@@ -23,6 +29,10 @@ Item {
     Accessible.description: toolTip
     Accessible.focusable: true
     Accessible.onPressAction: {
+        if (enabled)
+            control.pressed();
+    }
+    Accessible.onToggleAction: {
         if (enabled)
             control.pressed();
     }
@@ -41,6 +51,8 @@ Item {
     }
 
     MouseArea {
+        id: area
+
         property bool isClicked: false
 
         anchors.fill: parent
@@ -60,7 +72,6 @@ Item {
     FocusRing {
         id: ring
 
-        visible: control.activeFocus && Navigation.byKeyboard
-        strokeColor: DS.textMuted
+        visible: control.showsFocus
     }
 }

@@ -6,7 +6,8 @@
 
 namespace tidemark {
 
-/// Whether the user moves about with the keyboard at the moment: only then the focus is shown.
+/// Whether the user moves about with the keyboard at the moment; the focus is shown only then. Windows set
+/// it.
 class Navigation : public QObject {
     Q_OBJECT
     QML_ELEMENT

@@ -1,7 +1,10 @@
-#include "preferences/MaskedFieldAccessible.h"
+#include "controls/TextFieldSupport.h"
 
 #include <QAccessible>
 #include <QAccessibleObject>
+#include <QKeyEvent>
+#include <QMetaObject>
+#include <QMouseEvent>
 #include <QQuickWindow>
 #include <algorithm>
 
@@ -11,8 +14,20 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-bool isMaskedField(const QObject* object) {
-    return object->inherits("QQuickTextField") && object->property("isMasked").toBool();
+/// An entry that calls a method of the field; disabled unless `isEnabled`.
+MenuItem fieldEntry(QQuickItem* field, const QString& title, const char* method, bool isEnabled) {
+    MenuItem item{.identifier = title, .title = title};
+    if (isEnabled)
+        item.action = [field = QPointer(field), method] {
+            if (field)
+                QMetaObject::invokeMethod(field, method);
+        };
+    return item;
+}
+
+bool asksForMenu(const QKeyEvent& press) {
+    return press.key() == Qt::Key_Menu ||
+           (press.key() == Qt::Key_F10 && press.modifiers() == Qt::ShiftModifier);
 }
 
 class MaskedField final : public QAccessibleObject, public QAccessibleTextInterface {
@@ -52,7 +67,8 @@ public:
     }
 
     [[nodiscard]] QString text(QAccessible::Text kind) const override {
-        return kind == QAccessible::Name ? field()->property("label").toString() : QString();
+        const TextFieldSupport* support = TextFieldSupport::of(field());
+        return support && kind == QAccessible::Name ? support->label() : QString();
     }
 
     // As many bullets as there are characters, and the place among them.
@@ -89,21 +105,78 @@ private:
 };
 
 QAccessibleInterface* makeMaskedField(const QString& className, QObject* object) {
-    return className == "QQuickTextField"_L1 && isMaskedField(object)
-               ? new MaskedField(static_cast<QQuickItem*>(object))
-               : nullptr;
+    const TextFieldSupport* support =
+        className == "QQuickTextField"_L1 ? TextFieldSupport::of(object) : nullptr;
+    return support && support->isMasked() ? new MaskedField(support->field()) : nullptr;
 }
 
 }  // namespace
 
-MaskedFieldAccessible::MaskedFieldAccessible(QObject* parent) : QObject(parent) {
+TextFieldSupport::TextFieldSupport(QObject* parent) : QObject(parent) {
+    // Once, however often it is asked for.
     QAccessible::installFactory(&makeMaskedField);
 }
 
-void MaskedFieldAccessible::update(QQuickItem* field) {
-    // The next one who asks gets the other kind.
-    if (QAccessibleInterface* interface = QAccessible::queryAccessibleInterface(field))
+TextFieldSupport::~TextFieldSupport() = default;
+
+TextFieldSupport* TextFieldSupport::of(const QObject* field) {
+    return field->findChild<TextFieldSupport*>(QString(), Qt::FindDirectChildrenOnly);
+}
+
+void TextFieldSupport::setField(QQuickItem* field) {
+    if (field == m_field)
+        return;
+    m_field = field;
+    setParent(field);
+    field->installEventFilter(this);
+    Q_EMIT fieldChanged();
+}
+
+void TextFieldSupport::setMasked(bool isMasked) {
+    if (isMasked == m_isMasked)
+        return;
+    m_isMasked = isMasked;
+    // The next tool that asks gets an interface of the other kind.
+    if (QAccessibleInterface* interface = m_field ? QAccessible::queryAccessibleInterface(m_field) : nullptr)
         QAccessible::deleteAccessibleInterface(QAccessible::uniqueId(interface));
+    Q_EMIT maskedChanged();
+}
+
+Menu TextFieldSupport::menu() const {
+    const bool canCopy = !m_isMasked && !m_field->property("selectedText").toString().isEmpty();
+    const bool hasText = m_field->property("length").toInt() > 0;
+    return {fieldEntry(m_field, u"Cut"_s, "cut", canCopy), fieldEntry(m_field, u"Copy"_s, "copy", canCopy),
+            fieldEntry(m_field, u"Paste"_s, "paste", m_field->property("canPaste").toBool()),
+            MenuItem{.identifier = u"separator"_s, .isSeparator = true},
+            fieldEntry(m_field, u"Select All"_s, "selectAll", hasText)};
+}
+
+Qt::InputMethodHints TextFieldSupport::inputMethodHints(bool isCode) {
+    return isCode ? Qt::ImhSensitiveData | Qt::ImhNoPredictiveText | Qt::ImhNoAutoUppercase
+                  : Qt::InputMethodHints(Qt::ImhNone);
+}
+
+bool TextFieldSupport::eventFilter(QObject* watched, QEvent* event) {
+    if (event->type() == QEvent::MouseButtonPress) {
+        const auto& press = *static_cast<QMouseEvent*>(event);
+        if (press.button() == Qt::RightButton) {
+            openMenu(press.position());
+            event->accept();
+            return true;
+        }
+    } else if (event->type() == QEvent::KeyPress && asksForMenu(*static_cast<QKeyEvent*>(event))) {
+        openMenu(QPointF(0, m_field->height()));
+        return true;
+    }
+    return QObject::eventFilter(watched, event);
+}
+
+void TextFieldSupport::openMenu(QPointF place) {
+    if (!m_menu)
+        m_menu = std::make_unique<MenuWindow>();
+    m_menu->setTransientParent(m_field->window());
+    m_field->forceActiveFocus(Qt::PopupFocusReason);
+    m_menu->popup(menu(), m_field->mapToGlobal(place).toPoint());
 }
 
 }  // namespace tidemark
