@@ -86,6 +86,25 @@ private Q_SLOTS:
         QCOMPARE(m_rig->takeTimeline().filter(u"list"_s), QStringList());
     }
 
+    void aListThatABusyServiceRefusedIsFetchedLater_data() {
+        QTest::addColumn<int>("status");
+        QTest::addColumn<bool>("isFetched");
+        for (const int status : {429, 500, 502, 503, 504})
+            QTest::addRow("%d", status) << status << true;
+        for (const int status : {401, 403, 404, 501})
+            QTest::addRow("%d", status) << status << false;
+    }
+
+    void aListThatABusyServiceRefusedIsFetchedLater() {
+        QFETCH(const int, status);
+        m_rig->store({.accounts = {Rig::account(u"A"_s)}});
+        m_rig->answerList(u"A"_s, httpAnswer(status));
+        m_rig->launch();
+        m_rig->listProjects(u"A"_s, {u"p1"_s});
+        passMinutes(2);
+        QTEST(m_rig->state().project(u"p1"_s).has_value(), "isFetched");
+    }
+
     void aNewerSaveStopsTheLoadUnderWay() {
         m_rig->store({.accounts = {Rig::account(u"A"_s), Rig::account(u"B"_s)}});
         m_rig->listProjects(u"A"_s, {u"old"_s});

@@ -13,8 +13,13 @@ namespace {
 
 constexpr auto lateProjectsInterval = 60s;
 
-/// Whether the network did not let a request through, which is likely to change.
+/// Whether a request may well succeed later: the network did not let it through, or the service was busy.
 bool isHeldBack(const VercelError& error) {
+    constexpr std::array busy{500, 502, 503, 504};
+    if (const auto* const answer = std::get_if<APIError>(&error))
+        return answer->kind == APIError::Kind::rateLimited ||
+               (answer->kind == APIError::Kind::httpError &&
+                std::ranges::find(busy, answer->status) != busy.end());
     constexpr std::array passing{TransportError::hostNotFound,   TransportError::connectionRefused,
                                  TransportError::connectionLost, TransportError::offline,
                                  TransportError::timedOut,       TransportError::proxyFailed};

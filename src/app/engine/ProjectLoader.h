@@ -21,9 +21,10 @@ public:
     ProjectLoader(AppState& state, VercelClients clients, Clock& clock, std::stop_token quit);
 
     /// Fetches the lists of all accounts, one after the other. An account that fails keeps its known
-    /// projects. An account that the network did not let through, as at a login, is asked again every minute
-    /// until it answers. Projects of accounts that are not configured any more leave the state. A new load
-    /// stops the one under way, whose accounts may be outdated.
+    /// projects. An account that the network did not let through, as at a login, or whose request the service
+    /// could not answer just then (429, 500, 502, 503, 504), is asked again every minute until it answers.
+    /// Projects of accounts that are not configured any more leave the state. A new load stops the one under
+    /// way, whose accounts may be outdated.
     void loadProjects();
 
 Q_SIGNALS:
@@ -34,7 +35,7 @@ Q_SIGNALS:
 
 private:
     [[nodiscard]] QCoro::Task<> load(AppConfiguration configuration, std::stop_token stop);
-    /// Fetches the lists of these accounts. Gives those that the network did not let through.
+    /// Fetches the lists of these accounts. Gives those to ask again.
     [[nodiscard]] QCoro::Task<QList<VercelAccount>> fetchProjects(QList<VercelAccount> accounts,
                                                                   std::stop_token stop);
     [[nodiscard]] QCoro::Task<> fetchLateProjects(QList<VercelAccount> missing, std::stop_token stop);
