@@ -36,6 +36,8 @@ PreferencesWindowController::~PreferencesWindowController() {
 }
 
 void PreferencesWindowController::showWindow() {
+    if (presentEdits())
+        return;
     m_patience.start();
     m_tasks.start([this, opening = ++m_opening](std::stop_token) { return loadAndShow(opening); });
 }
@@ -48,6 +50,8 @@ QCoro::Task<> PreferencesWindowController::loadAndShow(int opening) {
 }
 
 void PreferencesWindowController::showWindow(const std::optional<AppConfiguration>& stored) {
+    if (presentEdits())
+        return;
     ++m_opening;
     m_patience.stop();
     refreshContent(stored);
@@ -79,7 +83,19 @@ void PreferencesWindowController::refreshContent(const std::optional<AppConfigur
     m_window.setContent(u"PreferencesView"_s, {{u"preferences"_s, QVariant::fromValue(m_model.get())}});
 }
 
+bool PreferencesWindowController::presentEdits() {
+    if (!isShown() || !m_model || !m_model->isEdited())
+        return false;
+    // What is being loaded is of no use any more.
+    ++m_opening;
+    m_patience.stop();
+    m_window.present();
+    return true;
+}
+
 void PreferencesWindowController::showWaiting() {
+    if (presentEdits())
+        return;
     m_window.dropContent();
     m_model.reset();
     m_window.setContent(u"WaitingView"_s, {});

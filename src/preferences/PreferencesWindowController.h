@@ -38,8 +38,9 @@ public:
     /// Takes over the edited configuration, before the window closes. May be empty.
     std::function<void(const AppConfiguration&)> onSave;
 
-    /// Loads the stored configuration and shows the window with it, in front of everything. Edits of an
-    /// opening before are lost. While the keyring waits for its user the window says so.
+    /// Loads the stored configuration and shows the window with it, in front of everything. A window that is
+    /// open and edited keeps its edits, and only comes to the front. While the keyring waits for its user the
+    /// window says so.
     void showWindow();
     /// The same with what has just been loaded.
     void showWindow(const std::optional<AppConfiguration>& stored);
@@ -59,6 +60,8 @@ private:
     /// Builds the editor anew, on a copy of the configuration or on the default one.
     void refreshContent(const std::optional<AppConfiguration>& stored);
     [[nodiscard]] QCoro::Task<> loadAndShow(int opening);
+    /// Brings the window to the front if it has edits, instead of what was to be shown. Gives whether it has.
+    bool presentEdits();
     void showWaiting();
     void dropContent();
 
