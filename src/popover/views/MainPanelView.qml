@@ -5,17 +5,14 @@ import Tidemark.Controls
 import Tidemark.Popover
 
 /// The deployments screen.
-FocusScope {
+PanelScreen {
     id: panel
 
     required property PopoverModel popover
     required property int tab
-    required property real maximumHeight
 
     signal selectTab(tab: int)
     signal manage
-
-    implicitHeight: footer.y + footer.height
 
     function reset(): void {
         list.reset();
@@ -25,36 +22,20 @@ FocusScope {
     Keys.onDownPressed: list.focusRow(list.currentIndex)
     Keys.onUpPressed: tabs.takeFocus()
 
-    Item {
-        id: header
-
-        x: 14
-        y: 11
-        width: parent.width - 28
-        height: title.implicitHeight + 8 + summary.height + 8 + tabs.implicitHeight
-
+    header: [
         PanelHeader {
-            id: title
-
             width: parent.width
             popover: panel.popover
-        }
-
+        },
         Item {
-            id: summary
-
-            anchors.top: title.bottom
-            anchors.topMargin: 8
             width: parent.width
-            height: Math.max(count.implicitHeight, badge.height)
+            height: childrenRect.height
 
             Label {
-                id: count
-
                 anchors.left: parent.left
                 anchors.right: badge.left
                 anchors.rightMargin: 8
-                anchors.verticalCenter: parent.verticalCenter
+                anchors.verticalCenter: badge.verticalCenter
                 text: panel.popover.summary.countText
                 font.pixelSize: 13
                 font.weight: Font.Medium
@@ -62,70 +43,52 @@ FocusScope {
                 Accessible.name: text
             }
 
-            Item {
+            Label {
                 id: badge
 
                 anchors.right: parent.right
-                anchors.verticalCenter: parent.verticalCenter
-                width: badgeText.implicitWidth + 16
-                height: badgeText.implicitHeight + 4
+                leftPadding: 8
+                rightPadding: 8
+                topPadding: 2
+                bottomPadding: 2
+                text: panel.popover.summary.badgeText
+                color: panel.popover.summary.badgeColor
+                font.weight: Font.Medium
                 Accessible.role: Accessible.StaticText
-                Accessible.name: badgeText.text
+                Accessible.name: text
 
                 ContinuousRectangle {
                     anchors.fill: parent
+                    z: -1
                     radius: height / 2
                     color: panel.popover.summary.badgeColor
                     opacity: 0.15
                 }
-
-                Label {
-                    id: badgeText
-
-                    anchors.centerIn: parent
-                    text: panel.popover.summary.badgeText
-                    color: panel.popover.summary.badgeColor
-                    font.weight: Font.Medium
-                }
             }
-        }
-
+        },
         TabBar {
             id: tabs
 
-            anchors.bottom: parent.bottom
             width: parent.width
             selected: panel.tab
             onSelect: tab => panel.selectTab(tab)
         }
-    }
+    ]
 
-    Divider {
-        id: divider
-
-        color: DS.borderSoft
-        opacity: 0.4
-        y: header.y + header.height + 9
-        width: parent.width
+    FocusRest {
+        id: rest
     }
 
     ConnectionWarningBanner {
         id: banner
 
-        anchors.top: divider.bottom
         width: parent.width
         height: visible ? implicitHeight : 0
         visible: panel.popover.summary.showsConnectionWarning
         error: panel.popover.summary.connectionError
     }
 
-    FocusRest {
-        id: rest
-    }
-
     Item {
-        id: content
-
         anchors.top: banner.bottom
         width: parent.width
         height: {
@@ -159,7 +122,7 @@ FocusScope {
             width: parent.width
             height: implicitHeight
             visible: !panel.popover.summary.isLoading && !panel.popover.summary.isNothingTracked
-            maximumHeight: Math.max(60, Math.min(360, panel.maximumHeight - content.y - 1 - footer.height))
+            maximumHeight: Math.max(60, Math.min(360, panel.contentSpace - banner.height))
             topMargin: 5
             bottomMargin: 5
             model: panel.popover.trackedProjects
@@ -172,47 +135,29 @@ FocusScope {
         }
     }
 
-    Divider {
-        id: lowerDivider
-
-        color: DS.borderSoft
-        opacity: 0.4
-        anchors.top: content.bottom
-        width: parent.width
-    }
-
-    Item {
-        id: footer
-
-        anchors.top: lowerDivider.bottom
-        width: parent.width
-        height: 16 + Math.max(manage.implicitHeight, filter.implicitHeight)
-
+    footerLine: Math.max(manage.implicitHeight, filter.implicitHeight)
+    footer: [
         FooterButton {
             id: manage
 
-            x: 14
             anchors.verticalCenter: parent.verticalCenter
             title: "Manage projects"
             onPressed: panel.manage()
-        }
-
+        },
         ProductionFilterToggle {
             id: filter
 
-            x: (manage.x + manage.width + dashboard.x - width) / 2
+            x: (manage.width + dashboard.x - width) / 2
             anchors.verticalCenter: parent.verticalCenter
             popover: panel.popover
-        }
-
+        },
         FooterButton {
             id: dashboard
 
             anchors.right: parent.right
-            anchors.rightMargin: 14
             anchors.verticalCenter: parent.verticalCenter
             title: "Open dashboard"
             onPressed: panel.popover.openDashboard()
         }
-    }
+    ]
 }

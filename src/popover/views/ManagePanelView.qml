@@ -1,19 +1,17 @@
 pragma ComponentBehavior: Bound
 
 import QtQuick
-import Tidemark.Controls
 import Tidemark.Popover
 
 /// The manage screen.
-FocusScope {
+PanelScreen {
     id: panel
 
     required property PopoverModel popover
-    required property real maximumHeight
 
     signal back
 
-    implicitHeight: footer.y + footer.height
+    hasHeaderDivider: false
     Component.onCompleted: popover.filter = ""
 
     Keys.onDownPressed: list.focusRow(list.currentIndex)
@@ -32,18 +30,12 @@ FocusScope {
         }
     }
 
-    Item {
-        id: header
-
-        x: 14
-        y: 11
-        width: parent.width - 28
-        height: Math.max(title.implicitHeight, back.implicitHeight)
+    header: Item {
+        width: parent.width
+        height: childrenRect.height
 
         Label {
-            id: title
-
-            anchors.verticalCenter: parent.verticalCenter
+            anchors.verticalCenter: back.verticalCenter
             text: "MANAGE PROJECTS"
             color: DS.textMuted
             font.weight: Font.DemiBold
@@ -56,7 +48,6 @@ FocusScope {
             id: back
 
             anchors.right: parent.right
-            anchors.verticalCenter: parent.verticalCenter
             symbol: "chevron.left"
             symbolSize: 10
             gap: 3
@@ -69,7 +60,7 @@ FocusScope {
         id: filter
 
         x: 14
-        y: header.y + header.height + 9 + 8
+        y: 8
         width: parent.width - 28
         height: implicitHeight
         focus: true
@@ -77,9 +68,10 @@ FocusScope {
     }
 
     Item {
-        id: content
+        id: projects
 
-        y: filter.y + filter.height + 4
+        anchors.top: filter.bottom
+        anchors.topMargin: 4
         width: parent.width
         height: list.count > 0 ? list.implicitHeight : nothing.implicitHeight
 
@@ -88,7 +80,7 @@ FocusScope {
 
             width: parent.width
             height: implicitHeight
-            maximumHeight: Math.max(60, Math.min(300, panel.maximumHeight - content.y - 1 - footer.height))
+            maximumHeight: Math.max(60, Math.min(300, panel.contentSpace - projects.y))
             model: panel.popover.managedProjects
             Accessible.name: "Projects"
             section.property: "section"
@@ -108,36 +100,19 @@ FocusScope {
         }
     }
 
-    Divider {
-        id: divider
-
-        color: DS.borderSoft
-        opacity: 0.4
-        anchors.top: content.bottom
-        width: parent.width
-    }
-
-    Item {
-        id: footer
-
-        anchors.top: divider.bottom
-        width: parent.width
-        height: 16 + hint.implicitHeight
-
+    footerLine: hint.implicitHeight
+    footer: [
         Label {
             id: hint
 
-            x: 14
             anchors.verticalCenter: parent.verticalCenter
             text: "Changes save automatically"
             color: DS.textDim
             Accessible.role: Accessible.StaticText
             Accessible.name: text
-        }
-
+        },
         FooterButton {
             anchors.right: parent.right
-            anchors.rightMargin: 14
             anchors.verticalCenter: parent.verticalCenter
             title: "Done"
             ink: DS.live
@@ -145,5 +120,5 @@ FocusScope {
             weight: Font.Medium
             onPressed: panel.back()
         }
-    }
+    ]
 }

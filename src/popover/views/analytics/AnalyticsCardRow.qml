@@ -38,8 +38,7 @@ ExpandableRow {
         id: head
 
         width: row.width
-        height: 16 + Math.max(project.implicitHeight + 1 + zone.implicitHeight,
-                              views.implicitHeight + 1 + visitors.implicitHeight)
+        height: 16 + Math.max(names.implicitHeight, totals.implicitHeight)
         focus: true
         label: card.row.projectName + ", " + card.row.zoneName + ", " + card.row.views + ", " + card.row.visitors
         activeFocusOnTab: row.ListView.isCurrentItem || activeFocus
@@ -54,7 +53,7 @@ ExpandableRow {
             color: DS.hover
         }
 
-        Item {
+        Column {
             id: names
 
             anchors.left: parent.left
@@ -62,7 +61,7 @@ ExpandableRow {
             anchors.right: totals.left
             anchors.rightMargin: 9
             anchors.verticalCenter: parent.verticalCenter
-            height: project.implicitHeight + 1 + zone.implicitHeight
+            spacing: 1
 
             Label {
                 id: project
@@ -79,7 +78,6 @@ ExpandableRow {
             Label {
                 id: zone
 
-                y: project.implicitHeight + 1
                 width: parent.width
                 text: card.row.zoneName
                 color: DS.textFaint
@@ -90,7 +88,7 @@ ExpandableRow {
             }
         }
 
-        Item {
+        Column {
             id: totals
 
             anchors.right: chevron.left
@@ -98,7 +96,7 @@ ExpandableRow {
             anchors.verticalCenter: parent.verticalCenter
             // A hostile figure leaves the names some room.
             width: Math.min(Math.max(views.implicitWidth, visitors.implicitWidth), head.width / 2)
-            height: views.implicitHeight + 1 + visitors.implicitHeight
+            spacing: 1
 
             Label {
                 id: views
@@ -114,7 +112,6 @@ ExpandableRow {
             Label {
                 id: visitors
 
-                y: views.implicitHeight + 1
                 width: parent.width
                 horizontalAlignment: Text.AlignRight
                 text: card.row.visitors

@@ -4,12 +4,12 @@ import QtQuick
 import Tidemark.Popover
 
 /// The page views of a week, a bar a day.
-Item {
+Column {
     id: chart
 
     required property analyticsCard card
 
-    implicitHeight: caption.implicitHeight + 4 + bars.height
+    spacing: 4
     Accessible.role: Accessible.Chart
     Accessible.name: caption.text
 
@@ -34,7 +34,6 @@ Item {
     Row {
         id: bars
 
-        y: caption.implicitHeight + 4
         height: chart.card.highestBar > 0 ? chart.card.highestBar + 2 + measure.implicitHeight : 0
         spacing: 3
 

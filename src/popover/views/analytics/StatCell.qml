@@ -2,19 +2,17 @@ import QtQuick
 import Tidemark.Popover
 
 /// A figure and what it counts.
-Item {
+Column {
     id: cell
 
     required property string label
     required property string value
 
-    implicitHeight: figure.implicitHeight + 2 + caption.implicitHeight
+    spacing: 2
     Accessible.role: Accessible.StaticText
     Accessible.name: label + ": " + value
 
     Label {
-        id: figure
-
         width: parent.width
         horizontalAlignment: Text.AlignHCenter
         text: cell.value
@@ -23,9 +21,6 @@ Item {
     }
 
     Label {
-        id: caption
-
-        y: figure.implicitHeight + 2
         width: parent.width
         horizontalAlignment: Text.AlignHCenter
         text: cell.label

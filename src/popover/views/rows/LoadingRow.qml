@@ -9,14 +9,15 @@ Item {
     required property string text
     required property real verticalPadding
 
-    implicitHeight: Math.max(14, label.implicitHeight) + 2 * verticalPadding
+    implicitHeight: line.implicitHeight + 2 * verticalPadding
     Accessible.role: Accessible.StaticText
     Accessible.name: text
 
-    Item {
+    Row {
+        id: line
+
         anchors.centerIn: parent
-        width: 14 + 8 + label.implicitWidth
-        height: Math.max(14, label.implicitHeight)
+        spacing: 8
 
         Spinner {
             anchors.verticalCenter: parent.verticalCenter
@@ -26,9 +27,6 @@ Item {
         }
 
         Label {
-            id: label
-
-            anchors.right: parent.right
             anchors.verticalCenter: parent.verticalCenter
             text: row.text
             color: DS.textFaint
