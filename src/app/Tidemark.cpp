@@ -11,6 +11,7 @@
 
 #include "app/items/TrayAdvisor.h"
 #include "platform/base/ActivationToken.h"
+#include "platform/base/CoreDumps.h"
 #include "platform/base/TerminationSignals.h"
 #include "platform/keyring/SecretServiceKeychain.h"
 #include "popover/PopoverView.h"
@@ -96,6 +97,7 @@ int Tidemark::run() {
     if (startsAgain) {
         // Otherwise the new program would hand over to this one.
         m_instance.release();
+        const coredumps::UserLimit limit;
         QProcess::startDetached(programPath(), {});
     }
     return code;

@@ -2,11 +2,13 @@
 #include <cstdio>
 
 #include "app/Tidemark.h"
+#include "platform/base/CoreDumps.h"
 #include "platform/base/TerminationSignals.h"
 
 int main(int argc, char** argv) {
     using namespace Qt::StringLiterals;
     tidemark::TerminationSignals::exitUntilMade();
+    tidemark::coredumps::forbid();
     if (!tidemark::Tidemark::hasDesktop()) {
         std::fputs("Tidemark needs a graphical session.\n", stderr);
         return 1;

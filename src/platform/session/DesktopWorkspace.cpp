@@ -4,11 +4,13 @@
 #include <QFileInfo>
 
 #include "platform/base/ActivationToken.h"
+#include "platform/base/CoreDumps.h"
 
 namespace tidemark {
 namespace {
 
 void launch(const QUrl& url) {
+    const coredumps::UserLimit limit;
     QDesktopServices::openUrl(url);
     // The opener has inherited the token, which is good for one activation.
     withdrawActivationToken();

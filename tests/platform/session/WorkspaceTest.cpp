@@ -1,6 +1,8 @@
 #include <QFile>
 #include <QTemporaryDir>
+#include <algorithm>
 
+#include "platform/base/CoreDumps.h"
 #include "platform/session/DesktopWorkspace.h"
 #include "tests/TestProgram.h"
 
@@ -10,15 +12,22 @@ namespace {
 using namespace Qt::StringLiterals;
 
 /// Replaces the desktop's opener by a script that records its activation token and argument. It then keeps
-/// running as long as its file exists, so a caller that waits for it hangs.
+/// running as long as its file exists, so a caller that waits for it hangs. Its limit of core files is
+/// recorded too.
 class WorkspaceTest final : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
     void initTestCase() {
         write(u"xdg-open"_s,
-              "#!/bin/sh\nprintf '%s|%s\\n' \"$XDG_ACTIVATION_TOKEN\" \"$1\" >>\"$0.log\"\n"
+              "#!/bin/sh\nulimit -Sc >\"$0.limit\"\nprintf '%s|%s\\n' \"$XDG_ACTIVATION_TOKEN\" \"$1\" "
+              ">>\"$0.log\"\n"
               "while [ -e \"$0\" ]; do sleep 0.05; done >/dev/null 2>&1\n");
+        rlimit limit{};
+        QCOMPARE(::getrlimit(RLIMIT_CORE, &limit), 0);
+        limit.rlim_cur = std::min<rlim_t>(4096, limit.rlim_max);
+        QCOMPARE(::setrlimit(RLIMIT_CORE, &limit), 0);
+        coredumps::forbid();
         qputenv("PATH", m_folder.path().toUtf8() + ':' + qgetenv("PATH"));
     }
 
@@ -42,6 +51,15 @@ private Q_SLOTS:
         expected.sort();
         QTRY_VERIFY(opened().size() >= expected.size());
         QCOMPARE(opened(), expected);
+    }
+
+    void onlyStartedProgramsLeaveCoreFiles() {
+        rlimit limit{};
+        QCOMPARE(::getrlimit(RLIMIT_CORE, &limit), 0);
+        QCOMPARE(limit.rlim_cur, std::min<rlim_t>(1, limit.rlim_max));
+        QFile inherited(path(u"xdg-open.limit"_s));
+        QVERIFY(inherited.open(QIODevice::ReadOnly));
+        QCOMPARE(inherited.readAll().toULongLong(), std::min<rlim_t>(8, limit.rlim_max / 512));
     }
 
 private:
