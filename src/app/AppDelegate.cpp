@@ -18,7 +18,8 @@ AppDelegate::AppDelegate(Services services)
       m_poller(m_appState, m_clients, m_services.clock, m_services.notifications, m_quit.get_token()),
       m_statusPoller(m_appState, m_services.http, m_services.endpoints.vercelStatus, m_services.clock,
                      m_quit.get_token()),
-      m_redeployer(m_appState, m_clients, m_services.clock, m_poller, m_quit.get_token()) {}
+      m_redeployer(m_appState, m_clients, m_services.clock, m_poller, m_services.notifications,
+                   m_quit.get_token()) {}
 
 AppDelegate::~AppDelegate() {
     m_configuration.cancel();
@@ -27,7 +28,7 @@ AppDelegate::~AppDelegate() {
 }
 
 void AppDelegate::applicationDidFinishLaunching() {
-    m_mainItem = std::make_unique<MainItem>(m_appState, m_services.statusBar);
+    m_mainItem = std::make_unique<MainItem>(m_appState, m_services.clock, m_services.statusBar);
     m_windows = std::make_unique<Windows>(m_appState, m_configuration,
                                           Windows::Services{.http = m_services.http,
                                                             .clock = m_services.clock,
@@ -69,6 +70,8 @@ void AppDelegate::connectParts() {
     // Not every keyring reports everything.
     connect(m_windows.get(), &Windows::popoverAboutToShow, &m_configuration, &ConfigurationService::loadLate);
     connect(&m_appState, &AppState::productionOnlyChanged, this, [this] { m_poller.filterChanged(); });
+    connect(&m_appState, &AppState::projectChosen, this,
+            [this](const QString& projectId) { m_poller.refresh(projectId); });
     connect(&m_projectLoader, &ProjectLoader::loaded, this, [this] {
         m_pinnedItems->syncIndividualItems();
         m_poller.startPolling();
@@ -88,7 +91,12 @@ QCoro::Task<> AppDelegate::finishLaunching() {
 }
 
 void AppDelegate::apply(const AppConfiguration& configuration) {
-    applyLaunchAtLogin(configuration.launchAtLogin);
+    const bool isTurnedOn = m_launchAtLogin == false && configuration.launchAtLogin;
+    m_launchAtLogin = configuration.launchAtLogin;
+    // An entry that the user has switched off in the desktop's settings stays off until the box is ticked
+    // anew.
+    if (isTurnedOn || m_services.loginItem.status() != LoginItem::Status::requiresApproval)
+        applyLaunchAtLogin(configuration.launchAtLogin);
     m_services.notifications.setSoundEnabled(configuration.soundEnabled);
     m_projectLoader.loadProjects();
 }

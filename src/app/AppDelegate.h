@@ -6,6 +6,7 @@
 #include <QString>
 #include <QThreadPool>
 #include <memory>
+#include <optional>
 #include <stop_token>
 
 #include "app/ConfigurationService.h"
@@ -92,6 +93,8 @@ private:
     DeploymentPoller m_poller;
     PlatformStatusPoller m_statusPoller;
     Redeployer m_redeployer;
+    /// As last applied.
+    std::optional<bool> m_launchAtLogin;
     std::unique_ptr<MainItem> m_mainItem;
     std::unique_ptr<PinnedItems> m_pinnedItems;
     std::unique_ptr<Windows> m_windows;

@@ -10,4 +10,10 @@ namespace tidemark {
 /// state has no count: nothing is known yet, or a deployment was canceled.
 [[nodiscard]] QString statusSummary(const AppState& state);
 
+/// Says when the overall state is not current. While projects have not been checked since the start: "3 of 12
+/// checked". When the last check of each tracked project failed: "not checked for 12 minutes: Invalid API
+/// token (401)", with the first project's error. Empty otherwise. Projects whose account has no token do not
+/// count.
+[[nodiscard]] QString freshnessNote(const AppState& state, Clock::TimePoint now);
+
 }  // namespace tidemark

@@ -114,6 +114,7 @@ std::optional<VercelProject> AppState::project(const QString& projectId) const {
 }
 
 void AppState::setTracked(const QString& projectId, bool tracked) {
+    const bool isNews = tracked && (!m_trackedIds.contains(projectId) || !m_deployments.contains(projectId));
     if (tracked)
         m_trackedIds.insert(projectId);
     else
@@ -122,6 +123,8 @@ void AppState::setTracked(const QString& projectId, bool tracked) {
     Q_EMIT trackedIdsChanged();
     if (!tracked)
         setIndividual(projectId, false);
+    if (isNews)
+        Q_EMIT projectChosen(projectId);
 }
 
 void AppState::setIndividual(const QString& projectId, bool individual) {

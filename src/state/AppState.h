@@ -61,7 +61,7 @@ public:
 
     // Operations.
 
-    /// Untracking also unpins.
+    /// Untracking also unpins. Tracking emits `projectChosen`.
     void setTracked(const QString& projectId, bool tracked);
     /// Pins or unpins; pinning also tracks.
     void setIndividual(const QString& projectId, bool individual);
@@ -157,6 +157,8 @@ public:
     void setIndividualIds(const ProjectIds& projectIds);
 
 Q_SIGNALS:
+    /// The user has tracked or pinned a project of which nothing current is known yet.
+    void projectChosen(const QString& projectId);
     void allProjectsChanged();
     void deploymentsChanged();
     void recentDeploymentsChanged();

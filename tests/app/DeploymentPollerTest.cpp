@@ -68,6 +68,24 @@ private Q_SLOTS:
         QCOMPARE(m_rig->takeTimeline(), QStringList{u"32 p2"_s});
     }
 
+    void aProjectJustTrackedOrPinnedIsPolledAtOnce() {
+        start({Rig::account(u"A"_s)}, {u"p1"_s, u"p2"_s});
+        m_rig->clock.advance(10s);
+        m_rig->state().setTracked(u"p1"_s, false);
+        m_rig->takeTimeline();
+        m_rig->state().setTracked(u"p1"_s, true);
+        m_rig->state().setIndividual(u"p2"_s, true);  // known already
+        m_rig->settle();
+        QCOMPARE(m_rig->takeTimeline(), QStringList{u"10 p1"_s});
+        m_rig->state().setTracked(u"p1"_s, false);
+        m_rig->state().setIndividual(u"p1"_s, true);
+        m_rig->settle();
+        QCOMPARE(m_rig->takeTimeline(), QStringList{u"10 p1"_s});
+        // The cycle goes on as it was.
+        m_rig->clock.advance(30s);
+        QCOMPARE(m_rig->takeTimeline(), (QStringList{u"32 p1"_s, u"32 p2"_s}));
+    }
+
     void aFlipOfTheFilterPollsAtOnceAndAnnouncesNothing() {
         start({Rig::account(u"A"_s)}, {u"p1"_s, u"p2"_s});
         m_rig->clock.advance(10s);

@@ -70,6 +70,22 @@ private Q_SLOTS:
         QCOMPARE(calls(Status::requiresApproval, false), (QList{0, 0}));
     }
 
+    void whatTheDesktopSwitchedOffStaysOff() {
+        const auto configured = [](bool launchAtLogin) {
+            return AppConfiguration{.accounts = {Rig::account(u"A"_s)}, .launchAtLogin = launchAtLogin};
+        };
+        m_rig->store(configured(true));
+        m_rig->listProjects(u"A"_s, {});
+        m_rig->loginItem.currentStatus = LoginItem::Status::requiresApproval;
+        m_rig->launch();
+        m_rig->save(configured(true));
+        QCOMPARE(m_rig->loginItem.registrations, 0);
+        m_rig->save(configured(false));
+        QCOMPARE(m_rig->loginItem.unregistrations, 0);
+        m_rig->save(configured(true));
+        QCOMPARE(m_rig->loginItem.registrations, 1);
+    }
+
     void withoutAPanelEverythingElseGoesOn() {
         m_rig->statusBar.isAvailable = false;
         m_rig->store({.accounts = {Rig::account(u"A"_s)}});

@@ -52,7 +52,41 @@ private Q_SLOTS:
         rig.clock.advance(20s);
         QCOMPARE(rig.statusBar.items.value(u"tidemark"_s).dot, color(dot));
         QCOMPARE(rig.statusBar.items.value(u"tidemark"_s).label, summary);
-        QVERIFY(rig.statusBar.items.value(u"tidemark"_s).toolTip.isEmpty());
+        QCOMPARE(rig.statusBar.items.value(u"tidemark"_s).toolTip,
+                 states.contains(u"-"_s) ? u"Tidemark — not checked yet: HTTP error 404"_s : QString());
+    }
+
+    void theToolTipTellsWhenTheStateIsNotCurrent() {
+        Rig rig;
+        rig.store({.accounts = {Rig::account(u"A"_s), Rig::account(u"without"_s, {})}});
+        rig.listProjects(u"A"_s, {u"api"_s, u"docs"_s, u"web"_s});
+        rig.launch();
+        const auto toolTip = [&rig] {
+            rig.settle();
+            return rig.statusBar.items.value(u"tidemark"_s).toolTip;
+        };
+        // A project that nobody can ask for is not waited for.
+        rig.state().integrateProjects({{.id = u"cached"_s, .name = u"cached"_s}}, u"without"_s);
+        QCOMPARE(toolTip(), u"Tidemark — 1 live, 1 of 3 checked"_s);
+        rig.clock.advance(2s);
+        QCOMPARE(toolTip(), u"Tidemark — 2 live, 2 of 3 checked"_s);
+        rig.clock.advance(2s);
+        QCOMPARE(toolTip(), QString());
+        const auto answerAll = [&rig](const HttpResult& result) {
+            for (const auto& name : {u"api"_s, u"docs"_s, u"web"_s})
+                rig.answerDeployments(name, result);
+        };
+        answerAll(httpAnswer(401));
+        rig.state().setTracked(u"cached"_s, false);
+        rig.clock.advance(31s);
+        QCOMPARE(toolTip(), u"Tidemark — 3 live, not checked for 1 minute: Invalid API token (401)"_s);
+        rig.clock.advance(12min);
+        QCOMPARE(toolTip(), u"Tidemark — 3 live, not checked for 12 minutes: Invalid API token (401)"_s);
+        rig.clock.advance(50h);
+        QCOMPARE(toolTip(), u"Tidemark — 3 live, not checked for 2 days: Invalid API token (401)"_s);
+        rig.answerDeployments(u"docs"_s, QStringList{u"READY"_s});
+        rig.clock.advance(31s);
+        QCOMPARE(toolTip(), QString());
     }
 
     void untrackingShowsAtOnce() {

@@ -60,6 +60,9 @@ private Q_SLOTS:
         QCOMPARE(m_rig->state().errors().value(u"web"_s), u"Redeploy failed: HTTP error 403"_s);
         // The item in the panel tells of checks only.
         QCOMPARE(m_rig->statusBar.items.value(u"tidemark-web"_s).toolTip, u"web: READY"_s);
+        QCOMPARE(m_rig->notificationCenter.requests.size(), 1);
+        QCOMPARE(m_rig->notificationCenter.requests.last().title, u"web"_s);
+        QCOMPARE(m_rig->notificationCenter.requests.last().body, u"Redeploy failed: HTTP error 403"_s);
         m_rig->clock.advance(30s);
         QVERIFY(m_rig->state().errors().isEmpty());
     }

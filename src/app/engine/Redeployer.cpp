@@ -16,11 +16,12 @@ constexpr auto listingDelay = 2s;
 }  // namespace
 
 Redeployer::Redeployer(AppState& state, VercelClients clients, Clock& clock, DeploymentPoller& poller,
-                       std::stop_token quit)
+                       NotificationManager& notifications, std::stop_token quit)
     : m_state(state),
       m_clients(std::move(clients)),
       m_clock(clock),
       m_poller(poller),
+      m_notifications(notifications),
       m_quit(std::move(quit)) {}
 
 void Redeployer::setupRedeployHandler() {
@@ -50,13 +51,20 @@ QCoro::Task<> Redeployer::redeployProject(QString projectId) {
     if (m_quit.stop_requested())
         co_return;
     if (!redeployed) {
-        m_state.setRedeployError(projectId, u"Redeploy failed: "_s + description(redeployed.error()));
+        tellFailure(projectId, u"Redeploy failed: "_s + description(redeployed.error()));
         co_return;
     }
     co_await m_clock.sleep(listingDelay, m_quit);
     if (m_quit.stop_requested())
         co_return;
     co_await m_poller.fetchAndUpdate(projectId, *client, m_state.productionOnly());
+}
+
+void Redeployer::tellFailure(const QString& projectId, const QString& error) {
+    m_state.setRedeployError(projectId, error);
+    // The row's text lasts only until the next poll, and the popover may be closed by now.
+    const auto project = m_state.project(projectId);
+    m_notifications.announce(project ? project->name : projectId, error, {});
 }
 
 }  // namespace tidemark

@@ -10,14 +10,15 @@ namespace tidemark {
 
 using namespace Qt::StringLiterals;
 
-MainItem::MainItem(const AppState& state, StatusBar& statusBar)
-    : m_state(state), m_item(statusBar.createStatusItem(u"tidemark"_s)) {
+MainItem::MainItem(const AppState& state, const Clock& clock, StatusBar& statusBar)
+    : m_state(state), m_clock(clock), m_item(statusBar.createStatusItem(u"tidemark"_s)) {
     if (!m_item)
         return;
     m_item->setImage(VercelLogoShape::image(16));
     updateMainButton();
     for (const auto changed :
-         {&AppState::deploymentsChanged, &AppState::allProjectsChanged, &AppState::trackedIdsChanged})
+         {&AppState::deploymentsChanged, &AppState::allProjectsChanged, &AppState::trackedIdsChanged,
+          &AppState::errorsChanged, &AppState::lastCheckedAtChanged, &AppState::configChanged})
         connect(&m_state, changed, this, [this] { m_update.schedule(); });
 }
 
@@ -30,7 +31,14 @@ void MainItem::updateMainButton() {
     if (!m_item)
         return;
     m_item->setDot(color(m_state.overallState()));
-    m_item->setLabel(statusSummary(m_state));
+    const QString summary = statusSummary(m_state);
+    m_item->setLabel(summary);
+    const QString freshness = freshnessNote(m_state, m_clock.now());
+    if (freshness.isEmpty())
+        m_item->setToolTip({});
+    else
+        m_item->setToolTip(u"Tidemark — "_s + (summary.isEmpty() ? QString() : summary + u", "_s) +
+                           freshness);
 }
 
 }  // namespace tidemark
