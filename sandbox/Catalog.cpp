@@ -17,17 +17,14 @@ const QStringList companyProjects =
     u"status-board newsletter trail_log"_s.split(u' ');
 const QStringList products =
     u"atlas beacon cedar drift ember fable grove harbour inkwell juniper kestrel lantern meadow nimbus "
-    u"orchard "
-    u"pebble quarry rowan saffron thicket umber velvet willow yarrow zephyr basalt copper dune fern glacier"_s
+    u"orchard pebble quarry rowan saffron thicket umber velvet willow yarrow zephyr basalt copper dune fern glacier"_s
         .split(u' ');
 const QStringList kinds =
     u"web api docs admin landing dashboard mobile-web portal gateway preview search payments accounts blog "
-    u"widgets "
-    u"studio jobs auth assets playground"_s.split(u' ');
+    u"widgets studio jobs auth assets playground"_s.split(u' ');
 const QStringList branches =
     u"feat/guest-checkout feat/dark-mode fix/flaky-webhook chore/upgrade-deps fix/cart-rounding "
-    u"docs/quick-start "
-    u"renovate/typescript-5.x release/2024.3 feat/i18n-ja hotfix/tax-rates "
+    u"docs/quick-start renovate/typescript-5.x release/2024.3 feat/i18n-ja hotfix/tax-rates "
     u"feat/very-long-branch-name-that-nobody-dares-to-rename-any-more"_s.split(u' ');
 
 const QStringList messages{
@@ -48,8 +45,7 @@ const QStringList messages{
     u"✨ Saved views, part 2 of 3\n\n* store them per user\n* share by link\n\nCo-authored-by: Ida"_s,
     u"wip"_s,
     u"Rewrite the import so that a single broken row no longer throws away the whole file, report every bad "
-    u"row "
-    u"with its line and column, and keep the order of the ones that were fine"_s};
+    u"row with its line and column, and keep the order of the ones that were fine"_s};
 
 constexpr auto hexDigits = "0123456789abcdef"_L1;
 

@@ -16,7 +16,6 @@ namespace {
 using namespace Qt::StringLiterals;
 
 constexpr quint64 trafficDraws = 20;
-constexpr quint64 habitDraws = 21;
 
 /// How far back daily figures are kept.
 constexpr int keptDays = 90;
@@ -26,11 +25,9 @@ QJsonArray oneError(int code, const QString& message) {
 }
 
 Reply refusal(int status, int code, const QString& message) {
-    return Reply::json({{u"success"_s, false},
-                        {u"errors"_s, oneError(code, message)},
-                        {u"messages"_s, QJsonArray()},
-                        {u"result"_s, QJsonValue::Null}},
-                       status);
+    return Reply::json(
+        {{u"success"_s, false}, {u"errors"_s, oneError(code, message)}, {u"result"_s, QJsonValue::Null}},
+        status);
 }
 
 /// The query interface reports its own errors with status 200.
@@ -49,22 +46,6 @@ QDate today(const World& world) {
 /// 0 at midnight UTC, 1 at the next one.
 double dayElapsed(const World& world) {
     return QDateTime::fromMSecsSinceEpoch(world.now()).toUTC().time().msecsSinceStartOfDay() / 86'400'000.0;
-}
-
-/// How a zone's visitors keep the weekend: an office's documentation rests, a shop does not.
-double weekendShare(const World& world, const Zone& zone) {
-    return 0.45 + 0.75 * Random::stream(world.seed() ^ seedOf(zone.id), habitDraws, 0).real();
-}
-
-QJsonObject zoneDocument(const Zone& zone) {
-    return {{u"id"_s, zone.id},
-            {u"name"_s, zone.name},
-            {u"status"_s, u"active"_s},
-            {u"paused"_s, false},
-            {u"type"_s, u"full"_s},
-            {u"development_mode"_s, 0},
-            {u"name_servers"_s, QJsonArray{u"ada.ns.example"_s, u"bob.ns.example"_s}},
-            {u"plan"_s, QJsonObject{{u"id"_s, u"free"_s}, {u"name"_s, u"Free Website"_s}}}};
 }
 
 }  // namespace
@@ -92,17 +73,12 @@ Reply CloudflareService::listZones(const Request& request) const {
     const int page = std::max(request.queryValue("page"_L1).toInt(), 1);
     QJsonArray result;
     for (const Zone& zone : zones.mid(static_cast<qsizetype>(page - 1) * perPage, perPage))
-        result.append(zoneDocument(zone));
+        result.append(QJsonObject{{u"id"_s, zone.id}, {u"name"_s, zone.name}});
     const QJsonObject info{{u"page"_s, page},
-                           {u"per_page"_s, perPage},
                            {u"total_pages"_s, (zones.size() + perPage - 1) / perPage},
-                           {u"count"_s, result.size()},
                            {u"total_count"_s, zones.size()}};
-    return Reply::json({{u"result"_s, result},
-                        {u"result_info"_s, info},
-                        {u"success"_s, true},
-                        {u"errors"_s, QJsonArray()},
-                        {u"messages"_s, QJsonArray()}});
+    return Reply::json(
+        {{u"result"_s, result}, {u"result_info"_s, info}, {u"success"_s, true}, {u"errors"_s, QJsonArray()}});
 }
 
 Reply CloudflareService::query(const Request& request) const {
@@ -138,12 +114,8 @@ Reply CloudflareService::query(const Request& request) const {
 QJsonObject CloudflareService::day(const Zone& zone, QDate date) const {
     Random random = Random::stream(m_world.seed() ^ seedOf(zone.id), trafficDraws,
                                    static_cast<quint64>(date.toJulianDay()));
-    const double weekend = date.dayOfWeek() >= 6 ? weekendShare(m_world, zone) : 1.0;
-    // Now and then somebody with many readers sends them along.
-    const double rush = random.chance(0.08) ? 2.0 + random.real() : 1.0;
     const double elapsed = date == today(m_world) ? dayElapsed(m_world) : 1.0;
-    const double requests =
-        static_cast<double>(zone.dailyRequests) * weekend * rush * elapsed * (0.8 + 0.4 * random.real());
+    const double requests = static_cast<double>(zone.dailyRequests) * elapsed * (0.8 + 0.4 * random.real());
     const auto share = [&](double low, double high) {
         return static_cast<qint64>(requests * (low + (high - low) * random.real()));
     };

@@ -8,12 +8,12 @@ namespace tidemark::sandbox {
 
 /// A project as the project list gives it. It weighs some 8 KB like a real one, most of which no client
 /// reads.
-[[nodiscard]] QJsonObject projectDocument(const Project& project, const SandboxAccount& account);
+[[nodiscard]] QJsonObject projectDocument(const Project& project);
 
 /// A deployment as the deployment list gives it; a new one carries its id under another name.
 [[nodiscard]] QJsonObject deploymentDocument(const Deployment& deployment, const Project& project,
-                                             const SandboxAccount& account, const QString& idName);
+                                             const QString& idName);
 
-[[nodiscard]] QJsonObject domainDocument(const Domain& domain, const Project& project);
+[[nodiscard]] QJsonObject domainDocument(const Domain& domain);
 
 }  // namespace tidemark::sandbox

@@ -3,6 +3,7 @@
 #include <QList>
 #include <QString>
 #include <QStringList>
+#include <algorithm>
 #include <functional>
 #include <optional>
 
@@ -28,7 +29,6 @@ struct SandboxOptions {
 struct SandboxAccount {
     QString name{};
     QString slug{};
-    QString userId{};
     /// Empty for the personal account.
     QString teamId{};
     QString token{};
@@ -54,7 +54,6 @@ struct Deployment {
     /// "READY", "BUILDING", … or any other text.
     QString state{};
     qint64 created = 0;
-    qint64 buildingAt = 0;
     /// 0 while it has not become ready.
     qint64 ready = 0;
     /// "production", or null for a preview.
@@ -80,7 +79,6 @@ struct Project {
     QString name{};
     /// Index into the world's accounts.
     int account = 0;
-    qint64 created = 0;
     /// Unique in a world: the project list is sorted by it, newest first, and pages are cut at it.
     qint64 updated = 0;
     /// Newest first.
@@ -88,8 +86,12 @@ struct Project {
     QList<Domain> domains{};
     /// Never deploys by itself.
     bool quiet = false;
-    /// Raised at every change, for caches of what is derived from it.
-    quint64 revision = 0;
+
+    /// Null for an unknown one.
+    [[nodiscard]] Deployment* deployment(const QString& uid) {
+        const auto found = std::ranges::find(deployments, uid, &Deployment::uid);
+        return found == deployments.end() ? nullptr : &*found;
+    }
 };
 
 /// How a zone's analytics answer.
@@ -117,10 +119,6 @@ struct NewDeployment {
     QString outcome{};
     QString uid{};
     bool production = true;
-    /// 0: now.
-    qint64 created = 0;
-    /// 0: now, when the state is "READY".
-    qint64 ready = 0;
     std::optional<Commit> commit{};
 };
 

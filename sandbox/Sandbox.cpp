@@ -30,19 +30,15 @@ struct Sandbox::Private {
 };
 
 Reply Sandbox::Private::serviceReply(const Request& request) {
+    const auto answer = [&] {
+        if (VercelService::serves(request.path))
+            return vercel.answer(request);
+        if (CloudflareService::serves(request.path))
+            return cloudflare.answer(request);
+        return UpdateService::serves(request.path) ? updates.answer(request) : Reply{.status = 404};
+    };
     const std::optional<Fault> fault = faults.take(request.path, vercel.projectOf(request));
-    if (fault) {
-        if (std::optional<Reply> substitute = substituteFor(*fault))
-            return *std::move(substitute);
-    }
-    Reply reply{.status = 404};
-    if (VercelService::serves(request.path))
-        reply = vercel.answer(request);
-    else if (CloudflareService::serves(request.path))
-        reply = cloudflare.answer(request);
-    else if (UpdateService::serves(request.path))
-        reply = updates.answer(request);
-    return fault ? spoil(std::move(reply), *fault) : reply;
+    return fault ? deliver(*fault, answer) : answer();
 }
 
 Sandbox::Sandbox(const SandboxOptions& options) : m_d(std::make_unique<Private>(options)) {

@@ -49,7 +49,6 @@ QList<SandboxAccount> seedAccounts(const SandboxOptions& options) {
         const catalog::AccountName name = catalog::accountName(static_cast<quint64>(index));
         accounts.append({.name = name.name,
                          .slug = name.slug,
-                         .userId = random.letters(24),
                          .teamId = index == 0 ? QString() : u"team_"_s + random.letters(24),
                          .token = u"sandbox-%1-%2"_s.arg(name.slug, random.letters(12))});
     }
@@ -66,13 +65,8 @@ int accountOf(int index, int accounts) {
 /// Moves a queued deployment to the state it has reached by now.
 void age(Deployment& deployment, const QString& state, Random& random, qint64 now) {
     deployment.state = state;
-    if (state == u"QUEUED" || state == u"INITIALIZING")
-        return;
-    deployment.buildingAt = std::min(now, deployment.created + random.between(2000, 9000));
-    if (state != u"BUILDING")
-        deployment.ready = deployment.buildingAt + random.between(17'000, 160'000);
-    if (state != u"READY")
-        deployment.ready = 0;
+    if (state == u"READY")
+        deployment.ready = std::min(now, deployment.created + random.between(19'000, 169'000));
 }
 
 QString pastState(Random& random) {
@@ -110,7 +104,6 @@ Project seedProject(const SandboxOptions& options, const QList<SandboxAccount>& 
     project.name = catalog::projectName(static_cast<quint64>(index));
     project.account = accountOf(index, static_cast<int>(accounts.size()));
     project.updated = now - 20 * minute * (index + 1) - random.between(0, 19 * 60'000);
-    project.created = project.updated - 24 * hour * random.between(20, 900);
     const SandboxAccount& account = accounts.at(project.account);
     project.domains = seedDomains(options.seed, static_cast<quint64>(index), project, account);
 

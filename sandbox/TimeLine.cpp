@@ -5,12 +5,6 @@
 
 namespace tidemark::sandbox {
 
-namespace {
-
-constexpr double longestStep = 86'400;
-
-}  // namespace
-
 qint64 TimeLine::wallAt(double moment) const {
     if (m_speed <= 0)
         return m_lastWall;
@@ -18,6 +12,7 @@ qint64 TimeLine::wallAt(double moment) const {
 }
 
 void TimeLine::moveTo(qint64 wallMs) {
+    constexpr double longestStep = 86'400;
     m_lastWall = std::max(m_lastWall, wallMs);
     const double target = m_virtualAnchor + static_cast<double>(m_lastWall - m_wallAnchor) / 1000 * m_speed;
     if (target - m_now > longestStep) {

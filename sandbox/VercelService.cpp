@@ -1,6 +1,5 @@
 #include "sandbox/VercelService.h"
 
-#include <QDateTime>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <algorithm>
@@ -43,21 +42,12 @@ qint64 cursorOf(const Request& request) {
     return valid ? until : std::numeric_limits<qint64>::max();
 }
 
-/// A list's document; 0 for no further or no earlier page.
-Reply listReply(const QByteArray& name, const QByteArrayList& items, qint64 next, qint64 previous) {
-    const auto cursor = [](qint64 value) { return value == 0 ? QJsonValue() : QJsonValue(value); };
-    const QJsonObject pagination{
-        {u"count"_s, items.size()}, {u"next"_s, cursor(next)}, {u"prev"_s, cursor(previous)}};
+/// A list's document; `next` is 0 for no further page.
+Reply listReply(const QByteArray& name, const QByteArrayList& items, qint64 next = 0) {
+    const QJsonObject pagination{{u"count"_s, items.size()},
+                                 {u"next"_s, next == 0 ? QJsonValue() : QJsonValue(next)}};
     return {.body =
                 "{\"" + name + "\":[" + items.join(',') + "],\"pagination\":" + compact(pagination) + '}'};
-}
-
-QString indicatorText(const QString& indicator) {
-    static const QHash<QString, QString> texts{{u"none"_s, u"All Systems Operational"_s},
-                                               {u"minor"_s, u"Minor Service Outage"_s},
-                                               {u"major"_s, u"Partial System Outage"_s},
-                                               {u"critical"_s, u"Major Service Outage"_s}};
-    return texts.value(indicator, indicator);
 }
 
 }  // namespace
@@ -69,7 +59,7 @@ bool VercelService::serves(const QString& path) {
 
 Reply VercelService::answer(const Request& request) {
     if (request.path == u"/api/v2/status.json")
-        return statusPage();
+        return Reply::json({{u"status"_s, QJsonObject{{u"indicator"_s, m_world.statusIndicator()}}}});
     const std::optional<int> account = m_world.accountForToken(request.bearerToken());
     if (!account)
         return failure(401, u"unauthorized"_s, u"The token is missing, wrong or revoked."_s);
@@ -93,17 +83,6 @@ QString VercelService::projectOf(const Request& request) const {
     return project == nullptr ? QString() : project->id;
 }
 
-Reply VercelService::statusPage() const {
-    const QString& indicator = m_world.statusIndicator();
-    const QJsonObject page{
-        {u"id"_s, u"sandbox"_s},
-        {u"name"_s, u"Sandbox"_s},
-        {u"time_zone"_s, u"Etc/UTC"_s},
-        {u"updated_at"_s, QDateTime::fromMSecsSinceEpoch(m_world.now()).toUTC().toString(Qt::ISODateWithMs)}};
-    const QJsonObject status{{u"indicator"_s, indicator}, {u"description"_s, indicatorText(indicator)}};
-    return Reply::json({{u"page"_s, page}, {u"status"_s, status}});
-}
-
 Reply VercelService::route(const Request& request, int account) {
     const QStringList segments = request.segments();
     if (request.method == "GET" && segments == QStringList{u"v9"_s, u"projects"_s})
@@ -124,60 +103,36 @@ Reply VercelService::listProjects(const Request& request, int account) {
     const int limit = limitOf(request);
     const qint64 until = cursorOf(request);
     QByteArrayList page;
-    qint64 first = 0;
     qint64 last = 0;
     for (int index = 0; index < m_world.projectCount(); ++index) {
         const Project& project = m_world.projectAt(index);
         if (project.account != account || project.updated >= until)
             continue;
         if (page.size() == limit)
-            return listReply("projects", page, last, first);
-        if (page.isEmpty())
-            first = project.updated;
+            return listReply("projects", page, last);
         page.append(rendered(project));
         last = project.updated;
     }
-    return listReply("projects", page, 0, first);
+    return listReply("projects", page);
 }
 
 Reply VercelService::listDeployments(const Request& request, int account) const {
-    const QString wanted = request.queryValue("projectId"_L1);
-    if (!wanted.isEmpty() && ownProject(wanted, account) == nullptr)
+    const Project* project = ownProject(request.queryValue("projectId"_L1), account);
+    if (project == nullptr)
         return notFound(u"Project"_s);
     const QString target = request.queryValue("target"_L1);
-    const qint64 until = cursorOf(request);
-    using Found = std::pair<const Deployment*, const Project*>;
-    std::vector<Found> found;
-    for (int index = 0; index < m_world.projectCount(); ++index) {
-        const Project& project = m_world.projectAt(index);
-        if (project.account != account ||
-            (!wanted.isEmpty() && project.id != wanted && project.name != wanted))
-            continue;
-        for (const Deployment& deployment : project.deployments)
-            if (deployment.created < until && (target.isEmpty() || deployment.target == target))
-                found.emplace_back(&deployment, &project);
-    }
-    // A history that was set by hand keeps its order.
-    if (wanted.isEmpty())
-        std::stable_sort(found.begin(), found.end(), [](const Found& left, const Found& right) {
-            return left.first->created > right.first->created;
-        });
-    const auto limit = static_cast<std::size_t>(limitOf(request));
-    const bool more = found.size() > limit;
-    found.resize(std::min(found.size(), limit));
     QByteArrayList page;
-    for (const auto& [deployment, project] : found)
-        page.append(
-            compact(deploymentDocument(*deployment, *project, m_world.accounts().at(account), u"uid"_s)));
-    const qint64 next = more ? found.back().first->created : 0;
-    return listReply("deployments", page, next, found.empty() ? 0 : found.front().first->created);
+    for (const Deployment& deployment : project->deployments)
+        if (page.size() < limitOf(request) && (target.isEmpty() || deployment.target == target))
+            page.append(compact(deploymentDocument(deployment, *project, u"uid"_s)));
+    return listReply("deployments", page);
 }
 
 Reply VercelService::listDomains(const Request& request, const Project& project) const {
     QByteArrayList page;
     for (const Domain& domain : project.domains.mid(0, limitOf(request)))
-        page.append(compact(domainDocument(domain, project)));
-    return listReply("domains", page, 0, 0);
+        page.append(compact(domainDocument(domain)));
+    return listReply("domains", page);
 }
 
 Reply VercelService::createDeployment(const Request& request, int account) {
@@ -189,8 +144,7 @@ Reply VercelService::createDeployment(const Request& request, int account) {
     if (project == nullptr || project->account != account)
         return notFound(u"Deployment"_s);
     m_world.redeploy(source);
-    return Reply::json(
-        deploymentDocument(project->deployments.first(), *project, m_world.accounts().at(account), u"id"_s));
+    return Reply::json(deploymentDocument(project->deployments.first(), *project, u"id"_s));
 }
 
 const Project* VercelService::ownProject(const QString& idOrName, int account) const {
@@ -199,10 +153,10 @@ const Project* VercelService::ownProject(const QString& idOrName, int account) c
 }
 
 const QByteArray& VercelService::rendered(const Project& project) {
-    Rendered& entry = m_rendered[project.id];
-    if (entry.json.isEmpty() || entry.revision != project.revision)
-        entry = {project.revision, compact(projectDocument(project, m_world.accounts().at(project.account)))};
-    return entry.json;
+    QByteArray& json = m_rendered[project.id];
+    if (json.isEmpty())
+        json = compact(projectDocument(project));
+    return json;
 }
 
 }  // namespace tidemark::sandbox

@@ -21,13 +21,6 @@ public:
     [[nodiscard]] QString projectOf(const Request& request) const;
 
 private:
-    /// A project's JSON as last rendered. A page of a hundred is then little more than a copy.
-    struct Rendered {
-        quint64 revision = 0;
-        QByteArray json;
-    };
-
-    [[nodiscard]] Reply statusPage() const;
     [[nodiscard]] Reply route(const Request& request, int account);
     [[nodiscard]] Reply listProjects(const Request& request, int account);
     [[nodiscard]] Reply listDeployments(const Request& request, int account) const;
@@ -37,7 +30,8 @@ private:
     const QByteArray& rendered(const Project& project);
 
     World& m_world;
-    QHash<QString, Rendered> m_rendered;
+    /// The JSON of each project, by its id. A page of a hundred is then little more than a copy.
+    QHash<QString, QByteArray> m_rendered;
 };
 
 }  // namespace tidemark::sandbox

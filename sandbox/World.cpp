@@ -68,7 +68,9 @@ World::World(const SandboxOptions& options)
     m_projects = std::move(seeds.projects);
     for (const auto& project : m_projects)
         m_byId.insert(project->id, project.get());
-    resumeLives();
+    for (const auto& project : m_projects)
+        if (!project->deployments.isEmpty() && underWay(project->deployments.first()))
+            startLife(*project, project->deployments.first(), m_timeLine.now(), {});
     scheduleNextPush(m_timeLine.now());
 }
 
@@ -114,10 +116,7 @@ const Project* World::project(const QString& idOrName) const {
 }
 
 const Project* World::projectOfDeployment(const QString& uid) const {
-    const auto holds = [&](const auto& project) {
-        return std::any_of(project->deployments.begin(), project->deployments.end(),
-                           [&](const Deployment& deployment) { return deployment.uid == uid; });
-    };
+    const auto holds = [&uid](const auto& project) { return project->deployment(uid) != nullptr; };
     const auto found = std::find_if(m_projects.begin(), m_projects.end(), holds);
     return found == m_projects.end() ? nullptr : found->get();
 }
@@ -136,7 +135,6 @@ QString World::addProject(const QString& name, int account) {
     project->id = u"prj_"_s + random.letters(28);
     project->name = name;
     project->account = std::clamp(account, 0, static_cast<int>(m_accounts.size()) - 1);
-    project->created = now();
     project->updated = m_projects.empty() ? now() : std::max(now(), m_projects.front()->updated + 1);
     project->domains = seedDomains(m_seed + 1, m_made++, *project, m_accounts.at(project->account));
     project->quiet = true;
@@ -160,8 +158,7 @@ std::optional<QString> World::push(const QString& idOrName, const NewDeployment&
     if (project == nullptr)
         return std::nullopt;
     Random random = Random::stream(m_seed, madeDraws, m_made++);
-    const qint64 created = fields.created != 0 ? fields.created : now();
-    Deployment made = catalog::deployment(random, *project, m_accounts.at(project->account), created,
+    Deployment made = catalog::deployment(random, *project, m_accounts.at(project->account), now(),
                                           fields.production, m_made);
     if (!fields.uid.isEmpty())
         made.uid = fields.uid;
@@ -173,8 +170,6 @@ std::optional<QString> World::push(const QString& idOrName, const NewDeployment&
         return deployment.uid;
     }
     enter(*project, deployment, fields.state, now());
-    if (fields.ready != 0)
-        deployment.ready = fields.ready;
     return deployment.uid;
 }
 
@@ -189,36 +184,21 @@ bool World::setState(const QString& idOrName, const QString& state) {
     return true;
 }
 
-bool World::setDeployments(const QString& idOrName, const QList<Deployment>& deployments) {
-    Project* project = find(idOrName);
-    if (project == nullptr)
-        return false;
-    std::erase_if(m_events, [&](const auto& event) { return event.second.projectId == project->id; });
-    project->deployments = deployments;
-    ++project->revision;
-    return true;
-}
-
 std::optional<QString> World::redeploy(const QString& uid) {
     advance();
     const Project* found = projectOfDeployment(uid);
     if (found == nullptr)
         return std::nullopt;
     Project* project = m_byId.value(found->id);
-    const auto source = std::find_if(project->deployments.begin(), project->deployments.end(),
-                                     [&](const Deployment& each) { return each.uid == uid; });
+    const Deployment* source = project->deployment(uid);
     NewDeployment fields{.production = source->target == u"production", .commit = source->commit};
     return push(project->id, fields);
-}
-
-void World::schedule(double moment, Event event) {
-    m_events.emplace(moment, std::move(event));
 }
 
 void World::scheduleNextPush(double after) {
     Random random = Random::stream(m_seed, gapDraws, m_pushes);
     const double gap = deploymentGap / std::max(projectCount(), 1);
-    schedule(after + random.exponential(gap), Event{});
+    m_events.emplace(after + random.exponential(gap), Event{});
 }
 
 void World::happen(double moment, const Event& event) {
@@ -226,18 +206,13 @@ void World::happen(double moment, const Event& event) {
         pushSomewhere(moment);
         return;
     }
-    if (Project* project = m_byId.value(event.projectId); project != nullptr)
-        step(*project, moment, event);
-}
-
-void World::step(Project& project, double moment, const Event& event) {
-    const auto found = std::find_if(project.deployments.begin(), project.deployments.end(),
-                                    [&](const Deployment& each) { return each.uid == event.uid; });
-    if (found == project.deployments.end())
+    Project* project = m_byId.value(event.projectId);
+    Deployment* deployment = project == nullptr ? nullptr : project->deployment(event.uid);
+    if (deployment == nullptr)
         return;
-    enter(project, *found, event.state, m_timeLine.wallAt(moment));
-    if (underWay(*found))
-        startLife(project, *found, moment, event.outcome);
+    enter(*project, *deployment, event.state, m_timeLine.wallAt(moment));
+    if (underWay(*deployment))
+        startLife(*project, *deployment, moment, event.outcome);
 }
 
 void World::startLife(const Project& project, const Deployment& deployment, double moment,
@@ -246,13 +221,7 @@ void World::startLife(const Project& project, const Deployment& deployment, doub
     Random random = Random::stream(m_seed, lifeDraws, seedOf(deployment.uid + deployment.state));
     const QString end = outcome.isEmpty() ? drawOutcome(random) : outcome;
     const NextStep next = nextStep(deployment.state, end, random);
-    schedule(moment + next.wait, {project.id, deployment.uid, next.state, end});
-}
-
-void World::resumeLives() {
-    for (const auto& project : m_projects)
-        if (!project->deployments.isEmpty() && underWay(project->deployments.first()))
-            startLife(*project, project->deployments.first(), m_timeLine.now(), {});
+    m_events.emplace(moment + next.wait, Event{project.id, deployment.uid, next.state, end});
 }
 
 void World::pushSomewhere(double moment) {
@@ -277,19 +246,15 @@ Deployment& World::prepend(Project& project, Deployment deployment) {
     project.deployments.prepend(std::move(deployment));
     if (project.deployments.size() > longestHistory)
         project.deployments.resize(longestHistory);
-    ++project.revision;
     return project.deployments.first();
 }
 
 void World::enter(Project& project, Deployment& deployment, const QString& state, qint64 wallMs) {
     deployment.state = state;
-    if (state == u"BUILDING")
-        deployment.buildingAt = wallMs;
     deployment.ready = state == u"READY" ? std::max(wallMs, deployment.created) : 0;
     deployment.alias = state == u"READY"
                            ? catalog::aliases(project, m_accounts.at(project.account), deployment)
                            : QStringList();
-    ++project.revision;
 }
 
 Project* World::find(const QString& idOrName) const {

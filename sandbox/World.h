@@ -63,9 +63,6 @@ public:
     /// The newest deployment's state; ends the life of its own, if it had one. False without a deployment.
     bool setState(const QString& idOrName, const QString& state);
 
-    /// Replaces the whole history. Nothing in it changes by itself.
-    bool setDeployments(const QString& idOrName, const QList<Deployment>& deployments);
-
     /// Deploys the source of an earlier deployment again; gives the new one's uid.
     std::optional<QString> redeploy(const QString& uid);
 
@@ -85,13 +82,10 @@ private:
         QString outcome;
     };
 
-    void schedule(double moment, Event event);
     void scheduleNextPush(double after);
     void happen(double moment, const Event& event);
-    void step(Project& project, double moment, const Event& event);
     void startLife(const Project& project, const Deployment& deployment, double moment,
                    const QString& outcome);
-    void resumeLives();
     void pushSomewhere(double moment);
     Deployment& prepend(Project& project, Deployment deployment);
     void enter(Project& project, Deployment& deployment, const QString& state, qint64 wallMs);

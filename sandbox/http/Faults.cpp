@@ -2,7 +2,6 @@
 
 #include <QJsonObject>
 #include <algorithm>
-#include <array>
 
 using namespace Qt::StringLiterals;
 
@@ -10,36 +9,15 @@ namespace tidemark::sandbox {
 
 namespace {
 
-constexpr std::array<std::pair<FaultKind, QLatin1StringView>, 10> kindNames = {{
-    {FaultKind::status, "status"_L1},
-    {FaultKind::stall, "stall"_L1},
-    {FaultKind::delay, "delay"_L1},
-    {FaultKind::drip, "drip"_L1},
-    {FaultKind::cut, "cut"_L1},
-    {FaultKind::reset, "reset"_L1},
-    {FaultKind::garbage, "garbage"_L1},
-    {FaultKind::huge, "huge"_L1},
-    {FaultKind::bomb, "bomb"_L1},
-    {FaultKind::redirect, "redirect"_L1},
-}};
-
-QByteArray errorDocument(int status) {
+Reply statusReply(const Fault& fault) {
     const QJsonObject error{{u"code"_s, u"sandbox_fault"_s},
                             {u"message"_s, u"The sandbox was asked to fail."_s}};
-    return Reply::json({{u"error"_s, error}}, status).body;
-}
-
-Reply statusReply(const Fault& fault) {
-    Reply reply{.status = fault.status,
-                .body = fault.body.isNull() ? errorDocument(fault.status) : fault.body};
+    Reply reply = Reply::json({{u"error"_s, error}}, fault.status);
+    if (!fault.body.isNull())
+        reply.body = fault.body;
     if (fault.status == 429)
         reply.headers = {{"Retry-After", "60"}};
     return reply;
-}
-
-Reply redirectReply(const Fault& fault) {
-    const bool named = fault.status >= 300 && fault.status < 400;
-    return {.status = named ? fault.status : 302, .headers = {{"Location", fault.location.toUtf8()}}};
 }
 
 Reply bombReply(const Fault& fault) {
@@ -50,18 +28,6 @@ Reply bombReply(const Fault& fault) {
 }
 
 }  // namespace
-
-QString toString(FaultKind kind) {
-    const auto entry = std::find_if(kindNames.begin(), kindNames.end(),
-                                    [kind](const auto& each) { return each.first == kind; });
-    return entry == kindNames.end() ? QString() : QString(entry->second);
-}
-
-std::optional<FaultKind> faultKindFromString(const QString& name) {
-    const auto entry = std::find_if(kindNames.begin(), kindNames.end(),
-                                    [&](const auto& each) { return each.second == name; });
-    return entry == kindNames.end() ? std::nullopt : std::optional(entry->first);
-}
 
 void Faults::add(Fault fault) {
     const std::scoped_lock lock(m_mutex);
@@ -94,57 +60,45 @@ std::optional<Fault> Faults::take(const QString& path, const QString& projectId)
     return fault;
 }
 
-std::optional<Reply> substituteFor(const Fault& fault) {
+Reply deliver(const Fault& fault, const std::function<Reply()>& trueAnswer) {
+    Reply answer;
     switch (fault.kind) {
         case FaultKind::status:
             return statusReply(fault);
         case FaultKind::stall:
-            return Reply{.status = 0, .delivery = Delivery::never};
+            return {.status = 0, .delivery = Delivery::never};
         case FaultKind::reset:
-            return Reply{.status = 0, .delivery = Delivery::reset};
+            return {.status = 0, .delivery = Delivery::reset};
         case FaultKind::garbage:
-            return Reply{.contentType = "text/html; charset=utf-8",
-                         .body = "<!doctype html><title>Be right back</title><h1>Be right back</h1>"};
+            return {.contentType = "text/html; charset=utf-8",
+                    .body = "<!doctype html><title>Be right back</title><h1>Be right back</h1>"};
         case FaultKind::bomb:
             return bombReply(fault);
         case FaultKind::redirect:
-            return redirectReply(fault);
+            return {.status = fault.status / 100 == 3 ? fault.status : 302,
+                    .headers = {{"Location", fault.location.toUtf8()}}};
         case FaultKind::delay:
-        case FaultKind::drip:
-        case FaultKind::cut:
-        case FaultKind::huge:
-            break;
-    }
-    return std::nullopt;
-}
-
-Reply spoil(Reply answer, const Fault& fault) {
-    switch (fault.kind) {
-        case FaultKind::delay:
+            answer = trueAnswer();
             answer.pauseMs = fault.pauseMs;
-            break;
+            return answer;
         case FaultKind::drip:
+            answer = trueAnswer();
             answer.delivery = Delivery::drip;
             answer.pauseMs = fault.pauseMs > 0 ? fault.pauseMs : 1000;
-            break;
+            return answer;
         case FaultKind::cut:
+            answer = trueAnswer();
             answer.delivery = Delivery::cut;
-            break;
+            return answer;
         case FaultKind::huge:
+            answer = trueAnswer();
             if (fault.bytes == 0)
                 answer.delivery = Delivery::endless;
             else
                 answer.body = answer.body.leftJustified(fault.bytes, ' ');
-            break;
-        case FaultKind::status:
-        case FaultKind::stall:
-        case FaultKind::reset:
-        case FaultKind::garbage:
-        case FaultKind::bomb:
-        case FaultKind::redirect:
-            break;
+            return answer;
     }
-    return answer;
+    Q_UNREACHABLE();
 }
 
 }  // namespace tidemark::sandbox

@@ -2,7 +2,9 @@
 
 #include <QByteArray>
 #include <QList>
+#include <QMetaEnum>
 #include <QString>
+#include <functional>
 #include <mutex>
 #include <optional>
 
@@ -10,6 +12,9 @@
 
 namespace tidemark::sandbox {
 
+Q_NAMESPACE
+
+/// The names are those of the control routes.
 enum class FaultKind : quint8 {
     status,    ///< `status` with the service's kind of error document, or with `body`
     stall,     ///< accepted, never answered
@@ -22,10 +27,7 @@ enum class FaultKind : quint8 {
     bomb,      ///< `bytes` of white space (64 MB when 0), compressed a thousand to one
     redirect,  ///< `status` (302 unless it is another 3xx) to `location`
 };
-
-/// The name used by the control routes ("stall", …).
-[[nodiscard]] QString toString(FaultKind kind);
-[[nodiscard]] std::optional<FaultKind> faultKindFromString(const QString& name);
+Q_ENUM_NS(FaultKind)
 
 /// Something that goes wrong, and for which requests.
 struct Fault {
@@ -59,10 +61,7 @@ private:
     QList<Fault> m_faults;
 };
 
-/// The answer that takes the place of the true one; nothing for a fault that only spoils the true one.
-[[nodiscard]] std::optional<Reply> substituteFor(const Fault& fault);
-
-/// The true answer as the fault delivers it.
-[[nodiscard]] Reply spoil(Reply answer, const Fault& fault);
+/// The answer as the fault delivers it. Not every fault asks for the true one.
+[[nodiscard]] Reply deliver(const Fault& fault, const std::function<Reply()>& trueAnswer);
 
 }  // namespace tidemark::sandbox

@@ -25,11 +25,6 @@ void RequestLog::clear() {
     m_total = 0;
 }
 
-QList<LoggedRequest> RequestLog::entries() const {
-    const std::scoped_lock lock(m_mutex);
-    return {m_entries.begin(), m_entries.end()};
-}
-
 QList<LoggedRequest> RequestLog::entries(const QString& pathPrefix) const {
     const std::scoped_lock lock(m_mutex);
     QList<LoggedRequest> matching;

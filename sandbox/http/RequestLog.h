@@ -26,10 +26,8 @@ public:
     void append(const LoggedRequest& request);
     void clear();
 
-    [[nodiscard]] QList<LoggedRequest> entries() const;
-
     /// Entries whose path starts so.
-    [[nodiscard]] QList<LoggedRequest> entries(const QString& pathPrefix) const;
+    [[nodiscard]] QList<LoggedRequest> entries(const QString& pathPrefix = {}) const;
 
     /// Requests since the start or the last `clear`, also those no longer kept.
     [[nodiscard]] qint64 total() const;

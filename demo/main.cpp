@@ -7,10 +7,10 @@
 
 #include "app/Tidemark.h"
 #include "config/ConfigStore.h"
+#include "demo/DemoKeyring.h"
 #include "platform/base/TerminationSignals.h"
 #include "sandbox/MemoryKeychain.h"
 #include "sandbox/Sandbox.h"
-#include "sandbox/demo/DemoKeyring.h"
 
 namespace {
 
