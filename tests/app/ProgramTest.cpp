@@ -1,10 +1,9 @@
-#include <QFile>
 #include <QTemporaryDir>
-#include <csignal>
 
 #include "platform/tray/DBusMenu.h"
 #include "tests/TestProgram.h"
-#include "tests/app/DesktopSession.h"
+#include "tests/fakes/DesktopSession.h"
+#include "tests/fakes/Files.h"
 
 using namespace Qt::StringLiterals;
 using namespace tidemark::desktopsession;
@@ -40,7 +39,7 @@ private Q_SLOTS:
         stopPanel();
     }
 
-    void theItemReadsEveryState() {
+    void theItemFollowsTheStates() {
         // Before anything else runs: a program that starts at login is often first.
         startDemo();
         startPanel();
@@ -49,21 +48,13 @@ private Q_SLOTS:
             return itemProperty(u"Title"_s).toString() == title &&
                    itemProperty(u"XAyatanaLabel"_s).toString() == label;
         };
-        struct Row {
-            QStringList states;
-            QString summary;
-        };
-        const QList<Row> rows{{{u"READY"_s, u"READY"_s, u"READY"_s}, u"3 live"_s},
-                              {{u"READY"_s, u"BUILDING"_s, u"QUEUED"_s}, u"2 building"_s},
-                              {{u"READY"_s, u"ERROR"_s, u"BUILDING"_s}, u"1 error"_s},
-                              {{u"ERROR"_s, u"ERROR"_s, u"CANCELED"_s}, u"2 errors"_s},
-                              {{u"CANCELED"_s, u"READY"_s, u"READY"_s}, QString()},
-                              {{u"READY"_s, u"READY"_s, u"MYSTERIOUS"_s}, QString()}};
-        for (const auto& row : rows) {
-            for (qsizetype i = 0; i < names.size(); ++i)
-                m_sandbox->world()->push(names.at(i), {.state = row.states.at(i)});
-            const QString title = row.summary.isEmpty() ? u"Tidemark"_s : u"Tidemark — "_s + row.summary;
-            QTRY_VERIFY2(reads(title, row.summary), qPrintable(title));
+        const QList<std::pair<QString, QString>> rows{
+            {u"READY"_s, u"3 live"_s}, {u"BUILDING"_s, u"3 building"_s}, {u"MYSTERIOUS"_s, QString()}};
+        for (const auto& [state, summary] : rows) {
+            for (const auto& name : names)
+                m_sandbox->world()->push(name, {.state = state});
+            const QString title = summary.isEmpty() ? u"Tidemark"_s : u"Tidemark — "_s + summary;
+            QTRY_VERIFY2(reads(title, summary), qPrintable(title));
         }
         QCOMPARE(itemProperty(u"Id"_s).toString(), u"tidemark"_s);
         QCOMPARE(itemProperty(u"Category"_s).toString(), u"ApplicationStatus"_s);
@@ -75,46 +66,12 @@ private Q_SLOTS:
         QTRY_COMPARE(itemProperty(u"Title"_s).toString(), u"Tidemark"_s);
     }
 
-    void aSecondStartHandsOver() {
-        startDemo();
-        QTRY_VERIFY(isOnTheBus(u"com.tidemark.Demo"_s));
-        QProcess second;
-        second.start(QStringLiteral(DEMO), {u"--address"_s, m_sandbox->baseUrl().toString()});
-        QVERIFY(second.waitForFinished(hangLimit));
-        QCOMPARE(second.exitStatus(), QProcess::NormalExit);
-        QCOMPARE(second.exitCode(), 0);
-        QCOMPARE(m_demo.state(), QProcess::Running);
-    }
-
-    void itEndsInOrderWhenAsked_data() {
-        QTest::addColumn<int>("signal");
-        QTest::newRow("logout") << SIGTERM;
-        QTest::newRow("terminal") << SIGINT;
-    }
-
-    void itEndsInOrderWhenAsked() {
-        QFETCH(const int, signal);
-        // In the middle of the first cycle, with an answer outstanding.
-        m_sandbox->faults().add({.kind = tidemark::sandbox::FaultKind::stall, .pathPrefix = u"/v6"_s});
-        m_sandbox->log().clear();
-        startPanel();
-        startDemo();
-        QTRY_VERIFY(m_sandbox->log().total() > 3 && itemProperty(u"Title"_s).isValid());
-        ::kill(static_cast<pid_t>(m_demo.processId()), signal);
-        QVERIFY(m_demo.waitForFinished(hangLimit));
-        QCOMPARE(m_demo.exitStatus(), QProcess::NormalExit);
-        QCOMPARE(m_demo.exitCode(), 0);  // with the sanitizers' approval
-        QTRY_VERIFY(!itemProperty(u"Title"_s).isValid());
-        m_sandbox->faults().clear();
-    }
-
     void aChangeIsAnnouncedAndOpensItsPage() {
         // In place of a browser.
-        QFile opener(m_folder.filePath(u"xdg-open"_s));
-        QVERIFY(opener.open(QIODevice::WriteOnly));
-        opener.write("#!/bin/sh\nprintf %s \"$1\" >\"$0.tmp\" && mv \"$0.tmp\" \"$0.opened\"\n");
-        opener.setPermissions(QFile::ReadOwner | QFile::ExeOwner);
-        opener.close();
+        const QString opener = m_folder.filePath(u"xdg-open"_s);
+        tidemark::writeFile(opener,
+                            "#!/bin/sh\nprintf %s \"$1\" >\"$0.tmp\" && mv \"$0.tmp\" \"$0.opened\"\n");
+        QFile::setPermissions(opener, QFile::ReadOwner | QFile::ExeOwner);
         QProcess daemon;
         daemon.start(u"dunst"_s, QStringList());
         QTRY_VERIFY(isOnTheBus(u"org.freedesktop.Notifications"_s));
@@ -131,10 +88,9 @@ private Q_SLOTS:
         m_sandbox->world()->setState(project.id, u"READY"_s);
         QTRY_COMPARE(count(u"displayed"_s), u"1"_s);
         QVERIFY(output(u"dunstctl"_s, {u"action"_s, u"0"_s}).isEmpty());
-        QFile opened(opener.fileName() + u".opened"_s);
-        QTRY_VERIFY(opened.exists());
-        QVERIFY(opened.open(QIODevice::ReadOnly));
-        QCOMPARE(QString::fromUtf8(opened.readAll()),
+        const QString opened = opener + u".opened"_s;
+        QTRY_VERIFY(QFile::exists(opened));
+        QCOMPARE(QString::fromUtf8(tidemark::contentsOf(opened)),
                  m_sandbox->world()->projectAt(0).deployments.first().inspectorUrl);
 
         // "Quit Tidemark" ends it in order.
@@ -179,6 +135,8 @@ private Q_SLOTS:
         QProcess second;
         second.start(QStringLiteral(DEMO), {u"--address"_s, m_sandbox->baseUrl().toString()});
         QVERIFY(second.waitForFinished(hangLimit));
+        QCOMPARE(second.exitStatus(), QProcess::NormalExit);
+        QCOMPARE(second.exitCode(), 0);
         QTRY_VERIFY(!popover().isEmpty());
         quit(m_demo);
         QCOMPARE(m_demo.exitCode(), 0);
@@ -186,17 +144,8 @@ private Q_SLOTS:
 
     void theFirstStartIsDoneWithTheKeyboardAlone() {
         startDemo(0, {u"--first-start"_s});
-        const auto isWindowShown = [] {
-            return !output(u"xdotool"_s,
-                           {u"search"_s, u"--onlyvisible"_s, u"--name"_s, u"^Tidemark Preferences$"_s})
-                        .isEmpty();
-        };
-        QTRY_VERIFY(isWindowShown());
-        const auto hasFocus = [] {
-            return output(u"xdotool"_s, {u"getactivewindow"_s, u"getwindowname"_s}).trimmed() ==
-                   u"Tidemark Preferences"_s;
-        };
-        QTRY_VERIFY(hasFocus());
+        QTRY_VERIFY(isPreferencesShown());
+        QTRY_COMPARE(activeTitle(), u"Tidemark Preferences"_s);
         const auto account = m_sandbox->accounts().first();
         // Into the token's field, and on to that of the team: past the button that shows the token.
         output(u"xdotool"_s, {u"type"_s, account.token});
@@ -206,7 +155,7 @@ private Q_SLOTS:
         m_sandbox->log().clear();
         output(u"xdotool"_s, {u"key"_s, u"Return"_s});
         QTRY_VERIFY(m_sandbox->log().total() > 0);
-        QTRY_VERIFY(!isWindowShown());
+        QTRY_VERIFY(!isPreferencesShown());
         quit(m_demo);
         QCOMPARE(m_demo.exitCode(), 0);
     }

@@ -1,6 +1,6 @@
 
 #include "tests/TestProgram.h"
-#include "tests/app/DesktopSession.h"
+#include "tests/fakes/DesktopSession.h"
 
 using namespace tidemark::desktopsession;
 using tidemark::sandbox::Sandbox;

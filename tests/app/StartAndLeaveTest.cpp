@@ -1,4 +1,3 @@
-#include <QFile>
 #include <QTcpServer>
 #include <QTemporaryDir>
 #include <csignal>
@@ -6,7 +5,8 @@
 #include "config/ConfigStore.h"
 #include "platform/keyring/SecretServiceKeychain.h"
 #include "tests/TestProgram.h"
-#include "tests/app/DesktopSession.h"
+#include "tests/fakes/DesktopSession.h"
+#include "tests/fakes/EmptyBus.h"
 #include "tests/platform/keyring/RealKeyring.h"
 #include "tests/platform/session/FakeNotificationService.h"
 
@@ -84,13 +84,12 @@ private Q_SLOTS:
 
     void withoutATrayItSaysWhatToDo() {
         QTemporaryDir otherFolder;
-        QProcess bus;
+        EmptyBus bus;
         QProcess onEmptyBus;
-        const QString address = startEmptyBus(bus, otherFolder);
         start({u"XDG_CURRENT_DESKTOP=XFCE"_s});
         onEmptyBus.setEnvironment(
             QProcess::systemEnvironment() +
-            QStringList{u"XDG_CURRENT_DESKTOP=sway"_s, u"DBUS_SESSION_BUS_ADDRESS="_s + address});
+            QStringList{u"XDG_CURRENT_DESKTOP=sway"_s, u"DBUS_SESSION_BUS_ADDRESS="_s + bus.address()});
         onEmptyBus.start(QStringLiteral(KEYRING_PROGRAM),
                          {m_sandbox->baseUrl().toString(), otherFolder.path()});
         QTRY_COMPARE(m_notifications.notifications.size(), 1);
@@ -106,7 +105,7 @@ private Q_SLOTS:
         };
         QTRY_VERIFY(isPrinted());
         // The bus is the session.
-        quit(bus);
+        bus.end();
         QVERIFY(onEmptyBus.waitForFinished(hangLimit));
         QCOMPARE(onEmptyBus.exitStatus(), QProcess::NormalExit);
         QCOMPARE(onEmptyBus.exitCode(), 0);
@@ -135,7 +134,7 @@ private Q_SLOTS:
             m_prompter.onPrompt = [] {};
         if (occasion == "question at a save"_L1) {
             start();
-            QTRY_VERIFY(hasPreferencesFocus());
+            QTRY_COMPARE(activeTitle(), u"Tidemark Preferences"_s);
             realkeyring::lock();
             output(u"xdotool"_s, {u"type"_s, m_sandbox->accounts().first().token});
             output(u"xdotool"_s, {u"key"_s, u"Return"_s});
@@ -152,9 +151,9 @@ private Q_SLOTS:
             QTRY_VERIFY(isOnTheBus(u"com.tidemark.KeyringProgram"_s));
         else
             QTRY_COMPARE(m_prompter.count, 1);
-        // Terminals that are closed send it twice.
-        ::kill(static_cast<pid_t>(m_program.processId()), SIGHUP);
-        ::kill(static_cast<pid_t>(m_program.processId()), SIGTERM);
+        // Logging out and closing a terminal can send several at once.
+        for (const int signal : {SIGINT, SIGHUP, SIGTERM})
+            ::kill(static_cast<pid_t>(m_program.processId()), signal);
         QVERIFY(m_program.waitForFinished(hangLimit));
     }
 
@@ -179,30 +178,6 @@ private:
     }
 
     [[nodiscard]] qsizetype projectRequests() const { return m_sandbox->log().entries(u"/v9"_s).size(); }
-
-    static bool isPreferencesShown() {
-        return !output(u"xdotool"_s,
-                       {u"search"_s, u"--onlyvisible"_s, u"--name"_s, u"^Tidemark Preferences$"_s})
-                    .isEmpty();
-    }
-
-    static bool hasPreferencesFocus() {
-        return output(u"xdotool"_s, {u"getactivewindow"_s, u"getwindowname"_s}) == u"Tidemark Preferences"_s;
-    }
-
-    /// A bus that starts nothing. Its address.
-    static QString startEmptyBus(QProcess& bus, const QTemporaryDir& folder) {
-        QFile settings(folder.filePath(u"bus.conf"_s));
-        if (!settings.open(QIODevice::WriteOnly))
-            return {};
-        settings.write("<busconfig><type>session</type><listen>unix:dir=" + folder.path().toUtf8() +
-                       "</listen><policy context=\"default\"><allow send_destination=\"*\"/>"
-                       "<allow own=\"*\"/><allow eavesdrop=\"true\"/></policy></busconfig>");
-        settings.close();
-        bus.start(u"dbus-daemon"_s,
-                  {u"--nofork"_s, u"--print-address"_s, u"--config-file="_s + settings.fileName()});
-        return bus.waitForReadyRead(hangLimit) ? QString::fromUtf8(bus.readLine().trimmed()) : QString();
-    }
 
     std::unique_ptr<Sandbox> m_sandbox;
     QProcess m_windowManager;

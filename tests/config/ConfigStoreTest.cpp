@@ -1,5 +1,3 @@
-#include <QDir>
-#include <QFile>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QRegularExpression>
@@ -9,6 +7,7 @@
 #include "config/KeychainHelper.h"
 #include "tests/TestProgram.h"
 #include "tests/fakes/FakeKeychain.h"
+#include "tests/fakes/Files.h"
 
 using namespace tidemark;
 using namespace Qt::StringLiterals;
@@ -129,16 +128,15 @@ private Q_SLOTS:
     void aFailedSaveSaysSoAndKeepsTheOldFile() {
         const AppConfiguration configuration{.accounts = {{u"A1"_s, u"n"_s, {}, u"tok"_s}}};
         // A file has the name of the folder.
-        QFile blocker(m_folder->filePath(u"deeper"_s));
-        QVERIFY(blocker.open(QIODevice::WriteOnly));
-        blocker.close();
+        const QString blocker = m_folder->filePath(u"deeper"_s);
+        writeFile(blocker, {});
         const auto result = store().save(configuration);
         QVERIFY(!result);
         QVERIFY(!result.error().isEmpty());
         QCOMPARE(KeychainHelper::loadToken(*m_keychain, u"apiToken-A1"_s),
                  u"tok"_s);  // stored before the error
 
-        QVERIFY(blocker.remove());
+        QVERIFY(QFile::remove(blocker));
         QVERIFY(QDir().mkpath(m_path));  // a folder has the name of the file
         QVERIFY(!store().save(configuration));
     }
@@ -198,17 +196,8 @@ private Q_SLOTS:
 private:
     ConfigStore store() { return {m_path, *m_keychain}; }
 
-    void write(const QByteArray& content) {
-        QVERIFY(QDir().mkpath(QFileInfo(m_path).path()));
-        QFile file(m_path);
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write(content);
-    }
-
-    QByteArray read(const QString& suffix = {}) {
-        QFile file(m_path + suffix);
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-    }
+    void write(const QByteArray& content) { writeFile(m_path, content); }
+    QByteArray read(const QString& suffix = {}) { return contentsOf(m_path + suffix); }
 
     std::unique_ptr<QTemporaryDir> m_folder;
     QString m_path;

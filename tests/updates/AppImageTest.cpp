@@ -1,8 +1,7 @@
-#include <QDir>
-#include <QFile>
 #include <QTemporaryDir>
 
 #include "tests/TestProgram.h"
+#include "tests/fakes/Files.h"
 #include "updates/AppImage.h"
 
 using namespace tidemark;
@@ -16,10 +15,11 @@ private Q_SLOTS:
         const QTemporaryDir folder;
         const QString image = folder.filePath(u"Other.AppImage"_s);
         const QString mount = folder.filePath(u"mount"_s);
-        const QString inside = makeFile(mount + u"/usr/bin/tidemark"_s);
-        const QString outside = makeFile(folder.filePath(u"bin/tidemark"_s));
-        const QString neighbour = makeFile(folder.filePath(u"mount2/tidemark"_s));
-        makeFile(image);
+        const QString inside = mount + u"/usr/bin/tidemark"_s;
+        const QString outside = folder.filePath(u"bin/tidemark"_s);
+        const QString neighbour = folder.filePath(u"mount2/tidemark"_s);
+        for (const QString& path : {image, inside, outside, neighbour})
+            writeFile(path, {});
         QCOMPARE(runningAppImage(inside), QString());
         qputenv("APPIMAGE", image.toUtf8());
         QCOMPARE(runningAppImage(inside), QString());
@@ -31,14 +31,6 @@ private Q_SLOTS:
         QCOMPARE(runningAppImage(inside), QString());
         forgetAppImage();
         QVERIFY(!qEnvironmentVariableIsSet("APPIMAGE") && !qEnvironmentVariableIsSet("APPDIR"));
-    }
-
-private:
-    static QString makeFile(const QString& path) {
-        QFile file(path);
-        if (!QDir().mkpath(QFileInfo(path).path()) || !file.open(QIODevice::WriteOnly))
-            return {};
-        return path;
     }
 };
 

@@ -1,10 +1,10 @@
-#include <QFile>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 
 #include "tests/TestProgram.h"
 #include "tests/fakes/FakeHttpClient.h"
 #include "tests/fakes/FakeWorkspace.h"
+#include "tests/fakes/Files.h"
 #include "tests/fakes/ManualClock.h"
 #include "updates/Updater.h"
 
@@ -97,10 +97,7 @@ private Q_SLOTS:
 
     void damagedSettingsAreDefaults() {
         m_updater.reset();
-        QFile file(settingsPath());
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write("[General]\nlastUpdateCheckDate=yesterday\nskippedVersion=@Variant(x\n");
-        file.close();
+        writeFile(settingsPath(), "[General]\nlastUpdateCheckDate=yesterday\nskippedVersion=@Variant(x\n");
         launch();
         QVERIFY(!m_updater->lastUpdateCheckDate());
         QVERIFY(m_updater->automaticallyChecksForUpdates());

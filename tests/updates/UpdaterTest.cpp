@@ -1,17 +1,14 @@
-#include <sys/resource.h>
 #include <sys/stat.h>
 
-#include <QDir>
-#include <QFile>
 #include <QFileInfo>
 #include <QSignalSpy>
 #include <QTemporaryDir>
-#include <csignal>
 
 #include "sandbox/Sandbox.h"
 #include "sandbox/UpdateService.h"
 #include "tests/TestProgram.h"
 #include "tests/fakes/FakeWorkspace.h"
+#include "tests/fakes/Files.h"
 #include "tests/fakes/ManualClock.h"
 #include "tests/platform/http/HttpExchange.h"
 #include "updates/Updater.h"
@@ -26,17 +23,6 @@ const QByteArray oldProgram = "the old program";
 constexpr mode_t oldPermissions = 0751;
 const QString newVersion = u"9.1.0"_s;
 
-QByteArray contents(const QString& path) {
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-void write(const QString& path, const QByteArray& bytes) {
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    QCOMPARE(file.write(bytes), bytes.size());
-}
-
 mode_t permissions(const QString& path) {
     struct stat state{};
     return ::stat(QFile::encodeName(path).constData(), &state) == 0 ? state.st_mode & 07777 : 0;
@@ -45,27 +31,6 @@ mode_t permissions(const QString& path) {
 QStringList entries(const QString& folder) {
     return QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot, QDir::Name);
 }
-
-/// Limits the size of all files that this process writes. Larger writes fail as on a full disk.
-class FileSizeLimit {
-public:
-    explicit FileSizeLimit(rlim_t size) {
-        m_handler = std::signal(SIGXFSZ, SIG_IGN);
-        getrlimit(RLIMIT_FSIZE, &m_before);
-        const rlimit limit{size, m_before.rlim_max};
-        setrlimit(RLIMIT_FSIZE, &limit);
-    }
-    FileSizeLimit(const FileSizeLimit&) = delete;
-    FileSizeLimit& operator=(const FileSizeLimit&) = delete;
-    ~FileSizeLimit() {
-        setrlimit(RLIMIT_FSIZE, &m_before);
-        std::signal(SIGXFSZ, m_handler);
-    }
-
-private:
-    rlimit m_before{};
-    void (*m_handler)(int) = nullptr;
-};
 
 }  // namespace
 
@@ -80,7 +45,7 @@ private Q_SLOTS:
         m_folder = std::make_unique<QTemporaryDir>();
         m_workspace = std::make_unique<FakeWorkspace>();
         m_program = folder(u"opt"_s) + u"/Tidemark.AppImage"_s;
-        write(m_program, oldProgram);
+        writeFile(m_program, oldProgram);
         QCOMPARE(::chmod(QFile::encodeName(m_program).constData(), oldPermissions), 0);
     }
 
@@ -89,7 +54,7 @@ private Q_SLOTS:
     void goodUpdateReplacesTheProgram() {
         const QString link = folder(u"bin"_s) + u"/tidemark"_s;
         QVERIFY(QFile::link(m_program, link));
-        write(folder(u"opt"_s) + u"/.tidemark-update-abc123.part"_s, "of an interrupted download");
+        writeFile(folder(u"opt"_s) + u"/.tidemark-update-abc123.part"_s, "of an interrupted download");
         QFile running(m_program);
         QVERIFY(running.open(QIODevice::ReadOnly));
 
@@ -113,7 +78,7 @@ private Q_SLOTS:
 
         QCOMPARE(stages, QList({Stage::downloading, Stage::verifying, Stage::installed}));
         QCOMPARE(received, 3'000'000);
-        QCOMPARE(contents(m_program), sandbox::UpdateService::archive(newVersion, 3'000'000));
+        QCOMPARE(contentsOf(m_program), sandbox::UpdateService::archive(newVersion, 3'000'000));
         QCOMPARE(permissions(m_program), oldPermissions);
         QCOMPARE(QFile::symLinkTarget(link), m_program);
         QCOMPARE(entries(folder(u"opt"_s)), QStringList{u"Tidemark.AppImage"_s});
@@ -131,15 +96,14 @@ private Q_SLOTS:
 
     void packageIsHandedOver() {
         const QString cache = m_folder->path() + u"/cache/updates"_s;
-        QDir().mkpath(cache);
-        write(cache + u"/tidemark-0.5.deb"_s, "of an earlier update");
+        writeFile(cache + u"/tidemark-0.5.deb"_s, "of an earlier update");
         start(u"appcast.xml"_s, QString());
         offer();
         m_updater->install();
         QTRY_COMPARE(m_updater->stage(), Stage::handedOver);
         const QString package = cache + u"/tidemark-9.1.0.deb"_s;
         QCOMPARE(m_workspace->files, QStringList{package});
-        QCOMPARE(contents(package), sandbox::UpdateService::archive(newVersion, 200'000));
+        QCOMPARE(contentsOf(package), sandbox::UpdateService::archive(newVersion, 200'000));
         QCOMPARE(entries(cache), QStringList{u"tidemark-9.1.0.deb"_s});
         // Only the next start will show whether the user has installed the package.
         checkNow();
@@ -284,10 +248,10 @@ private Q_SLOTS:
         const QString path = folder(u"opt"_s) + u'/' + part;
         QCOMPARE(permissions(path), mode_t{0600});
         QVERIFY(QFile::remove(path));
-        write(path, "something else");
+        writeFile(path, "something else");
         QTRY_VERIFY(m_updater->canCheckForUpdates());
         QCOMPARE(m_updater->error(), UpdateError::notReplaceable);
-        QCOMPARE(contents(m_program), oldProgram);
+        QCOMPARE(contentsOf(m_program), oldProgram);
     }
 
 private:
@@ -328,7 +292,7 @@ private:
     }
 
     void verifyNothingHappened() {
-        QCOMPARE(contents(m_program), oldProgram);
+        QCOMPARE(contentsOf(m_program), oldProgram);
         QCOMPARE(entries(folder(u"opt"_s)), QStringList{u"Tidemark.AppImage"_s});
         QVERIFY(m_workspace->files.isEmpty());
     }

@@ -1,10 +1,9 @@
-#include <QDir>
-#include <QFile>
 #include <QTemporaryDir>
 #include <numeric>
 
 #include "platform/base/UserDefaults.h"
 #include "tests/TestProgram.h"
+#include "tests/fakes/Files.h"
 
 using namespace tidemark;
 using namespace Qt::StringLiterals;
@@ -80,10 +79,7 @@ private Q_SLOTS:
         for (const QByteArray& content :
              {QByteArray("\xff\xfe[[[\0\n=\n", 9), QByteArray("[General]\nkey=\"@ByteArr"),
               QByteArray("[General]\nkey=@Variant(\\0\\0)\n")}) {
-            QFile file(m_path);
-            QVERIFY(file.open(QIODevice::WriteOnly));
-            file.write(content);
-            file.close();
+            writeFile(m_path, content);
             {
                 UserDefaults defaults(m_path);
                 QVERIFY(defaults.data(key).isEmpty());

@@ -1,15 +1,14 @@
 #include <QCoreApplication>
 #include <QDir>
-#include <QFile>
 #include <QProcess>
 #include <QSignalSpy>
-#include <QTemporaryDir>
 #include <QThread>
 #include <cstdio>
 
 #include "config/KeychainHelper.h"
 #include "platform/keyring/SecretServiceKeychain.h"
 #include "tests/TestProgram.h"
+#include "tests/fakes/EmptyBus.h"
 #include "tests/platform/keyring/RealKeyring.h"
 
 using namespace tidemark;
@@ -150,31 +149,17 @@ private Q_SLOTS:
 
     /// Runs in another process, because this one is connected to the bus already.
     void withoutAKeyringNothingIsFound() {
-        QTemporaryDir folder;
-        QFile settings(folder.filePath(u"bus.conf"_s));
-        QVERIFY(settings.open(QIODevice::WriteOnly));
-        settings.write("<busconfig><type>session</type><listen>unix:dir=" + folder.path().toUtf8() +
-                       "</listen><policy context=\"default\"><allow send_destination=\"*\"/>"
-                       "<allow receive_type=\"method_return\"/><allow receive_type=\"error\"/>"
-                       "</policy></busconfig>");
-        settings.close();
-        QProcess emptyBus;
-        emptyBus.start(u"dbus-daemon"_s,
-                       {u"--nofork"_s, u"--print-address"_s, u"--config-file="_s + settings.fileName()});
-        QTRY_VERIFY(emptyBus.canReadLine());
-        for (const QByteArray& address :
-             {emptyBus.readLine().trimmed(), QByteArray("unix:path=/nonexistent/bus")}) {
+        const EmptyBus emptyBus;
+        for (const QString& address : {emptyBus.address(), u"unix:path=/nonexistent/bus"_s}) {
             QProcess child;
             child.setEnvironment(QProcess::systemEnvironment() +
-                                 QStringList{u"DBUS_SESSION_BUS_ADDRESS="_s + QString::fromUtf8(address)});
+                                 QStringList{u"DBUS_SESSION_BUS_ADDRESS="_s + address});
             child.start(QCoreApplication::applicationFilePath(), {u"SecretServiceLookUp"_s});
             QVERIFY(child.waitForFinished(hangLimit));
             QCOMPARE(child.readAllStandardError(), "");
             QCOMPARE(child.readAllStandardOutput(), "absent\n");
             QCOMPARE(child.exitCode(), 0);
         }
-        emptyBus.terminate();
-        QVERIFY(emptyBus.waitForFinished(hangLimit));
     }
 
     void unlockingIsSeen() {

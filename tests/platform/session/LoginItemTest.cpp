@@ -1,9 +1,8 @@
-#include <QDir>
-#include <QFile>
 #include <QTemporaryDir>
 
 #include "platform/session/LoginItem.h"
 #include "tests/TestProgram.h"
+#include "tests/fakes/Files.h"
 
 using namespace tidemark;
 using namespace Qt::StringLiterals;
@@ -35,22 +34,23 @@ private Q_SLOTS:
         for (const QByteArray& broken :
              {edited + "Exec=/nowhere/tidemark\nHidden=true\n", edited + "TryExec=/nowhere/tidemark\n",
               QByteArray("Not a key file\n")}) {
-            write(broken);
+            writeFile(m_entry, broken);
             QVERIFY(login.registerItem());
             QCOMPARE(login.status(), Status::enabled);
             // The user's own lines stay.
-            QCOMPARE(read().startsWith(edited), broken.startsWith(edited));
+            QCOMPARE(contentsOf(m_entry).startsWith(edited), broken.startsWith(edited));
         }
     }
 
     void programIsQuoted_data() {
         QTest::addColumn<QString>("name");
         QTest::addColumn<QByteArray>("exec");
+        // A raw string with a quotation mark would hide the next function from moc.
         QTest::newRow("plain") << u"tidemark"_s << QByteArray("tidemark");
         QTest::newRow("blank") << u"tide mark"_s << QByteArray("tide mark");
         QTest::newRow("percent") << u"100%f"_s << QByteArray("100%%f");
-        QTest::newRow("shell") << u"a\"b`c$d"_s << QByteArray(R"(a\\"b\\`c\\$d)");
-        QTest::newRow("backslash") << u"a\\b"_s << QByteArray(R"(a\\\\b)");
+        QTest::newRow("shell") << u"a\"b`c$d"_s << QByteArray("a\\\\\"b\\\\`c\\\\$d");
+        QTest::newRow("backslash") << u"a\\b"_s << QByteArray("a\\\\\\\\b");
         QTest::newRow("other reserved") << u"~#'<>&|;()*?=ü"_s << QByteArray("~#'<>&|;()*?=ü");
     }
 
@@ -61,7 +61,7 @@ private Q_SLOTS:
         QVERIFY(QFile::link(u"/bin/sh"_s, program));
         auto login = item(program);
         QVERIFY(login.registerItem());
-        const QByteArray entry = read();
+        const QByteArray entry = contentsOf(m_entry);
         QVERIFY2(entry.contains("\nExec=\"" + m_folder->path().toUtf8() + '/' + exec + "\"\n"), entry);
         QCOMPARE(login.status(), Status::enabled);
         QVERIFY(QFile::remove(program));
@@ -70,7 +70,7 @@ private Q_SLOTS:
 
     void entriesOfOthers() {
         const auto status = [this](const QByteArray& lines) {
-            write("[Desktop Entry]\nType=Application\n" + lines);
+            writeFile(m_entry, "[Desktop Entry]\nType=Application\n" + lines);
             return item().status();
         };
         QCOMPARE(status("Exec=sh -c true\n"), Status::enabled);
@@ -81,13 +81,12 @@ private Q_SLOTS:
         QCOMPARE(status("Exec=/bin/sh\nTryExec=/nowhere/tidemark\n"), Status::notFound);
         QCOMPARE(status("Exec=\n"), Status::notFound);
         QCOMPARE(status("Exec=/etc/passwd\n"), Status::notFound);  // not executable
-        write("");
+        writeFile(m_entry, "");
         QCOMPARE(item().status(), Status::notFound);
     }
 
     void unwritableFolderIsReported() {
-        QFile obstacle(m_folder->filePath(u"config"_s));
-        QVERIFY(obstacle.open(QIODevice::WriteOnly));
+        writeFile(m_folder->filePath(u"config"_s), {});
         auto login = item();
         QVERIFY(!login.registerItem());
         QCOMPARE(login.status(), Status::notRegistered);
@@ -97,17 +96,6 @@ private:
     [[nodiscard]] AutostartLoginItem item(const QString& program = u"/bin/sh"_s) const {
         return {QFileInfo(m_entry).path(), u"com.tidemark.Tidemark"_s, u"Tidemark"_s, program};
     }
-    [[nodiscard]] QByteArray read() const {
-        QFile file(m_entry);
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-    }
-    void write(const QByteArray& entry) const {
-        QDir().mkpath(QFileInfo(m_entry).path());
-        QFile file(m_entry);
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write(entry);
-    }
-
     std::unique_ptr<QTemporaryDir> m_folder;
     QString m_entry;
 };

@@ -1,10 +1,10 @@
-#include <QFile>
 #include <QTemporaryDir>
 #include <algorithm>
 
 #include "platform/base/CoreDumps.h"
 #include "platform/session/DesktopWorkspace.h"
 #include "tests/TestProgram.h"
+#include "tests/fakes/Files.h"
 
 namespace tidemark {
 namespace {
@@ -19,10 +19,10 @@ class WorkspaceTest final : public QObject {
 
 private Q_SLOTS:
     void initTestCase() {
-        write(u"xdg-open"_s,
-              "#!/bin/sh\nulimit -Sc >\"$0.limit\"\nprintf '%s|%s\\n' \"$XDG_ACTIVATION_TOKEN\" \"$1\" "
-              ">>\"$0.log\"\n"
-              "while [ -e \"$0\" ]; do sleep 0.05; done >/dev/null 2>&1\n");
+        writeFile(path(u"xdg-open"_s),
+                  "#!/bin/sh\nulimit -Sc >\"$0.limit\"\nprintf '%s|%s\\n' \"$XDG_ACTIVATION_TOKEN\" \"$1\" "
+                  ">>\"$0.log\"\nwhile [ -e \"$0\" ]; do sleep 0.05; done >/dev/null 2>&1\n");
+        QFile::setPermissions(path(u"xdg-open"_s), QFile::ReadOwner | QFile::ExeOwner);
         rlimit limit{};
         QCOMPARE(::getrlimit(RLIMIT_CORE, &limit), 0);
         limit.rlim_cur = std::min<rlim_t>(4096, limit.rlim_max);
@@ -32,7 +32,7 @@ private Q_SLOTS:
     }
 
     void opensWebPagesAndFiles() {
-        write(u"release notes #1.txt"_s, "x");
+        writeFile(path(u"release notes #1.txt"_s), "x");
         for (const char* refused : {"", "file:///etc/passwd", "javascript:alert(1)", "mailto:a@b.example",
                                     "a.html", "https:///etc/passwd", "//a.example/", "ftp://a.example/"})
             m_workspace.openURL(QUrl(QLatin1StringView(refused)));
@@ -65,18 +65,9 @@ private Q_SLOTS:
 private:
     [[nodiscard]] QString path(const QString& name) const { return m_folder.filePath(name); }
 
-    void write(const QString& name, const QByteArray& content) const {
-        QFile file(path(name));
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write(content);
-        file.setPermissions(file.permissions() | QFile::ExeOwner);
-    }
-
     [[nodiscard]] QStringList opened() const {
-        QFile log(path(u"xdg-open.log"_s));
-        if (!log.open(QIODevice::ReadOnly))
-            return {};
-        QStringList lines = QString::fromUtf8(log.readAll()).split(u'\n', Qt::SkipEmptyParts);
+        QStringList lines =
+            QString::fromUtf8(contentsOf(path(u"xdg-open.log"_s))).split(u'\n', Qt::SkipEmptyParts);
         lines.sort();
         return lines;
     }

@@ -32,84 +32,75 @@ class StatusIconTest final : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void pixmapsAreSquareAndInNetworkOrder();
-    void dotStandsOffInTheCorner_data();
-    void dotStandsOffInTheCorner();
-    void templateReadsOnEveryPanel_data();
-    void templateReadsOnEveryPanel();
-    void wideImageFitsIntoTheSquare();
-    void imageWithoutContentIsTransparent();
-    void noItemWithoutASessionBus();
-};
-
-void StatusIconTest::pixmapsAreSquareAndInNetworkOrder() {
-    const IconPixmaps pixmaps = statusIconPixmaps(filled({16, 16}, QColor(0x10, 0x20, 0x30, 0x80)), {});
-    QList<int> sizes;
-    for (const IconPixmap& pixmap : pixmaps) {
-        sizes.append(pixmap.width);
-        QCOMPARE(pixmap.height, pixmap.width);
-        QCOMPARE(pixmap.bytes.size(), qsizetype(4) * pixmap.width * pixmap.height);
-        // The colour is not premultiplied.
-        QCOMPARE(pixmap.bytes.first(4).toHex(), QByteArray("80102030"));
+    void pixmapsAreSquareAndInNetworkOrder() {
+        const IconPixmaps pixmaps = statusIconPixmaps(filled({16, 16}, QColor(0x10, 0x20, 0x30, 0x80)), {});
+        QList<int> sizes;
+        for (const IconPixmap& pixmap : pixmaps) {
+            sizes.append(pixmap.width);
+            QCOMPARE(pixmap.height, pixmap.width);
+            QCOMPARE(pixmap.bytes.size(), qsizetype(4) * pixmap.width * pixmap.height);
+            // The colour is not premultiplied.
+            QCOMPARE(pixmap.bytes.first(4).toHex(), QByteArray("80102030"));
+        }
+        QCOMPARE(sizes, (QList<int>{16, 22, 24, 32, 44, 48, 64}));
     }
-    QCOMPARE(sizes, (QList<int>{16, 22, 24, 32, 44, 48, 64}));
-}
 
-void StatusIconTest::dotStandsOffInTheCorner_data() {
-    QTest::addColumn<int>("size");
-    for (const int size : {16, 22, 24, 32, 44, 48, 64})
-        QTest::addRow("%d", size) << size;
-}
+    void dotStandsOffInTheCorner_data() {
+        QTest::addColumn<int>("size");
+        for (const int size : {16, 22, 24, 32, 44, 48, 64})
+            QTest::addRow("%d", size) << size;
+    }
 
-void StatusIconTest::dotStandsOffInTheCorner() {
-    QFETCH(int, size);
-    const QColor dot(0x34, 0xc7, 0x59);
-    const QImage icon = drawStatusIcon(filled({16, 16}, Qt::blue), dot, size);
-    const int center = size - size * 23 / 100 - 1;
-    const int diameter = qRound(size * 0.46);
-    QCOMPARE(icon.pixelColor(center, center), dot);
-    QVERIFY(icon.pixelColor(center, size - diameter).green() > 0x80);
-    // A transparent ring separates the dot from the image. The image outside of the ring is complete.
-    QVERIFY(icon.pixelColor(center, size - diameter - 1).alpha() < 0x80);
-    QCOMPARE(icon.pixelColor(size / 4, size / 4), QColor(Qt::blue));
-    QCOMPARE(icon.pixelColor(size - 1, size / 4), QColor(Qt::blue));
-    QCOMPARE(icon.pixelColor(size / 4, size - 1), QColor(Qt::blue));
-}
+    void dotStandsOffInTheCorner() {
+        QFETCH(int, size);
+        const QColor dot(0x34, 0xc7, 0x59);
+        const QImage icon = drawStatusIcon(filled({16, 16}, Qt::blue), dot, size);
+        const int center = size - size * 23 / 100 - 1;
+        const int diameter = qRound(size * 0.46);
+        QCOMPARE(icon.pixelColor(center, center), dot);
+        QVERIFY(icon.pixelColor(center, size - diameter).green() > 0x80);
+        // A transparent ring separates the dot from the image. The image outside of the ring is complete.
+        QVERIFY(icon.pixelColor(center, size - diameter - 1).alpha() < 0x80);
+        QCOMPARE(icon.pixelColor(size / 4, size / 4), QColor(Qt::blue));
+        QCOMPARE(icon.pixelColor(size - 1, size / 4), QColor(Qt::blue));
+        QCOMPARE(icon.pixelColor(size / 4, size - 1), QColor(Qt::blue));
+    }
 
-void StatusIconTest::templateReadsOnEveryPanel_data() {
-    QTest::addColumn<QColor>("panel");
-    QTest::newRow("light") << QColor(0xf6, 0xf5, 0xf4);
-    QTest::newRow("white") << QColor(Qt::white);
-    QTest::newRow("dark") << QColor(0x35, 0x35, 0x35);
-    QTest::newRow("black") << QColor(Qt::black);
-}
+    void templateReadsOnEveryPanel_data() {
+        QTest::addColumn<QColor>("panel");
+        QTest::newRow("light") << QColor(0xf6, 0xf5, 0xf4);
+        QTest::newRow("white") << QColor(Qt::white);
+        QTest::newRow("dark") << QColor(0x35, 0x35, 0x35);
+        QTest::newRow("black") << QColor(Qt::black);
+    }
 
-void StatusIconTest::templateReadsOnEveryPanel() {
-    QFETCH(QColor, panel);
-    const QImage icon = drawStatusIcon(filled({16, 16}, Qt::black, true), {}, 22);
-    QVERIFY(contrast(icon.pixelColor(11, 11), panel) > 3);
-}
+    void templateReadsOnEveryPanel() {
+        QFETCH(QColor, panel);
+        const QImage icon = drawStatusIcon(filled({16, 16}, Qt::black, true), {}, 22);
+        QVERIFY(contrast(icon.pixelColor(11, 11), panel) > 3);
+    }
 
-void StatusIconTest::wideImageFitsIntoTheSquare() {
-    const QImage icon = drawStatusIcon(filled({28, 18}, Qt::red), {}, 56);
-    QCOMPARE(icon.pixelColor(28, 9).alpha(), 0);
-    QCOMPARE(icon.pixelColor(0, 28), QColor(Qt::red));
-    QCOMPARE(icon.pixelColor(55, 10), QColor(Qt::red));
-    QCOMPARE(icon.pixelColor(28, 45), QColor(Qt::red));
-    QCOMPARE(icon.pixelColor(28, 46).alpha(), 0);
-}
+    void wideImageFitsIntoTheSquare() {
+        const QImage icon = drawStatusIcon(filled({28, 18}, Qt::red), {}, 56);
+        QCOMPARE(icon.pixelColor(28, 9).alpha(), 0);
+        QCOMPARE(icon.pixelColor(0, 28), QColor(Qt::red));
+        QCOMPARE(icon.pixelColor(55, 10), QColor(Qt::red));
+        QCOMPARE(icon.pixelColor(28, 45), QColor(Qt::red));
+        QCOMPARE(icon.pixelColor(28, 46).alpha(), 0);
+    }
 
-void StatusIconTest::imageWithoutContentIsTransparent() {
-    const QImage icon = drawStatusIcon({}, {}, 16);
-    QCOMPARE(icon.size(), QSize(16, 16));
-    QCOMPARE(icon.pixelColor(8, 8).alpha(), 0);
-}
+    void imageWithoutContentIsTransparent() {
+        const QImage icon = drawStatusIcon({}, {}, 16);
+        QCOMPARE(icon.size(), QSize(16, 16));
+        QCOMPARE(icon.pixelColor(8, 8).alpha(), 0);
+    }
 
-void StatusIconTest::noItemWithoutASessionBus() {
-    qputenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent/bus");
-    DBusStatusBar bar(u"Tidemark"_s);
-    QVERIFY(!bar.createStatusItem(u"tidemark"_s));
-}
+    void noItemWithoutASessionBus() {
+        qputenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent/bus");
+        DBusStatusBar bar(u"Tidemark"_s);
+        QVERIFY(!bar.createStatusItem(u"tidemark"_s));
+    }
+};
 
 }  // namespace
 }  // namespace tidemark

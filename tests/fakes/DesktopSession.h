@@ -71,6 +71,16 @@ inline QRect popover() {
     return {number(u"X"_s), number(u"Y"_s), number(u"WIDTH"_s), number(u"HEIGHT"_s)};
 }
 
+inline bool isPreferencesShown() {
+    return !output(u"xdotool"_s, {u"search"_s, u"--onlyvisible"_s, u"--name"_s, u"^Tidemark Preferences$"_s})
+                .isEmpty();
+}
+
+/// The title of the window that has the focus according to the window manager.
+inline QString activeTitle() {
+    return output(u"xdotool"_s, {u"getactivewindow"_s, u"getwindowname"_s});
+}
+
 /// Ends a program as the desktop does at the end of a session.
 inline void quit(QProcess& process) {
     process.terminate();
