@@ -86,4 +86,18 @@ public:
     }
 };
 
+/// Somebody in front of a popover that is on the screen, with the projects of `fill` or so many of
+/// `fillWith`.
+class Viewer final : public Person {
+public:
+    Viewer() {
+        fill();
+        show();
+    }
+    explicit Viewer(int count) {
+        fillWith(count);
+        show();
+    }
+};
+
 }  // namespace tidemark

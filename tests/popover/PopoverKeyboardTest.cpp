@@ -17,9 +17,7 @@ private Q_SLOTS:
     void init() { QTest::failOnWarning(QRegularExpression(u"^(?!This plugin does not support)"_s)); }
 
     void escapeCloses() {
-        Person person;
-        person.fill();
-        person.show();
+        Viewer person;
         person.press(Qt::Key_Down);
         person.press(Qt::Key_Escape);
         QVERIFY(!person.view->isVisible());
@@ -35,9 +33,7 @@ private Q_SLOTS:
     }
 
     void keyboardKeepsItsPlaceWhenAProjectMoves() {
-        Person person;
-        person.fillWith(30);
-        person.show();
+        Viewer person(30);
         person.openManage();
         person.press(Qt::Key_Down);
         person.press(Qt::Key_Down);
@@ -72,9 +68,7 @@ private Q_SLOTS:
     void tabReachesEveryControl() {
         QFETCH(bool, isManage);
         QFETCH(QStringList, expected);
-        Person person;
-        person.fill();
-        person.show();
+        Viewer person;
         person.toggleRow(u"docs"_s);
         if (isManage)
             person.openManage();
@@ -98,9 +92,7 @@ private Q_SLOTS:
     }
 
     void tabBringsTheRowIntoSight() {
-        Person person;
-        person.fillWith(40);
-        person.show();
+        Viewer person(40);
         person.scrollTo(900);
         QVERIFY(!person.isInSight(person.row(u"p0020"_s), person.mainList()) || !person.row(u"p0000"_s) ||
                 !person.isInSight(person.row(u"p0000"_s), person.mainList()));
@@ -112,9 +104,7 @@ private Q_SLOTS:
     }
 
     void arrowsGoThroughTheRows() {
-        Person person;
-        person.fillWith(40);
-        person.show();
+        Viewer person(40);
         const auto steps = QList<std::pair<Qt::Key, QString>>{
             {Qt::Key_Down, u"p0000"_s}, {Qt::Key_Down, u"p0001"_s},  {Qt::Key_Up, u"p0000"_s},
             {Qt::Key_End, u"p0039"_s},  {Qt::Key_Down, u"p0039"_s},  {Qt::Key_Up, u"p0038"_s},
@@ -138,9 +128,7 @@ private Q_SLOTS:
     }
 
     void arrowsDoNothingWithoutAList() {
-        Person person;
-        person.fill();
-        person.show();
+        Viewer person;
         person.state.setIsLoadingProjects(true);
         person.rest();
         person.press(Qt::Key_Down);
@@ -151,9 +139,7 @@ private Q_SLOTS:
     }
 
     void pollKeepsPlaceAndFocus() {
-        Person person;
-        person.fillWith(40);
-        person.show();
+        Viewer person(40);
         person.scrollTo(300);
         person.toggleRow(u"p0008"_s);
         const qreal place = person.contentY();
@@ -172,9 +158,7 @@ private Q_SLOTS:
     }
 
     void failingCheckDoesNotScroll() {
-        Person person;
-        person.fillWith(40);
-        person.show();
+        Viewer person(40);
         person.toggleRow(u"p0000"_s);
         person.scrollTo(60);
         const qreal place = person.contentY();
@@ -184,9 +168,7 @@ private Q_SLOTS:
     }
 
     void projectsAddedAboveKeepPlaceAndFocus() {
-        Person person;
-        person.fillWith(40);
-        person.show();
+        Viewer person(40);
         person.scrollTo(300);
         person.toggleRow(u"p0008"_s);
         const qreal y = person.row(u"p0008"_s)->mapToScene({}).y();
@@ -203,9 +185,7 @@ private Q_SLOTS:
     }
 
     void onlyRowsInSightExist() {
-        Person person;
-        person.fillWith(2000);
-        person.show();
+        Viewer person(2000);
         QVERIFY(person.delegates(person.mainList()) < 30);
         person.press(Qt::Key_Down);
         person.press(Qt::Key_End);
@@ -227,9 +207,7 @@ private Q_SLOTS:
 
     void controlsCanBeToldAndPressedByTools() {
         QFETCH(bool, isManage);
-        Person person;
-        person.fill();
-        person.show();
+        Viewer person;
         const auto press = [&person](const QString& name) {
             auto* action = QAccessible::queryAccessibleInterface(person.see(name))->actionInterface();
             action->doAction(QAccessibleActionInterface::pressAction());

@@ -1,6 +1,4 @@
 #include <QClipboard>
-#include <QCoroFuture>
-#include <QPromise>
 #include <QSignalSpy>
 #include <limits>
 #include <utility>
@@ -15,29 +13,25 @@ class ProjectRowTest : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void states_data() {
-        QTest::addColumn<QStringList>("expected");
-        const QStringList unknown{u"—"_s, u"#999999"_s, u"#808080"_s};
-        QTest::newRow("READY") << QStringList{u"Live"_s, u"#4ade80"_s, u"#22c55e"_s};
-        QTest::newRow("BUILDING") << QStringList{u"Building"_s, u"#fbbf24"_s, u"#f59e0b"_s};
-        QTest::newRow("INITIALIZING") << QStringList{u"Starting"_s, u"#fbbf24"_s, u"#f59e0b"_s};
-        QTest::newRow("QUEUED") << QStringList{u"Queued"_s, u"#fbbf24"_s, u"#f59e0b"_s};
-        QTest::newRow("ERROR") << QStringList{u"Error"_s, u"#f88787"_s, u"#ef4444"_s};
-        QTest::newRow("CANCELED") << QStringList{u"Canceled"_s, u"#999999"_s, u"#808080"_s};
-        QTest::newRow("DELETED") << unknown;
-        QTest::newRow("ready") << unknown;
-        QTest::newRow("") << unknown;
-    }
-
     void states() {
-        QFETCH(QStringList, expected);
-        const QString state = QString::fromLatin1(QTest::currentDataTag());
-        Scene scene;
-        scene.track({u"site"_s});
-        if (!state.isEmpty())
-            scene.poll(u"site"_s, {scene.deployment(state, 1min)});
-        const ProjectRow row = ProjectRow::of(scene.state, u"site"_s, scene.clock.now());
-        QCOMPARE((QStringList{row.word, hex(row.wordColor), hex(row.dotColor)}), expected);
+        const QStringList unknown{u"—"_s, u"#999999"_s, u"#808080"_s};
+        const QList<std::pair<QString, QStringList>> rows{
+            {u"READY"_s, {u"Live"_s, u"#4ade80"_s, u"#22c55e"_s}},
+            {u"BUILDING"_s, {u"Building"_s, u"#fbbf24"_s, u"#f59e0b"_s}},
+            {u"INITIALIZING"_s, {u"Starting"_s, u"#fbbf24"_s, u"#f59e0b"_s}},
+            {u"QUEUED"_s, {u"Queued"_s, u"#fbbf24"_s, u"#f59e0b"_s}},
+            {u"ERROR"_s, {u"Error"_s, u"#f88787"_s, u"#ef4444"_s}},
+            {u"CANCELED"_s, {u"Canceled"_s, u"#999999"_s, u"#808080"_s}},
+            {u"ready"_s, unknown},
+            {QString(), unknown}};
+        for (const auto& [state, expected] : rows) {
+            Scene scene;
+            scene.track({u"site"_s});
+            if (!state.isEmpty())
+                scene.poll(u"site"_s, {scene.deployment(state, 1min)});
+            const ProjectRow row = scene.projectRow();
+            QCOMPARE((QStringList{row.word, hex(row.wordColor), hex(row.dotColor)}), expected);
+        }
     }
 
     void domainLine_data() {
@@ -103,7 +97,7 @@ private Q_SLOTS:
         Scene scene;
         scene.track({u"site"_s});
         scene.poll(u"site"_s, {scene.deployment(u"READY"_s, 5min)});
-        const ProjectRow row = ProjectRow::of(scene.state, u"site"_s, scene.clock.now());
+        const ProjectRow row = scene.projectRow();
         QCOMPARE(row.branch, u"main"_s);
         QCOMPARE(row.buildDuration, u"Built in 1m 23s"_s);
         QCOMPARE(row.pushedAt, u"5 minutes ago"_s);
@@ -125,7 +119,7 @@ private Q_SLOTS:
                 auto deployment = scene.deployment(u"READY"_s, 1min);
                 deployment.meta->githubCommitMessage = message;
                 scene.poll(u"site"_s, {deployment});
-                QCOMPARE(ProjectRow::of(scene.state, u"site"_s, scene.clock.now()).commitMessage, shown);
+                QCOMPARE(scene.projectRow().commitMessage, shown);
             }
         }
     }
@@ -153,7 +147,7 @@ private Q_SLOTS:
             deployments[2].target = std::nullopt;
         }
         scene.state.setRecentDeployments(u"site"_s, deployments);
-        const auto history = ProjectRow::of(scene.state, u"site"_s, scene.clock.now()).history;
+        const auto history = scene.projectRow().history;
         QTEST(static_cast<int>(history.size()), "lines");
         const QStringList refs{u"production"_s, u"—"_s, u"main"_s, u"main"_s};
         for (qsizetype i = 0; i < history.size(); ++i) {
@@ -169,7 +163,7 @@ private Q_SLOTS:
         scene.poll(u"site"_s, {scene.deployment(u"READY"_s, 1h)});
         scene.clock.setNow(scene.clock.now() + 3min);
         scene.state.setError(u"site"_s, u"Server error (500)"_s);
-        const ProjectRow row = ProjectRow::of(scene.state, u"site"_s, scene.clock.now());
+        const ProjectRow row = scene.projectRow();
         const QString age = u"Showing the status from the last successful check, 3m ago."_s;
         QCOMPARE(row.error, u"Server error (500)"_s);
         QCOMPARE(row.staleness, age);
@@ -200,7 +194,7 @@ private Q_SLOTS:
         deployment.url = host;
         deployment.alias = QList<QString>{host};
         scene.poll(u"site"_s, {deployment});
-        const ProjectRow row = ProjectRow::of(scene.state, u"site"_s, scene.clock.now());
+        const ProjectRow row = scene.projectRow();
         QCOMPARE(row.inspectorUrl, QString());
         QCOMPARE(row.deploymentUrl, QString());
         QCOMPARE(row.domainUrl, QString());
@@ -221,7 +215,7 @@ private Q_SLOTS:
             deployment.meta = DeploymentMeta{text, text, text};
             scene.poll(u"site"_s, {deployment, deployment});
             scene.state.setError(u"site"_s, text);
-            const ProjectRow row = ProjectRow::of(scene.state, u"site"_s, scene.clock.now());
+            const ProjectRow row = scene.projectRow();
             for (const QString& shown :
                  {row.name, row.domain, row.domainUrl, row.branch, row.history.at(0).ref}) {
                 QVERIFY2(shown.size() < 320, qPrintable(shown.left(400)));
@@ -276,37 +270,6 @@ private Q_SLOTS:
         QTRY_VERIFY(!row.isCopied());
         QVERIFY2(watch.elapsed() >= 1400, qPrintable(QString::number(watch.elapsed())));
         QCOMPARE(row.copyToolTip(), u"Copy https://site.example"_s);
-    }
-
-    void redeployRunsOnceAtATime() {
-        Scene scene;
-        scene.track({u"site"_s, u"other"_s});
-        QStringList asked;
-        QPromise<void> promise;
-        promise.start();
-        const auto wait = [](QFuture<void> done) -> QCoro::Task<> { co_await done; };
-        scene.state.setRedeployHandler([&](const QString& projectId) {
-            asked.append(projectId);
-            return wait(promise.future());
-        });
-        RowModel row(scene.model, u"site"_s);
-        RowModel other(scene.model, u"other"_s);
-        row.redeploy();
-        row.redeploy();
-        QVERIFY(row.isRedeploying());
-        QVERIFY(!other.isRedeploying());
-        other.redeploy();
-        QCOMPARE(asked, (QStringList{u"site"_s, u"other"_s}));
-        const QSignalSpy changed(&row, &ProjectRowModel::changed);
-        // The one that runs is not disturbed.
-        scene.state.setRedeployHandler({});
-        promise.finish();
-        QTRY_VERIFY(!row.isRedeploying() && !other.isRedeploying());
-        QVERIFY(changed.count() > 0);
-        // Without a handler there is nothing to wait for.
-        row.redeploy();
-        Scene::settle();
-        QVERIFY(!row.isRedeploying());
     }
 };
 

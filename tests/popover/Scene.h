@@ -64,9 +64,11 @@ public:
     }
 
     /// Lets the popover follow.
-    static void settle() {
-        QCoreApplication::processEvents();
-        QCoreApplication::processEvents();
+    static void settle() { ManualClock::settle(); }
+
+    /// The row of a project.
+    [[nodiscard]] ProjectRow projectRow(const QString& projectId = u"site"_s) const {
+        return ProjectRow::of(state, projectId, clock.now());
     }
 
     QTemporaryDir folder;
