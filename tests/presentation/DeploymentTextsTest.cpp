@@ -120,7 +120,7 @@ private Q_SLOTS:
             QVERIFY(!deploymentStateFromRawText(text));
         QCOMPARE(displayLabel(DeploymentState::canceled), u"🚫 Canceled"_s);
         QCOMPARE(displayLabel(DeploymentState::error), u"❌ Failed"_s);
-        QCOMPARE(color(DeploymentState::queued), color(DeploymentState::building));
+        QCOMPARE(color(DeploymentState::queued), QColor(230, 126, 0));
         QCOMPARE(color(DeploymentState::canceled), QColor(64, 64, 64));
         QCOMPARE(Deployment{.state = u"Canceled"_s}.deploymentState(), DeploymentState::unknown);
     }
