@@ -1,6 +1,8 @@
 #include <QCoroTask>
 #include <QJsonDocument>
 
+#include "platform/http/NetworkHttpClient.h"
+#include "sandbox/Sandbox.h"
 #include "tests/TestProgram.h"
 #include "tests/fakes/FakeHttpClient.h"
 #include "vercel/VercelAPIClient.h"
@@ -142,6 +144,38 @@ private Q_SLOTS:
         QCOMPARE(domain(skipped + R"(,{"name":"p.example"},{"name":"r.example","verified":false})"),
                  u"p.example"_s);
         QCOMPARE(domain(verified + R"(,{"name":5})"), u"absent"_s);  // an invalid entry discards all
+    }
+
+    void theSandboxIsUnderstood() {
+        sandbox::Sandbox service({.projects = 640, .speed = 0});
+        QVERIFY(service.start());
+        NetworkHttpClient http({.insecureLoopback = NetworkHttpClient::InsecureLoopback::allowed});
+        qsizetype listed = 0;
+        for (const auto& account : service.accounts()) {
+            const VercelAPIClient client(http, service.baseUrl(), account.token, account.teamId);
+            const auto projects = QCoro::waitFor(client.fetchAllProjects({}));
+            QVERIFY2(projects, qPrintable(errorText(projects)));
+            listed += projects->size();
+            for (const auto& project : projects->first(20)) {
+                const auto known = service.world()->project(project.id)->deployments;
+                const auto recent = QCoro::waitFor(client.fetchRecentDeployments(project.id, 5, false, {}));
+                QVERIFY2(recent, qPrintable(errorText(recent)));
+                QCOMPARE(recent->size(), std::min<qsizetype>(5, known.size()));
+                for (qsizetype i = 0; i < recent->size(); ++i) {
+                    QCOMPARE(recent->at(i).id, known.at(i).uid);
+                    QCOMPARE(recent->at(i).created, known.at(i).created);
+                }
+                if (recent->isEmpty())
+                    continue;
+                QVERIFY(QCoro::waitFor(client.redeployDeployment(recent->first().id, {})));
+                QCOMPARE(service.world()->project(project.id)->deployments.size(), known.size() + 1);
+            }
+            service.world()->setRevoked(account.token, true);
+            QCOMPARE(errorText(QCoro::waitFor(client.fetchAllProjects({}))), u"Invalid API token (401)"_s);
+        }
+        QCOMPARE(listed, 640);
+        const VercelStatusClient status(http, service.baseUrl().resolved(QUrl(u"/api/v2/status.json"_s)));
+        QCOMPARE(QCoro::waitFor(status.fetch({})), VercelStatusLevel::ok);
     }
 
     void theStatusPageGivesALevelWhateverHappens() {
