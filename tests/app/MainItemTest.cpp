@@ -70,14 +70,6 @@ private Q_SLOTS:
         QCOMPARE(shown(), oneError);
     }
 
-    void thePlatformStatusLeavesTheTitleAlone() {
-        Rig rig;
-        rig.launch();
-        const int count = rig.statusBar.items.value(u"tidemark"_s).labelCount;
-        rig.state().setVercelPlatformStatus(VercelStatusLevel::critical);
-        QCOMPARE(rig.statusBar.items.value(u"tidemark"_s).labelCount, count);
-    }
-
     void theLogoIsATriangleInItsSquare() {
         constexpr int size = 448;
         const StatusImage image = VercelLogoShape::image(size);

@@ -126,41 +126,22 @@ private Q_SLOTS:
         QVERIFY(readMenu(menu).contains(u"Deployed: 7 minutes ago"_s));
     }
 
-    void statesReadAsTheyAre_data() {
-        QTest::addColumn<QString>("state");
-        QTest::addColumn<QString>("toolTip");
-        QTest::addColumn<QString>("status");
-        QTest::newRow("queued") << u"QUEUED"_s << u"api_v2: QUEUED"_s << u"Status: ⏳ Queued"_s;
-        QTest::newRow("error") << u"ERROR"_s << u"api_v2: ERROR"_s << u"Status: ❌ Failed"_s;
-        QTest::newRow("new to us") << u"SHINY"_s << u"api_v2: unknown"_s << u"Status: ⚪ Unknown"_s;
-    }
-
-    void statesReadAsTheyAre() {
-        QFETCH(const QString, state);
-        m_deployment.state = state;
+    void aStateThatIsNewReadsAsUnknown() {
+        m_deployment.state = u"SHINY"_s;
         m_item->update(m_deployment);
-        QTEST(shown().toolTip, "toolTip");
-        QTEST(readMenu(shown().menu).value(2), "status");
-    }
-
-    void commitsAreCutAtAWholeCharacter_data() {
-        QTest::addColumn<QString>("message");
-        QTest::addColumn<QString>("line");
-        const QString fifty(50, u'x');
-        const QString family = u"👨‍👩‍👧"_s;
-        QTest::newRow("50") << fifty << fifty;
-        QTest::newRow("51") << fifty + u'y' << fifty + u'…';
-        QTest::newRow("lines") << fifty + u"\nmore"_s << fifty;
-        QTest::newRow("emoji") << family.repeated(51) << family.repeated(50) + u'…';
-        QTest::newRow("empty") << QString() << QString();
+        QCOMPARE(shown().toolTip, u"api_v2: unknown"_s);
+        QCOMPARE(readMenu(shown().menu).value(2), u"Status: ⚪ Unknown"_s);
     }
 
     void commitsAreCutAtAWholeCharacter() {
-        QFETCH(const QString, message);
-        QFETCH(const QString, line);
-        m_deployment.meta->githubCommitMessage = message;
-        m_item->update(m_deployment);
-        QCOMPARE(readMenu(shown().menu).value(4), u"Commit: "_s + line);
+        const QString family = u"👨‍👩‍👧"_s;
+        const QString fifty = family.repeated(50);
+        for (const auto& [message, line] :
+             {std::pair(fifty + u"\nmore"_s, fifty), {fifty + family, fifty + u'…'}, {u""_s, u""_s}}) {
+            m_deployment.meta->githubCommitMessage = message;
+            m_item->update(m_deployment);
+            QCOMPARE(readMenu(shown().menu).value(4), u"Commit: "_s + line);
+        }
         m_deployment.meta.reset();
         m_item->update(m_deployment);
         QCOMPARE(readMenu(shown().menu).mid(3, 2), (QStringList{u"Branch: —"_s, u"Commit: —"_s}));

@@ -16,7 +16,6 @@ public:
         QString toolTip;
         StatusItem::Action action;
         Menu menu;
-        int labelCount = 0;
         int imageCount = 0;
     };
 
@@ -47,10 +46,7 @@ private:
             ++shown().imageCount;
         }
         void setDot(const QColor& color) override { shown().dot = color; }
-        void setLabel(const QString& label) override {
-            shown().label = label;
-            ++shown().labelCount;
-        }
+        void setLabel(const QString& label) override { shown().label = label; }
         void setToolTip(const QString& toolTip) override { shown().toolTip = toolTip; }
         void setAction(Action action) override { shown().action = std::move(action); }
         void setMenu(const Menu& menu) override { shown().menu = menu; }

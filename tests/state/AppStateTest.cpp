@@ -38,35 +38,31 @@ private Q_SLOTS:
         m_defaults.reset();
     }
 
-    void overallStateAndCounts_data() {
-        QTest::addColumn<QStringList>("states");
-        QTest::addColumn<DeploymentState>("overall");
-        QTest::addColumn<QList<int>>("counts");  // live, building, error
-        using enum DeploymentState;
-        const auto row = [](const char* name, const QStringList& states, DeploymentState overall,
-                            const QList<int>& counts) { QTest::newRow(name) << states << overall << counts; };
-        row("none polled", {}, unknown, {0, 0, 0});
-        row("error first", {u"READY"_s, u"BUILDING"_s, u"ERROR"_s, u"CANCELED"_s}, error, {1, 1, 1});
-        row("then canceled", {u"READY"_s, u"CANCELED"_s, u"QUEUED"_s}, canceled, {1, 1, 0});
-        row("queued is building", {u"READY"_s, u"QUEUED"_s}, building, {1, 1, 0});
-        row("initializing is building", {u"INITIALIZING"_s, u"nonsense"_s}, building, {0, 1, 0});
-        row("all ready", {u"READY"_s, u"READY"_s}, ready, {2, 0, 0});
-        row("one unknown", {u"READY"_s, u"Ready"_s}, unknown, {1, 0, 0});
-    }
-
     void overallStateAndCounts() {
-        QFETCH(const QStringList, states);
-        QList<VercelProject> projects{{u"unpolled"_s, u"x"_s, u"a"_s}, {u"untracked"_s, u"y"_s, u"a"_s}};
-        for (int i = 0; i < states.size(); ++i)
-            projects.append({u"p%1"_s.arg(i), u"n"_s, u"a"_s});
-        m_state->integrateProjects(projects, u"a"_s);
-        m_state->setTracked(u"untracked"_s, false);
-        m_state->setDeployment(u"untracked"_s, inState(u"ERROR"_s));
-        m_state->setDeployment(u"vanished"_s, inState(u"ERROR"_s));
-        for (int i = 0; i < states.size(); ++i)
-            m_state->setDeployment(u"p%1"_s.arg(i), inState(states.at(i)));
-        QTEST(m_state->overallState(), "overall");
-        QTEST((QList{m_state->liveCount(), m_state->buildingCount(), m_state->errorCount()}), "counts");
+        using enum DeploymentState;
+        // The counts of live, building and failed ones.
+        const QList<std::tuple<QStringList, DeploymentState, QList<int>>> rows{
+            {{}, unknown, {0, 0, 0}},
+            {{u"READY"_s, u"BUILDING"_s, u"ERROR"_s, u"CANCELED"_s}, error, {1, 1, 1}},
+            {{u"READY"_s, u"CANCELED"_s, u"QUEUED"_s}, canceled, {1, 1, 0}},
+            {{u"READY"_s, u"QUEUED"_s}, building, {1, 1, 0}},
+            {{u"INITIALIZING"_s, u"nonsense"_s}, building, {0, 1, 0}},
+            {{u"READY"_s, u"READY"_s}, ready, {2, 0, 0}},
+            {{u"READY"_s, u"Ready"_s}, unknown, {1, 0, 0}}};
+        for (const auto& [states, overall, counts] : rows) {
+            restart();
+            QList<VercelProject> projects{{u"unpolled"_s, u"x"_s, u"a"_s}, {u"untracked"_s, u"y"_s, u"a"_s}};
+            for (int i = 0; i < states.size(); ++i)
+                projects.append({u"p%1"_s.arg(i), u"n"_s, u"a"_s});
+            m_state->integrateProjects(projects, u"a"_s);
+            m_state->setTracked(u"untracked"_s, false);
+            for (const auto& id : {u"untracked"_s, u"vanished"_s})
+                m_state->setDeployment(id, inState(u"ERROR"_s));
+            for (int i = 0; i < states.size(); ++i)
+                m_state->setDeployment(u"p%1"_s.arg(i), inState(states.at(i)));
+            QCOMPARE(m_state->overallState(), overall);
+            QCOMPARE((QList{m_state->liveCount(), m_state->buildingCount(), m_state->errorCount()}), counts);
+        }
     }
 
     void projectsAreSortedByCharacterCode() {
@@ -105,13 +101,15 @@ private Q_SLOTS:
     }
 
     void choicesSurviveARestart() {
-        m_state->integrateProjects({{u"1"_s, u"one"_s, u"A"_s}, {u"2"_s, u"two"_s, u"A"_s}}, u"A"_s);
+        m_state->integrateProjects({{u"1"_s, u"one\n\U0001F680"_s, u"A"_s}, {u"2"_s, u"two"_s, u"A"_s}},
+                                   u"A"_s);
         m_state->setTracked(u"1"_s, false);
         m_state->setIndividual(u"2"_s, true);
         m_state->setProductionOnly(true);
         m_state->setProductionDomain(u"2"_s, u"two.example"_s);
+        const auto projects = m_state->allProjects();
         restart();
-        QCOMPARE(names(m_state->allProjects()), (QStringList{u"one"_s, u"two"_s}));
+        QCOMPARE(m_state->allProjects(), projects);
         QCOMPARE(m_state->trackedIds(), QSet{u"2"_s});
         QCOMPARE(m_state->individualIds(), QSet{u"2"_s});
         QVERIFY(m_state->productionOnly());

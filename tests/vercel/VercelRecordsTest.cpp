@@ -1,5 +1,3 @@
-#include <QJsonDocument>
-
 #include "tests/TestProgram.h"
 #include "vercel/Deployment.h"
 #include "vercel/VercelProject.h"
@@ -95,28 +93,6 @@ private Q_SLOTS:
         QVERIFY(!ProjectsResponse::decode(R"({"projects":[],"pagination":{"next":"1"}})"));
         QVERIFY(!ProjectsResponse::decode(R"({"projects":[],"pagination":null})")->pagination);
         QVERIFY(!ProjectsResponse::decode(R"({"projects":[],"pagination":{"next":null}})")->pagination->next);
-    }
-
-    void recordsSurviveEncoding() {
-        const Deployment full{.id = u"d"_s,
-                              .name = u"näme \U0001F680"_s,
-                              .url = u"u"_s,
-                              .created = std::numeric_limits<qint64>::min(),
-                              .ready = std::numeric_limits<qint64>::max(),
-                              .state = u"ERROR"_s,
-                              .target = u"production"_s,
-                              .inspectorUrl = u"https://x"_s,
-                              .meta = DeploymentMeta{u"m\nn"_s, u"r"_s, u"s"_s},
-                              .alias = QList{u"a"_s}};
-        const DeploymentsResponse deployments{{full, {.id = u"e"_s, .created = 1, .state = u"x"_s}}};
-        const ProjectsResponse projects{.projects = {{u"p"_s, u"n"_s, u"a"_s}},
-                                        .pagination = ProjectsResponse::Pagination{.next = 5}};
-        const DomainsResponse domains{{{u"d"_s, u""_s, true, u"r"_s}, {.name = u"e"_s}}};
-        const auto survives = []<typename Record>(const Record& record) {
-            return Record::decode(QJsonDocument(record.encode()).toJson()) == record;
-        };
-        QVERIFY(survives(deployments) && survives(projects) && survives(domains));
-        QCOMPARE(decodeProjects(encodeProjects(projects.projects)), projects.projects);
     }
 };
 
