@@ -4,6 +4,7 @@
 #include <QRegularExpression>
 #include <QSslServer>
 #include <QSslSocket>
+#include <QTimer>
 
 namespace tidemark {
 
@@ -63,6 +64,20 @@ MisbehavingServer::Script MisbehavingServer::writesAndCloses(QByteArray bytes) {
     return [bytes = std::move(bytes)](QTcpSocket& socket, const QByteArray&) {
         socket.write(bytes);
         socket.disconnectFromHost();
+    };
+}
+
+MisbehavingServer::Script MisbehavingServer::drips(const QByteArray& start, const QByteArray& drop,
+                                                   std::chrono::milliseconds pause, int count) {
+    return [=](QTcpSocket& socket, const QByteArray&) {
+        socket.write(start);
+        auto* timer = new QTimer(&socket);
+        timer->callOnTimeout(&socket, [&socket, drop, timer, left = count]() mutable {
+            socket.write(drop);
+            if (--left == 0)
+                timer->stop();
+        });
+        timer->start(pause);
     };
 }
 

@@ -9,6 +9,7 @@
 #include <QTcpServer>
 #include <QTcpSocket>
 #include <QUrl>
+#include <chrono>
 #include <functional>
 #include <memory>
 
@@ -40,6 +41,10 @@ public:
     [[nodiscard]] static Script writes(QByteArray bytes);
     /// A script that writes `bytes` and then closes the connection.
     [[nodiscard]] static Script writesAndCloses(QByteArray bytes);
+    /// A script that writes `start`, and then `drop` after each pause: `count` times, or without end.
+    [[nodiscard]] static Script drips(const QByteArray& start, const QByteArray& drop,
+                                      std::chrono::milliseconds pause = std::chrono::milliseconds(5),
+                                      int count = -1);
 
 private:
     void listen();

@@ -1,3 +1,5 @@
+#include <array>
+
 #include "notify/NotificationManager.h"
 #include "tests/TestProgram.h"
 #include "tests/fakes/FakeNotificationCenter.h"
@@ -37,37 +39,25 @@ class NotificationManagerTest final : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void announcesEveryChangeOfState_data() {
-        QTest::addColumn<QString>("before");
-        QTest::addColumn<QString>("after");
-        QTest::addColumn<QString>("body");
-        QTest::addColumn<QString>("sound");
-        const auto row = [](const QString& before, const QString& after, const QString& body,
-                            const QString& sound) {
-            QTest::newRow(qPrintable(before + u" to "_s + after)) << before << after << body << sound;
-        };
-        row(u"BUILDING"_s, u"READY"_s, u"⏳ Building  →  ✅ Ready"_s, u"Glass"_s);
-        row(u"BUILDING"_s, u"ERROR"_s, u"⏳ Building  →  ❌ Failed"_s, u"Basso"_s);
-        row(u"ERROR"_s, u"CANCELED"_s, u"❌ Failed  →  🚫 Canceled"_s, u"Basso"_s);
-        row(u"QUEUED"_s, u"INITIALIZING"_s, u"⏳ Queued  →  ⏳ Initializing"_s, {});
-        row(u"READY"_s, u"ready"_s, u"✅ Ready  →  ⚪ Unknown"_s, {});
-        row(u""_s, u"READY"_s, u"⚪ Unknown  →  ✅ Ready"_s, u"Glass"_s);
-    }
-
     void announcesEveryChangeOfState() {
-        QFETCH(const QString, before);
-        QFETCH(const QString, after);
-        QFETCH(const QString, body);
-        QFETCH(const QString, sound);
-        Scene scene;
-        scene.see(u"prj_1"_s, before);
-        QVERIFY(scene.center.requests.isEmpty());
-        QCOMPARE(scene.center.authorizations, 0);
-        scene.see(u"prj_1"_s, after);
-        const NotificationRequest expected{
-            .identifier = u"prj_1-1700000000.0"_s, .title = u"Shop"_s, .body = body, .userInfo = {}};
-        QCOMPARE(scene.center.requests, QList{expected});
-        QCOMPARE(scene.sounds.names.join(u' '), sound);
+        const QList<std::array<QString, 4>> rows{
+            {u"BUILDING"_s, u"READY"_s, u"⏳ Building  →  ✅ Ready"_s, u"Glass"_s},
+            {u"BUILDING"_s, u"ERROR"_s, u"⏳ Building  →  ❌ Failed"_s, u"Basso"_s},
+            {u"ERROR"_s, u"CANCELED"_s, u"❌ Failed  →  🚫 Canceled"_s, u"Basso"_s},
+            {u"QUEUED"_s, u"INITIALIZING"_s, u"⏳ Queued  →  ⏳ Initializing"_s, {}},
+            {u"READY"_s, u"ready"_s, u"✅ Ready  →  ⚪ Unknown"_s, {}},
+            {u""_s, u"READY"_s, u"⚪ Unknown  →  ✅ Ready"_s, u"Glass"_s}};
+        for (const auto& [before, after, body, sound] : rows) {
+            Scene scene;
+            scene.see(u"prj_1"_s, before);
+            QVERIFY(scene.center.requests.isEmpty());
+            QCOMPARE(scene.center.authorizations, 0);
+            scene.see(u"prj_1"_s, after);
+            const NotificationRequest expected{
+                .identifier = u"prj_1-1700000000.0"_s, .title = u"Shop"_s, .body = body, .userInfo = {}};
+            QCOMPARE(scene.center.requests, QList{expected});
+            QCOMPARE(scene.sounds.names.join(u' '), sound);
+        }
     }
 
     void announcesOnlyChanges() {

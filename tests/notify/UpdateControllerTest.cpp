@@ -13,33 +13,27 @@ class UpdateControllerTest final : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void bothKeysMakeAConfiguredBuild_data() {
-        QTest::addColumn<QString>("feedUrl");
-        QTest::addColumn<QString>("publicKey");
-        QTest::addColumn<bool>("isConfigured");
-        const QString feed = u"https://updates.example/appcast.xml"_s;
-        QTest::newRow("both") << feed << u"key"_s << true;
-        QTest::newRow("no key") << feed << QString() << false;
-        QTest::newRow("no feed") << QString() << u"key"_s << false;
-        QTest::newRow("key not replaced") << feed << u"REPLACE_WITH_SPARKLE_PUBLIC_KEY"_s << false;
-        QTest::newRow("feed not replaced") << u"REPLACE_WITH_APPCAST_URL"_s << u"key"_s << false;
-        QTest::newRow("nearly the placeholder") << u"replace_with_appcast_url"_s << u"key"_s << true;
-    }
-
     void bothKeysMakeAConfiguredBuild() {
-        QFETCH(const QString, feedUrl);
-        QFETCH(const QString, publicKey);
-        QFETCH(const bool, isConfigured);
-        UpdateController controller = make({.feedUrl = feedUrl, .publicKey = publicKey});
-        QCOMPARE(controller.isConfigured(), isConfigured);
-        QCOMPARE(controller.controller() != nullptr, isConfigured);
-        QCOMPARE(controller.statusDescription(),
-                 isConfigured ? u"Not checked yet."_s : u"Updates aren't configured in this build."_s);
-        if (isConfigured)
-            return;
-        controller.checkForUpdates();
-        ManualClock::settle();
-        QVERIFY(m_http.requests().isEmpty());
+        const QString feed = u"https://updates.example/appcast.xml"_s;
+        const QList<std::tuple<QString, QString, bool>> rows{
+            {feed, u"key"_s, true},
+            {feed, QString(), false},
+            {QString(), u"key"_s, false},
+            {feed, u"REPLACE_WITH_SPARKLE_PUBLIC_KEY"_s, false},
+            {u"REPLACE_WITH_APPCAST_URL"_s, u"key"_s, false},
+            {u"replace_with_appcast_url"_s, u"key"_s, true}};
+        for (const auto& [feedUrl, publicKey, isConfigured] : rows) {
+            UpdateController controller = make({.feedUrl = feedUrl, .publicKey = publicKey});
+            QCOMPARE(controller.isConfigured(), isConfigured);
+            QCOMPARE(controller.controller() != nullptr, isConfigured);
+            QCOMPARE(controller.statusDescription(),
+                     isConfigured ? u"Not checked yet."_s : u"Updates aren't configured in this build."_s);
+            if (isConfigured)
+                continue;
+            controller.checkForUpdates();
+            ManualClock::settle();
+            QVERIFY(m_http.requests().isEmpty());
+        }
     }
 
     void theLastCheckIsTold() {

@@ -1,5 +1,3 @@
-#include <QTimer>
-
 #include "tests/TestProgram.h"
 #include "tests/fakes/MisbehavingServer.h"
 #include "tests/platform/http/HttpExchange.h"
@@ -22,20 +20,6 @@ struct Download {
         return description(status.error()) + (body.isEmpty() ? u" Nothing came."_s : u" A part came."_s);
     }
 };
-
-/// Writes `start`, and then `drop` every 100 ms until it has been written `count` times.
-Script drips(const QByteArray& start, const QByteArray& drop, int count) {
-    return [start, drop, count](QTcpSocket& socket, const QByteArray&) {
-        socket.write(start);
-        auto* timer = new QTimer(&socket);
-        timer->callOnTimeout(&socket, [&socket, drop, timer, left = count]() mutable {
-            socket.write(drop);
-            if (--left == 0)
-                timer->stop();
-        });
-        timer->start(100ms);
-    };
-}
 
 }  // namespace
 
@@ -95,17 +79,20 @@ private Q_SLOTS:
     /// the pauses, so that a machine that stalls for a second does not look like silence.
     void onlySilenceEndsIt() {
         const auto patience = 2s;
-        MisbehavingServer steady(drips("HTTP/1.1 200 OK\r\nContent-Length: 25\r\n\r\n", "x", 25));
+        MisbehavingServer steady(
+            MisbehavingServer::drips("HTTP/1.1 200 OK\r\nContent-Length: 25\r\n\r\n", "x", 100ms, 25));
         QCOMPARE(fetch({.url = steady.url(), .limit = 25, .patience = patience}).summary(),
                  u"200, 25 bytes"_s);
-        MisbehavingServer stalled(drips("HTTP/1.1 200 OK\r\nContent-Length: 25\r\n\r\n", "x", 2));
+        MisbehavingServer stalled(
+            MisbehavingServer::drips("HTTP/1.1 200 OK\r\nContent-Length: 25\r\n\r\n", "x", 100ms, 2));
         QCOMPARE(fetch({.url = stalled.url(), .limit = 25, .patience = patience}).summary(),
                  (description(TransportError::timedOut) + u" A part came."_s));
         QTRY_COMPARE(stalled.openConnectionCount(), 0);
     }
 
     void sinkAndStopEndIt() {
-        MisbehavingServer server(drips("HTTP/1.1 200 OK\r\nContent-Length: 100\r\n\r\n", "x", 100));
+        MisbehavingServer server(
+            MisbehavingServer::drips("HTTP/1.1 200 OK\r\nContent-Length: 100\r\n\r\n", "x", 100ms, 100));
         HttpSink full = [](QByteArrayView) { return false; };
         const DownloadResult refused =
             QCoro::waitFor(m_client->download({.url = server.url(), .limit = 100}, std::move(full), {}));

@@ -127,8 +127,6 @@ private Q_SLOTS:
         atCheck("file feed", u"file:///etc/passwd"_s, feedInsecure);
         atCheck("oversized feed", u"oversized.xml"_s, feedTooLarge);
         atCheck("malformed feed", u"malformed.xml"_s, feedMalformed);
-        atCheck("newer system", u"newer-system.xml"_s, needsNewerSystem);
-        atCheck("unsigned", u"unsigned.xml"_s, archiveUnsigned);
         atInstallation("tampered", u"tampered.xml"_s, signatureWrong);
         atInstallation("wrong key", u"wrong-key.xml"_s, signatureWrong);
         atInstallation("cut", u"cut.xml?size=2000000"_s, archiveCut);
@@ -154,9 +152,7 @@ private Q_SLOTS:
         QVERIFY(m_updater->errorDescription().endsWith(u'.'));
         QVERIFY(!m_updater->errorDescription().contains(u"127.0.0.1"_s));
         verifyNothingHappened();
-        const bool wasFeedRead =
-            isOffered || error == UpdateError::archiveUnsigned || error == UpdateError::needsNewerSystem;
-        QCOMPARE(m_updater->lastUpdateCheckDate().has_value(), wasFeedRead);
+        QCOMPARE(m_updater->lastUpdateCheckDate().has_value(), isOffered);
     }
 
     void onlyNewerReleasesAreOffered_data() {

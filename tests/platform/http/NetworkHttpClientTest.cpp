@@ -1,7 +1,6 @@
 #include <QHostAddress>
 #include <QPointer>
 #include <QTcpServer>
-#include <QTimer>
 #include <thread>
 
 #include "platform/http/NetworkHttpClient.h"
@@ -27,16 +26,6 @@ QByteArray deflated(const QByteArray& body) {
 /// Closes the connection without an answer.
 void reset(QTcpSocket& socket, const QByteArray& /*request*/) {
     socket.abort();
-}
-
-/// Writes `start`, and then `drop` repeatedly.
-Script drips(const QByteArray& start, const QByteArray& drop) {
-    return [start, drop](QTcpSocket& socket, const QByteArray&) {
-        socket.write(start);
-        auto* timer = new QTimer(&socket);
-        timer->callOnTimeout(&socket, [&socket, drop] { socket.write(drop); });
-        timer->start(5ms);
-    };
 }
 
 }  // namespace
@@ -171,9 +160,9 @@ private Q_SLOTS:
 
     void deadlineBoundsTheWholeExchange() {
         for (const auto& script :
-             {MisbehavingServer::writes(""), drips("HTTP/1.1 200 OK\r\n", "X-Drip: 1\r\n"),
-              drips("HTTP/1.1 200 OK\r\nContent-Length: 1000000\r\n\r\n", "x"),
-              drips("", "HTTP/1.1 100 Continue\r\n\r\n")}) {
+             {MisbehavingServer::writes(""), MisbehavingServer::drips("HTTP/1.1 200 OK\r\n", "X-Drip: 1\r\n"),
+              MisbehavingServer::drips("HTTP/1.1 200 OK\r\nContent-Length: 1000000\r\n\r\n", "x"),
+              MisbehavingServer::drips("", "HTTP/1.1 100 Continue\r\n\r\n")}) {
             MisbehavingServer server(script);
             HttpRequest request = get(server.url());
             request.timeout = 100ms;
@@ -203,7 +192,7 @@ private Q_SLOTS:
     }
 
     void endlessBodyIsCutOff() {
-        MisbehavingServer server(drips("HTTP/1.1 200 OK\r\n\r\n", QByteArray(65536, 'x')));
+        MisbehavingServer server(MisbehavingServer::drips("HTTP/1.1 200 OK\r\n\r\n", QByteArray(65536, 'x')));
         QVERIFY(send(*m_client, get(server.url())) == failed(TransportError::tooLarge));
         QTRY_COMPARE(server.openConnectionCount(), 0);
     }
