@@ -102,26 +102,21 @@ private Q_SLOTS:
         QCOMPARE(edge(), QColor(DS::panelBg().rgb()));
     }
 
-    void linksOpenTheirPages_data() {
-        QTest::addColumn<QString>("link");
-        QTest::addColumn<QUrl>("url");
-        QTest::newRow("domain") << u"docs.example"_s << QUrl(u"https://docs.example"_s);
-        QTest::newRow("inspector") << u"Vercel"_s << QUrl(u"https://vercel.example/inspect"_s);
-        QTest::newRow("deployment") << u"Deployment"_s << QUrl(u"https://build-1.vercel.app"_s);
-    }
-
     void linksOpenTheirPages() {
-        QFETCH(QString, link);
-        QFETCH(QUrl, url);
         Viewer person;
         person.toggleRow(u"docs"_s);
-        person.click(person.see(link, QAccessible::Link));
-        QCOMPARE(person.workspace.urls, QList<QUrl>{url});
-        // The row below does not take the click for its own.
-        QVERIFY(person.isExpanded(u"docs"_s));
-        person.press(Qt::Key_Return);
-        QCOMPARE(person.workspace.urls, (QList<QUrl>{url, url}));
-        QVERIFY(person.isExpanded(u"docs"_s));
+        for (const auto& [link, page] : {std::pair(u"docs.example"_s, u"https://docs.example"_s),
+                                         {u"Vercel"_s, u"https://vercel.example/inspect"_s},
+                                         {u"Deployment"_s, u"https://build-1.vercel.app"_s}}) {
+            person.workspace.urls.clear();
+            person.click(person.see(link, QAccessible::Link));
+            QCOMPARE(person.workspace.urls, QList{QUrl(page)});
+            // The row below does not take the click for its own.
+            QVERIFY(person.isExpanded(u"docs"_s));
+            person.press(Qt::Key_Return);
+            QCOMPARE(person.workspace.urls, (QList{QUrl(page), QUrl(page)}));
+            QVERIFY(person.isExpanded(u"docs"_s));
+        }
     }
 
     void copyPutsTheAddressOnTheClipboard() {
@@ -181,29 +176,21 @@ private Q_SLOTS:
         }
     }
 
-    void buttonsDoWhatTheySay_data() {
-        QTest::addColumn<QString>("button");
-        QTest::addColumn<QList<int>>("expected");
-        QTest::newRow("preferences") << u"Preferences"_s << QList<int>{1, 0, 0};
-        QTest::newRow("dashboard") << u"Open dashboard"_s << QList<int>{0, 1, 0};
-        QTest::newRow("quit") << u"Quit Tidemark"_s << QList<int>{0, 0, 1};
-        QTest::newRow("tab that is selected") << u"Deployments"_s << QList<int>{0, 0, 0};
-    }
-
     void buttonsDoWhatTheySay() {
-        QFETCH(QString, button);
-        QFETCH(QList<int>, expected);
-        Viewer person;
-        const auto did = [&person] {
-            return QList<int>{person.preferencesOpened, person.dashboardOpened, person.quits};
-        };
-        person.click(button);
-        QCOMPARE(did(), expected);
-        QVERIFY(person.row(u"docs"_s));
-        person.press(Qt::Key_Space);
-        for (int& count : expected)
-            count *= 2;
-        QCOMPARE(did(), expected);
+        for (const auto& [button, counts] : {std::pair(u"Preferences"_s, QList{1, 0, 0}),
+                                             {u"Open dashboard"_s, {0, 1, 0}},
+                                             {u"Quit Tidemark"_s, {0, 0, 1}},
+                                             {u"Deployments"_s, {0, 0, 0}}}) {
+            Viewer person;
+            const auto did = [&person] {
+                return QList{person.preferencesOpened, person.dashboardOpened, person.quits};
+            };
+            person.click(button);
+            QCOMPARE(did(), counts);
+            QVERIFY(person.row(u"docs"_s));
+            person.press(Qt::Key_Space);
+            QCOMPARE(did(), (QList{2 * counts[0], 2 * counts[1], 2 * counts[2]}));
+        }
     }
 
     void manageScreenFiltersWhatIsTyped() {
@@ -235,30 +222,25 @@ private Q_SLOTS:
         QVERIFY(person.see(u"Track docs"_s) && person.see(u"Track shop"_s));
     }
 
-    void leavingTheManageScreenForgetsTheFilter_data() {
-        QTest::addColumn<QString>("button");
-        QTest::newRow("back") << u"Back"_s;
-        QTest::newRow("done") << u"Done"_s;
-    }
-
     void leavingTheManageScreenForgetsTheFilter() {
-        QFETCH(QString, button);
-        Viewer person;
-        const int height = person.view->height();
-        person.openManage();
-        person.type(u"nowhere"_s);
-        QVERIFY(!person.see(u"Track "_s));
-        person.click(button);
-        QVERIFY(person.row(u"docs"_s));
-        QVERIFY(!person.see(button));
-        QCOMPARE(person.view->height(), height);
-        // The keyboard has come along.
-        person.press(Qt::Key_Down);
-        QVERIFY(person.focused().startsWith(u"docs, "_s));
-        person.openManage();
-        QVERIFY(person.see(u"Track docs"_s));
-        person.type(u"shop"_s);
-        QCOMPARE(person.model.filter(), u"shop"_s);
+        for (const QString& button : {u"Back"_s, u"Done"_s}) {
+            Viewer person;
+            const int height = person.view->height();
+            person.openManage();
+            person.type(u"nowhere"_s);
+            QVERIFY(!person.see(u"Track "_s));
+            person.click(button);
+            QVERIFY(person.row(u"docs"_s));
+            QVERIFY(!person.see(button));
+            QCOMPARE(person.view->height(), height);
+            // The keyboard has come along.
+            person.press(Qt::Key_Down);
+            QVERIFY(person.focused().startsWith(u"docs, "_s));
+            person.openManage();
+            QVERIFY(person.see(u"Track docs"_s));
+            person.type(u"shop"_s);
+            QCOMPARE(person.model.filter(), u"shop"_s);
+        }
     }
 
     void switchMovesAProject() {

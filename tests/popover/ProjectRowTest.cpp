@@ -1,4 +1,3 @@
-#include <QClipboard>
 #include <QSignalSpy>
 #include <limits>
 #include <utility>
@@ -34,63 +33,42 @@ private Q_SLOTS:
         }
     }
 
-    void domainLine_data() {
-        QTest::addColumn<bool>("isPolled");
-        QTest::addColumn<QStringList>("alias");
-        QTest::addColumn<QString>("resolved");
-        QTest::addColumn<bool>("isEmpty");
-        QTest::addColumn<bool>("hasFailed");
-        QTest::addColumn<QString>("domain");
-        QTest::addColumn<QString>("placeholder");
-        const QStringList none;
-        const QStringList alias{u"site-git.vercel.app"_s, u"own.example"_s};
-        QTest::newRow("new") << false << none << QString() << false << false << QString() << u"Fetching…"_s;
-        QTest::newRow("failed") << false << none << QString() << false << true << QString()
-                                << u"Last check failed"_s;
-        QTest::newRow("empty") << false << none << QString() << true << true << QString()
-                               << u"No deployments yet"_s;
-        QTest::newRow("no domain") << true << none << QString() << false << true << QString() << QString();
-        QTest::newRow("alias") << true << alias << QString() << false << false << u"own.example"_s
-                               << QString();
-        QTest::newRow("resolved first")
-            << true << alias << u"resolved.example"_s << false << false << u"resolved.example"_s << QString();
-        QTest::newRow("only resolved")
-            << false << none << u"resolved.example"_s << true << true << u"resolved.example"_s << QString();
-    }
-
     void domainLine() {
-        QFETCH(bool, isPolled);
-        QFETCH(QStringList, alias);
-        QFETCH(QString, resolved);
-        QFETCH(bool, isEmpty);
-        QFETCH(bool, hasFailed);
-        QFETCH(QString, domain);
         Scene scene;
         scene.track({u"site"_s});
-        if (isPolled) {
-            auto deployment = scene.deployment(u"READY"_s, 1min);
-            deployment.alias = alias;
-            scene.poll(u"site"_s, {deployment});
-        }
-        if (!resolved.isEmpty())
-            scene.state.setProductionDomain(u"site"_s, resolved);
-        if (isEmpty)
-            scene.state.insertEmptyProject(u"site"_s);
-        if (hasFailed)
-            scene.state.setError(u"site"_s, u"No network"_s);
-
         RowModel row(scene.model, u"site"_s);
-        QCOMPARE(row.row().domain, domain);
-        QTEST(row.row().placeholder, "placeholder");
-        QCOMPARE(row.canCopy(), !domain.isEmpty());
-        if (domain.isEmpty()) {
+        const auto says = [&](const QString& placeholder) {
+            Scene::settle();
+            QCOMPARE(row.row().domain, QString());
+            QCOMPARE(row.row().placeholder, placeholder);
+            QVERIFY(!row.canCopy());
             QCOMPARE(row.copyToolTip(), u"No URL available"_s);
-            return;
-        }
-        QCOMPARE(row.row().domainUrl, u"https://"_s + domain);
-        QCOMPARE(row.copyToolTip(), u"Copy https://"_s + domain);
-        row.copyUrl();
-        QCOMPARE(QGuiApplication::clipboard()->text(), u"https://"_s + domain);
+        };
+        const auto shows = [&](const QString& domain) {
+            Scene::settle();
+            QCOMPARE(row.row().domain, domain);
+            QCOMPARE(row.row().placeholder, QString());
+            QCOMPARE(row.row().domainUrl, u"https://"_s + domain);
+            QVERIFY(row.canCopy());
+            QCOMPARE(row.copyToolTip(), u"Copy https://"_s + domain);
+        };
+        says(u"Fetching…"_s);
+        scene.state.setError(u"site"_s, u"No network"_s);
+        says(u"Last check failed"_s);
+        scene.state.insertEmptyProject(u"site"_s);
+        says(u"No deployments yet"_s);
+        auto deployment = scene.deployment(u"READY"_s, 1min);
+        scene.state.setDeployment(u"site"_s, deployment);
+        scene.state.removeEmptyProject(u"site"_s);
+        says({});
+        deployment.alias = {u"site-git.vercel.app"_s, u"own.example"_s};
+        scene.poll(u"site"_s, {deployment});
+        shows(u"own.example"_s);
+        scene.state.setProductionDomain(u"site"_s, u"resolved.example"_s);
+        shows(u"resolved.example"_s);
+        scene.state.setDeployments({});
+        scene.state.setError(u"site"_s, u"No network"_s);
+        shows(u"resolved.example"_s);
     }
 
     void details() {
@@ -110,36 +88,28 @@ private Q_SLOTS:
         QCOMPARE(row.staleness, QString());
     }
 
-    void history_data() {
-        QTest::addColumn<int>("recent");
-        QTest::addColumn<int>("lines");
-        QTest::newRow("none") << 0 << 0;
-        QTest::newRow("one") << 1 << 0;
-        QTest::newRow("two") << 2 << 1;
-        QTest::newRow("seven") << 7 << 4;
-    }
-
     void history() {
-        QFETCH(int, recent);
-        Scene scene;
-        scene.track({u"site"_s});
-        QList<Deployment> deployments;
-        for (int i = 0; i < recent; ++i)
-            deployments.append(scene.deployment(u"ERROR"_s, i * 1h));
-        if (recent > 1)
-            deployments[1].meta = std::nullopt;
-        if (recent > 2) {
-            deployments[2].meta = DeploymentMeta{};
-            deployments[2].target = std::nullopt;
-        }
-        scene.state.setRecentDeployments(u"site"_s, deployments);
-        const auto history = scene.projectRow().history;
-        QTEST(static_cast<int>(history.size()), "lines");
         const QStringList refs{u"production"_s, u"—"_s, u"main"_s, u"main"_s};
-        for (qsizetype i = 0; i < history.size(); ++i) {
-            QCOMPARE(history.at(i).ref, refs.at(i));
-            QCOMPARE(history.at(i).age, u"%1h ago"_s.arg(i + 1));
-            QCOMPARE(hex(history.at(i).dotColor), u"#ef4444"_s);
+        for (const auto& [recent, lines] : {std::pair(0, 0), {1, 0}, {2, 1}, {7, 4}}) {
+            Scene scene;
+            scene.track({u"site"_s});
+            QList<Deployment> deployments;
+            for (int i = 0; i < recent; ++i)
+                deployments.append(scene.deployment(u"ERROR"_s, i * 1h));
+            if (recent > 1)
+                deployments[1].meta = std::nullopt;
+            if (recent > 2) {
+                deployments[2].meta = DeploymentMeta{};
+                deployments[2].target = std::nullopt;
+            }
+            scene.state.setRecentDeployments(u"site"_s, deployments);
+            const auto history = scene.projectRow().history;
+            QCOMPARE(history.size(), lines);
+            for (qsizetype i = 0; i < lines; ++i) {
+                QCOMPARE(history.at(i).ref, refs.at(i));
+                QCOMPARE(history.at(i).age, u"%1h ago"_s.arg(i + 1));
+                QCOMPARE(hex(history.at(i).dotColor), u"#ef4444"_s);
+            }
         }
     }
 
@@ -159,34 +129,27 @@ private Q_SLOTS:
         QCOMPARE(hex(row.dotColor), u"#22c55e"_s);
     }
 
-    void addressesThatCannotBeOpened_data() {
-        QTest::addColumn<QString>("inspector");
-        QTest::addColumn<QString>("host");
-        QTest::newRow("script") << u"javascript:alert(1)"_s << u"a b"_s;
-        QTest::newRow("file") << u"file:///etc/passwd"_s << u"a\nb"_s;
-        QTest::newRow("no host") << u"https://"_s << QString();
-        QTest::newRow("relative") << u"/inspect"_s << u"/etc/passwd"_s;
-        QTest::newRow("reversed") << QString() << u"\u202Emoc.elpmaxe"_s;
-        QTest::newRow("huge") << u"https://"_s + QString(1 << 20, u'a') << QString(1 << 20, u'a');
-    }
-
     void addressesThatCannotBeOpened() {
-        QFETCH(QString, inspector);
-        QFETCH(QString, host);
-        Scene scene;
-        scene.track({u"site"_s});
-        auto deployment = scene.deployment(u"READY"_s, 1min);
-        deployment.inspectorUrl = inspector;
-        deployment.url = host;
-        deployment.alias = QList<QString>{host};
-        scene.poll(u"site"_s, {deployment});
-        const ProjectRow row = scene.projectRow();
-        QCOMPARE(row.inspectorUrl, QString());
-        QCOMPARE(row.deploymentUrl, QString());
-        QCOMPARE(row.domainUrl, QString());
-        for (const QString& address : {inspector, u"https://"_s + host, QString()})
-            scene.model.open(address);
-        QVERIFY(scene.workspace.urls.isEmpty());
+        // Of the inspector, and a host.
+        const QList<std::pair<QString, QString>> rows{{u"javascript:alert(1)"_s, u"a b"_s},
+                                                      {u"file:///etc/passwd"_s, u"a\nb"_s},
+                                                      {u"https://"_s, QString()},
+                                                      {u"/inspect"_s, u"/etc/passwd"_s},
+                                                      {QString(), u"\u202Emoc.elpmaxe"_s}};
+        for (const auto& [inspector, host] : rows) {
+            Scene scene;
+            scene.track({u"site"_s});
+            auto deployment = scene.deployment(u"READY"_s, 1min);
+            deployment.inspectorUrl = inspector;
+            deployment.url = host;
+            deployment.alias = QList<QString>{host};
+            scene.poll(u"site"_s, {deployment});
+            const ProjectRow row = scene.projectRow();
+            QCOMPARE(row.inspectorUrl + row.deploymentUrl + row.domainUrl, QString());
+            for (const QString& address : {inspector, u"https://"_s + host, QString()})
+                scene.model.open(address);
+            QVERIFY(scene.workspace.urls.isEmpty());
+        }
     }
 
     void hostileTextsAreHarmless() {
