@@ -56,23 +56,12 @@ private Q_SLOTS:
         m_isShort = false;
     }
 
-    void everyDesktopHasItsAdvice_data() {
-        QTest::addColumn<QString>("word");
-        const auto row = [](const char* desktop, const QString& word) { QTest::newRow(desktop) << word; };
-        row("ubuntu:GNOME", u"AppIndicator"_s);
-        row("KDE", u"widget"_s);
-        row("X-Cinnamon", u"XApp"_s);
-        row("LXQt", u"Status Notifier"_s);
-        row("MATE", u"Notification Area"_s);
-        row("sway:wlroots", u"waybar"_s);
-        row("i3", u"xfce4-panel"_s);
-        row("", u"xfce4-panel"_s);
-    }
-
-    void everyDesktopHasItsAdvice() {
-        QFETCH(const QString, word);
-        const QString advice = TrayAdvisor::advice(QString::fromLatin1(QTest::currentDataTag()));
-        QVERIFY2(advice.contains(word), qPrintable(advice));
+    void oneOfTheDesktopsNamesIsEnough() {
+        QVERIFY(TrayAdvisor::advice(u"ubuntu:GNOME"_s).contains(u"AppIndicator"_s));
+        QVERIFY(TrayAdvisor::advice(u"X-Cinnamon"_s).contains(u"XApp"_s));
+        QVERIFY(TrayAdvisor::advice(u"sway:wlroots"_s).contains(u"waybar"_s));
+        for (const auto& unknown : {u"i3"_s, QString()})
+            QVERIFY(TrayAdvisor::advice(unknown).contains(u"xfce4-panel"_s));
     }
 
 private:

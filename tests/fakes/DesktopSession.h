@@ -111,13 +111,4 @@ inline void killAndWait(QProcess& process, const QString& name) {
     QTRY_VERIFY(!isOnTheBus(name));
 }
 
-/// Starts the demo on the frozen world of a test, polling every second, and has it forward what it says.
-inline void startDemo(QProcess& process, const QString& program, const sandbox::Sandbox& world,
-                      const QStringList& more) {
-    process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    process.start(program, QStringList{u"--address"_s, world.baseUrl().toString(), u"--seed"_s, u"3"_s,
-                                       u"--projects"_s, u"3"_s, u"--interval"_s, u"1"_s} +
-                               more);
-}
-
 }  // namespace tidemark::desktopsession

@@ -2,7 +2,7 @@
 #include <QGuiApplication>
 #include <functional>
 
-#include "tests/popover/Scene.h"
+#include "tests/popover/Person.h"
 
 // Writes a picture of each screen and state of the popover: popover-pictures FOLDER. QT_SCALE_FACTOR gives
 // the scale.
@@ -14,7 +14,7 @@ using namespace tidemark;
 QString folder;
 
 void save(PopoverView& view, const QString& name) {
-    QTest::qWait(350);
+    QTest::qWait(650);
     view.grabWindow().save(folder + u'/' + name + u".png"_s);
 }
 
@@ -43,9 +43,9 @@ void fill(Scene& scene) {
     scene.state.setVercelPlatformStatus(VercelStatusLevel::ok);
 }
 
-void picture(const QString& name, const std::function<void(ShownScene&)>& prepare,
-             const std::function<void(ShownScene&)>& act = {}) {
-    ShownScene scene;
+void picture(const QString& name, const std::function<void(Person&)>& prepare,
+             const std::function<void(Person&)>& act = {}) {
+    Person scene;
     prepare(scene);
     scene.settle();
     scene.show();
@@ -54,23 +54,9 @@ void picture(const QString& name, const std::function<void(ShownScene&)>& prepar
     save(*scene.view, name);
 }
 
-void click(ShownScene& scene, QPoint place) {
-    QTest::mouseClick(scene.view.get(), Qt::LeftButton, {}, place);
-    QTest::qWait(300);
-}
-
-void hover(ShownScene& scene, QPoint place) {
+void hover(Person& scene, QPoint place) {
     QTest::mouseMove(scene.view.get(), place + QPoint(3, 3));
     QTest::mouseMove(scene.view.get(), place);
-}
-
-void type(ShownScene& scene, const QString& text) {
-    for (const QChar letter : text)
-        QTest::sendKeyEvent(QTest::Click, scene.view.get(), Qt::Key_unknown, letter, Qt::NoModifier);
-}
-
-void manage(ShownScene& scene) {
-    click(scene, {40, scene.view->height() - 14});
 }
 
 }  // namespace
@@ -78,14 +64,15 @@ void manage(ShownScene& scene) {
 int main(int argc, char** argv) {
     PopoverView::prepareApplication();
     const QGuiApplication application(argc, argv);
+    QAccessible::setActive(true);
     folder = QString::fromLocal8Bit(argc > 1 ? argv[1] : ".");
     QDir().mkpath(folder);
 
     picture(u"loading"_s, [](Scene& scene) { scene.state.setIsLoadingProjects(true); });
     picture(u"nothing-tracked"_s, [](Scene&) {});
     picture(u"list"_s, fill);
-    picture(u"hover"_s, fill, [](ShownScene& scene) { hover(scene, {100, 115}); });
-    picture(u"domain-hover"_s, fill, [](ShownScene& scene) { hover(scene, {100, 290}); });
+    picture(u"hover"_s, fill, [](Person& scene) { hover(scene, {100, 115}); });
+    picture(u"domain-hover"_s, fill, [](Person& scene) { hover(scene, {100, 290}); });
     picture(
         u"expanded"_s,
         [](Scene& scene) {
@@ -93,7 +80,7 @@ int main(int argc, char** argv) {
             scene.state.setError(u"acme-storefront"_s, u"The request timed out."_s);
             scene.state.setProductionOnly(true);
         },
-        [](ShownScene& scene) { scene.model.toggleExpanded(u"acme-storefront"_s); });
+        [](Person& scene) { scene.model.toggleExpanded(u"acme-storefront"_s); });
     picture(
         u"banner"_s,
         [](Scene& scene) {
@@ -102,7 +89,7 @@ int main(int argc, char** argv) {
             scene.state.setError(u"docs"_s, u"Cannot connect to the server."_s);
             scene.state.setError(u"site"_s, u"Cannot connect to the server."_s);
         },
-        [](ShownScene& scene) {
+        [](Person& scene) {
             QTest::keyClick(scene.view.get(), Qt::Key_Down);
             QTest::keyClick(scene.view.get(), Qt::Key_Return);
         });
@@ -112,7 +99,7 @@ int main(int argc, char** argv) {
             scene.track({u"docs"_s});
             scene.poll(u"docs"_s, {scene.deployment(u"READY"_s, 20min)});
         },
-        [](ShownScene& scene) {
+        [](Person& scene) {
             QTest::keyClick(scene.view.get(), Qt::Key_Tab);
             QTest::keyClick(scene.view.get(), Qt::Key_Tab);
             QTest::keyClick(scene.view.get(), Qt::Key_Tab);
@@ -123,20 +110,20 @@ int main(int argc, char** argv) {
         scene.state.setTracked(u"zeta"_s, false);
         scene.state.setIndividual(u"billing-api"_s, true);
     };
-    picture(u"manage"_s, withIgnored, [](ShownScene& scene) {
-        manage(scene);
+    picture(u"manage"_s, withIgnored, [](Person& scene) {
+        scene.openManage();
         hover(scene, {100, 160});
     });
-    picture(u"manage-filtered"_s, withIgnored, [](ShownScene& scene) {
-        manage(scene);
-        type(scene, u"O"_s);
+    picture(u"manage-filtered"_s, withIgnored, [](Person& scene) {
+        scene.openManage();
+        scene.type(u"O"_s);
         QTest::keyClick(scene.view.get(), Qt::Key_Down);
     });
-    picture(u"manage-without-match"_s, withIgnored, [](ShownScene& scene) {
-        manage(scene);
-        type(scene, u"nowhere"_s);
+    picture(u"manage-without-match"_s, withIgnored, [](Person& scene) {
+        scene.openManage();
+        scene.type(u"nowhere"_s);
     });
-    const auto analytics = [](ShownScene& scene) { click(scene, {200, 75}); };
+    const auto analytics = [](Person& scene) { scene.click(u"Analytics"_s); };
     picture(u"analytics-loading"_s, [](Scene& scene) { scene.state.setIsLoadingAnalytics(true); }, analytics);
     picture(
         u"analytics-error"_s,
@@ -162,9 +149,9 @@ int main(int argc, char** argv) {
              {.zone = {u"3"_s, u"docs.example"_s}, .projectName = u"docs"_s, .days = {days.first()}}});
     };
     picture(u"analytics-cards"_s, withCards, analytics);
-    picture(u"analytics-expanded"_s, withCards, [&](ShownScene& scene) {
+    picture(u"analytics-expanded"_s, withCards, [&](Person& scene) {
         analytics(scene);
-        click(scene, {60, 115});
+        scene.click(u"acme-storefront"_s);
     });
     return 0;
 }
