@@ -65,6 +65,12 @@ private Q_SLOTS:
         QCOMPARE(m_rig->notificationCenter.requests.last().body, u"Redeploy failed: HTTP error 403"_s);
         m_rig->clock.advance(30s);
         QVERIFY(m_rig->state().errors().isEmpty());
+        // The next check takes the place of the redeploy, also when it fails.
+        redeploy(u"web"_s);
+        m_rig->answerDeployments(u"web"_s, httpAnswer(500));
+        m_rig->clock.advance(30s);
+        QCOMPARE(m_rig->statusBar.items.value(u"tidemark-web"_s).toolTip,
+                 u"web: last check failed — HTTP error 500"_s);
     }
 
     void quittingDuringARedeployEndsIt_data() {

@@ -106,23 +106,13 @@ private Q_SLOTS:
         QCOMPARE(m_keychain->items(), items);
     }
 
-    void legacyItemIsMoved_data() {
-        QTest::addColumn<Mood>("mood");
-        QTest::addColumn<QByteArray>("data");
-        QTest::addColumn<bool>("synchronizable");
-        QTest::newRow("token") << Mood::willing << QByteArray("abc") << true;
-        QTest::newRow("empty token") << Mood::willing << QByteArray("") << true;
-        QTest::newRow("fallback") << Mood::refusesSynchronizable << QByteArray("abc") << false;
-    }
-
     void legacyItemIsMoved() {
-        QFETCH(const Mood, mood);
-        QFETCH(const QByteArray, data);
-        QFETCH(const bool, synchronizable);
-        insert({{attributes(std::nullopt), data}});
-        m_keychain->setMood(mood);
-        QCOMPARE(load(), QString::fromUtf8(data));
-        QCOMPARE(m_keychain->items(), (Items{{attributes(synchronizable), data}}));
+        for (const QByteArray data : {"abc", ""}) {
+            init();
+            insert({{attributes(std::nullopt), data}});
+            QCOMPARE(load(), QString::fromUtf8(data));
+            QCOMPARE(m_keychain->items(), (Items{{attributes(true), data}}));
+        }
     }
 
     /// The legacy lookup also matches the broken items, and deletes all that it matched.

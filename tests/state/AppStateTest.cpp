@@ -166,17 +166,6 @@ private Q_SLOTS:
         QCOMPARE(timesTold(&AppState::configChanged, [this] { m_state->setConfig(std::nullopt); }), 2);
     }
 
-    void theErrorOfARedeployLastsUntilTheNextCheck() {
-        m_state->setRedeployError(u"p"_s, u"refused"_s);
-        QVERIFY(m_state->hasRedeployError(u"p"_s));
-        QCOMPARE(m_state->errors().value(u"p"_s), u"refused"_s);
-        m_state->setError(u"p"_s, u"failed"_s);
-        QVERIFY(!m_state->hasRedeployError(u"p"_s));
-        m_state->setRedeployError(u"p"_s, u"refused"_s);
-        m_state->removeError(u"p"_s);
-        QVERIFY(!m_state->hasRedeployError(u"p"_s));
-    }
-
     void equalAssignmentsAreStillPersisted() {
         const auto isWritten = [this](const std::function<void()>& assign) {
             assign();

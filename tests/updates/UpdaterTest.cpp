@@ -177,27 +177,21 @@ private Q_SLOTS:
         QCOMPARE(m_updater->stage(), Stage::idle);
     }
 
-    void programThatCannotBeReplaced_data() {
-        QTest::addColumn<QString>("program");
-        QTest::addColumn<QString>("folder");
-        QTest::newRow("gone") << u"/nowhere/Tidemark.AppImage"_s << u"/nowhere"_s;
-        QTest::newRow("folder") << u"/usr/bin"_s << u"/usr"_s;
-        // A folder in which even root cannot write.
-        QTest::newRow("read only") << u"/proc/version"_s << u"/proc"_s;
-    }
-
     void programThatCannotBeReplaced() {
-        QFETCH(const QString, program);
-        QFETCH(const QString, folder);
-        start(u"appcast.xml"_s, program);
-        offer();
-        m_sandbox.log().clear();
-        m_updater->install();
-        QTRY_COMPARE(m_updater->stage(), Stage::failed);
-        QCOMPARE(m_updater->error(), UpdateError::notReplaceable);
-        QVERIFY(m_updater->errorDescription().contains(u" in %1."_s.arg(folder)));
-        // The failure is reported before the download.
-        QVERIFY(m_sandbox.log().entries().isEmpty());
+        // Missing, a folder, and in a folder in which even root cannot write.
+        for (const auto& [program, folder] : {std::pair(u"/nowhere/Tidemark.AppImage"_s, u"/nowhere"_s),
+                                              {u"/usr/bin"_s, u"/usr"_s},
+                                              {u"/proc/version"_s, u"/proc"_s}}) {
+            start(u"appcast.xml"_s, program);
+            offer();
+            m_sandbox.log().clear();
+            m_updater->install();
+            QTRY_COMPARE(m_updater->stage(), Stage::failed);
+            QCOMPARE(m_updater->error(), UpdateError::notReplaceable);
+            QVERIFY(m_updater->errorDescription().contains(u" in %1."_s.arg(folder)));
+            // The failure is reported before the download.
+            QVERIFY(m_sandbox.log().entries().isEmpty());
+        }
     }
 
     void fullDisk() {

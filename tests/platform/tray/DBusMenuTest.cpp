@@ -48,11 +48,9 @@ private Q_SLOTS:
         m_bar.reset();
     }
 
-    void panelsReadAndChoose() {
-        int refreshed = 0;
+    void panelsReadIt() {
         Menu menu{entry(u"title"_s, u"api_v2 <b>&amp;"_s), separatorLine(u"s1"_s),
-                  entry(u"status"_s, u"Status: ⏳ Building"_s),
-                  entry(u"refresh"_s, u"Refresh Now"_s, [&refreshed] { ++refreshed; }),
+                  entry(u"status"_s, u"Status: ⏳ Building"_s), entry(u"refresh"_s, u"Refresh Now"_s, [] {}),
                   entry(u"quit"_s, u"Quit"_s, [] {})};
         menu.last().keyEquivalent = u'q';
         m_item->setMenu(menu);
@@ -68,24 +66,11 @@ private Q_SLOTS:
         QVERIFY(reads({u"api__v2 <b>&amp;"_s, u"--"_s, u"Status: ✅ Ready "_s + QString(284, u'x') + u"…"_s,
                        u"* Refresh Now"_s, u"* Quit [Control+q]"_s}));
 
-        command("click Refresh Now");
-        QTRY_COMPARE(refreshed, 1);
-
         menu.remove(2);
         menu.insert(1, entry(u"error"_s, u"Failed"_s));
         m_item->setMenu(menu);
-        const QStringList failed{u"api__v2 <b>&amp;"_s, u"Failed"_s, u"--"_s, u"* Refresh Now"_s,
-                                 u"* Quit [Control+q]"_s};
-        QVERIFY(reads(failed));
-
-        // Other entries that are set while the menu is open appear when it is opened again.
-        command("show");
-        QVERIFY(reads(failed));
-        menu.remove(1);
-        m_item->setMenu(menu);
-        QVERIFY(reads(failed));
-        command("show");
-        QVERIFY(reads({failed.at(0), failed.at(2), failed.at(3), failed.at(4)}));
+        QVERIFY(reads(
+            {u"api__v2 <b>&amp;"_s, u"Failed"_s, u"--"_s, u"* Refresh Now"_s, u"* Quit [Control+q]"_s}));
     }
 
     void signalsOnlyWhatChanged() {
@@ -246,7 +231,7 @@ private Q_SLOTS:
 
 private:
     [[nodiscard]] QStringList read() {
-        command("read");
+        m_client.write("\n");
         QStringList lines;
         while (!lines.endsWith(u"end"_s)) {
             if (!m_client.canReadLine() &&
@@ -255,11 +240,9 @@ private:
             lines << QString::fromUtf8(m_client.readLine()).trimmed();
         }
         lines.removeLast();
-        lines.removeAll(u"shown"_s);
         return lines;
     }
 
-    void command(const QByteArray& line) { m_client.write(line + '\n'); }
     void startClient() {
         m_client.start(QStringLiteral(MENU_CLIENT), {m_service});
         QVERIFY(m_client.waitForStarted(hangLimit));

@@ -45,39 +45,27 @@ private Q_SLOTS:
         QCOMPARE(sizes, (QList<int>{16, 22, 24, 32, 44, 48, 64}));
     }
 
-    void dotStandsOffInTheCorner_data() {
-        QTest::addColumn<int>("size");
-        for (const int size : {16, 22, 24, 32, 44, 48, 64})
-            QTest::addRow("%d", size) << size;
-    }
-
     void dotStandsOffInTheCorner() {
-        QFETCH(int, size);
         const QColor dot(0x34, 0xc7, 0x59);
-        const QImage icon = drawStatusIcon(filled({16, 16}, Qt::blue), dot, size);
-        const int center = size - size * 23 / 100 - 1;
-        const int diameter = qRound(size * 0.46);
-        QCOMPARE(icon.pixelColor(center, center), dot);
-        QVERIFY(icon.pixelColor(center, size - diameter).green() > 0x80);
-        // A transparent ring separates the dot from the image. The image outside of the ring is complete.
-        QVERIFY(icon.pixelColor(center, size - diameter - 1).alpha() < 0x80);
-        QCOMPARE(icon.pixelColor(size / 4, size / 4), QColor(Qt::blue));
-        QCOMPARE(icon.pixelColor(size - 1, size / 4), QColor(Qt::blue));
-        QCOMPARE(icon.pixelColor(size / 4, size - 1), QColor(Qt::blue));
-    }
-
-    void templateReadsOnEveryPanel_data() {
-        QTest::addColumn<QColor>("panel");
-        QTest::newRow("light") << QColor(0xf6, 0xf5, 0xf4);
-        QTest::newRow("white") << QColor(Qt::white);
-        QTest::newRow("dark") << QColor(0x35, 0x35, 0x35);
-        QTest::newRow("black") << QColor(Qt::black);
+        for (const int size : {16, 22, 24, 32, 44, 48, 64}) {
+            const QImage icon = drawStatusIcon(filled({16, 16}, Qt::blue), dot, size);
+            const int center = size - size * 23 / 100 - 1;
+            const int diameter = qRound(size * 0.46);
+            QCOMPARE(icon.pixelColor(center, center), dot);
+            QVERIFY(icon.pixelColor(center, size - diameter).green() > 0x80);
+            // A transparent ring separates the dot from the image. The image outside of the ring is complete.
+            QVERIFY(icon.pixelColor(center, size - diameter - 1).alpha() < 0x80);
+            QCOMPARE(icon.pixelColor(size / 4, size / 4), QColor(Qt::blue));
+            QCOMPARE(icon.pixelColor(size - 1, size / 4), QColor(Qt::blue));
+            QCOMPARE(icon.pixelColor(size / 4, size - 1), QColor(Qt::blue));
+        }
     }
 
     void templateReadsOnEveryPanel() {
-        QFETCH(QColor, panel);
         const QImage icon = drawStatusIcon(filled({16, 16}, Qt::black, true), {}, 22);
-        QVERIFY(contrast(icon.pixelColor(11, 11), panel) > 3);
+        for (const QColor panel :
+             {QColor(0xf6, 0xf5, 0xf4), QColor(Qt::white), QColor(0x35, 0x35, 0x35), QColor(Qt::black)})
+            QVERIFY(contrast(icon.pixelColor(11, 11), panel) > 3);
     }
 
     void wideImageFitsIntoTheSquare() {

@@ -1,10 +1,7 @@
-// A panel's side of a menu, with the library that panels use: reads the menu that the item with the bus name
-// argv[1] exports, and does what standard input says.
-//
-//   read           prints the menu, an entry a line: "--" for a separator, "* " before what can be chosen,
-//                  "[Control+q]" after one with a shortcut; then a line "end"
-//   show           tells the menu that it is about to be shown, and prints "shown" when it has answered
-//   click TITLE    chooses the entry that reads so
+// A panel's side of a menu, with the library that panels use. For each line of standard input, prints the
+// menu that the item with the bus name argv[1] exports, an entry a line: "--" for a separator, "* " before an
+// enabled entry,
+// "[Control+q]" after one with a shortcut; then a line "end".
 
 #include <libdbusmenu-glib/client.h>
 #include <libdbusmenu-glib/menuitem.h>
@@ -41,38 +38,12 @@ void read(DbusmenuClient* client) {
     std::cout << "end" << '\n' << std::flush;
 }
 
-void show(DbusmenuClient* client) {
-    dbusmenu_menuitem_send_about_to_show(
-        dbusmenu_client_get_root(client),
-        [](DbusmenuMenuitem* /*root*/, void* /*data*/) { std::cout << "shown" << '\n'
-                                                                   << std::flush; },
-        nullptr);
-}
-
-void click(DbusmenuClient* client, const std::string& title) {
-    for (GList* i = dbusmenu_menuitem_get_children(dbusmenu_client_get_root(client)); i; i = i->next) {
-        auto* item = static_cast<DbusmenuMenuitem*>(i->data);
-        if (line(item).starts_with("* " + title)) {
-            dbusmenu_menuitem_handle_event(item, DBUSMENU_MENUITEM_EVENT_ACTIVATED, g_variant_new_int32(0),
-                                           0);
-        }
-    }
-}
-
 gboolean onInput(GIOChannel* input, GIOCondition /*condition*/, void* client) {
     char* text = nullptr;
-    gsize end = 0;
-    if (g_io_channel_read_line(input, &text, nullptr, &end, nullptr) != G_IO_STATUS_NORMAL)
+    if (g_io_channel_read_line(input, &text, nullptr, nullptr, nullptr) != G_IO_STATUS_NORMAL)
         std::exit(0);
-    const std::string command(text, end);
     g_free(text);
-    auto* menu = static_cast<DbusmenuClient*>(client);
-    if (command == "read")
-        read(menu);
-    else if (command == "show")
-        show(menu);
-    else if (command.starts_with("click "))
-        click(menu, command.substr(6));
+    read(static_cast<DbusmenuClient*>(client));
     return TRUE;
 }
 
