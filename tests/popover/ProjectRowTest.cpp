@@ -74,10 +74,12 @@ private Q_SLOTS:
     void details() {
         Scene scene;
         scene.track({u"site"_s});
-        scene.poll(u"site"_s, {scene.deployment(u"READY"_s, 5min)});
+        auto deployment = scene.deployment(u"READY"_s, 5min);
+        deployment.meta->githubCommitMessage = QString(51, u'x');
+        scene.poll(u"site"_s, {deployment});
         const ProjectRow row = scene.projectRow();
         QCOMPARE(row.branch, u"main"_s);
-        QCOMPARE(row.commitMessage, u"Round the corners of the invoice table"_s);
+        QCOMPARE(row.commitMessage, QString(50, u'x') + u'…');
         QCOMPARE(row.buildDuration, u"Built in 1m 23s"_s);
         QCOMPARE(row.pushedAt, u"5 minutes ago"_s);
         QVERIFY2(row.pushedToolTip.startsWith(u"Pushed "_s) && row.pushedToolTip.contains(u"2023"_s),

@@ -2,21 +2,21 @@
 
 #include <QDBusArgument>
 #include <QDBusConnection>
-#include <QDBusConnectionInterface>
 #include <QDBusMessage>
 #include <QDBusMetaType>
 #include <QDBusObjectPath>
 #include <QDBusVariant>
 #include <QDBusVirtualObject>
-#include <QProcess>
 #include <atomic>
 #include <functional>
 
-#include "tests/TestProgram.h"
+#include "tests/fakes/DesktopSession.h"
 
 namespace tidemark::realkeyring {
 
 using namespace Qt::StringLiterals;
+
+inline const QString serviceName = u"org.freedesktop.secrets"_s;
 
 /// Replaces the program that asks the user for the password of the keyring. The user declines.
 class Prompter final : public QDBusVirtualObject {
@@ -68,8 +68,8 @@ struct Secret {
 /// The service's answer to a method of its main object.
 inline QVariantList callService(const QString& method, const QVariantList& arguments,
                                 const QString& interface = u"org.freedesktop.Secret.Service"_s) {
-    auto message = QDBusMessage::createMethodCall(u"org.freedesktop.secrets"_s, u"/org/freedesktop/secrets"_s,
-                                                  interface, method);
+    auto message =
+        QDBusMessage::createMethodCall(serviceName, u"/org/freedesktop/secrets"_s, interface, method);
     message.setArguments(arguments);
     return QDBusConnection::sessionBus().call(message).arguments();
 }
@@ -85,11 +85,9 @@ inline void lock() {
 }
 
 inline bool isLocked() {
-    auto get = QDBusMessage::createMethodCall(u"org.freedesktop.secrets"_s, defaultCollection().path(),
-                                              u"org.freedesktop.DBus.Properties"_s, u"Get"_s);
-    get << u"org.freedesktop.Secret.Collection"_s << u"Locked"_s;
-    const QVariantList answer = QDBusConnection::sessionBus().call(get).arguments();
-    return answer.value(0).value<QDBusVariant>().variant().toBool();
+    return desktopsession::busProperty(serviceName, defaultCollection().path(),
+                                       u"org.freedesktop.Secret.Collection"_s, u"Locked"_s)
+        .toBool();
 }
 
 /// Does this as if the user had done it in another program.
@@ -111,16 +109,13 @@ inline void start(QProcess& daemon) {
     QVERIFY(daemon.waitForStarted(hangLimit));
     daemon.write("password");
     daemon.closeWriteChannel();
-    QTRY_VERIFY(QDBusConnection::sessionBus().interface()->isServiceRegistered(u"org.freedesktop.secrets"_s));
+    QTRY_VERIFY(desktopsession::isOnTheBus(serviceName));
     QTRY_VERIFY(defaultCollection().path().size() > 1);
 }
 
 /// Kills the keyring, so that it cannot clean up.
 inline void kill(QProcess& daemon) {
-    daemon.kill();
-    QVERIFY(daemon.waitForFinished(hangLimit));
-    QTRY_VERIFY(
-        !QDBusConnection::sessionBus().interface()->isServiceRegistered(u"org.freedesktop.secrets"_s));
+    desktopsession::killAndWait(daemon, serviceName);
 }
 
 }  // namespace tidemark::realkeyring

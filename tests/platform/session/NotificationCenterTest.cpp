@@ -1,7 +1,6 @@
-#include <QDBusConnectionInterface>
-
 #include "platform/session/DBusNotificationCenter.h"
 #include "tests/TestProgram.h"
+#include "tests/fakes/DesktopSession.h"
 #include "tests/platform/session/FakeNotificationService.h"
 
 namespace tidemark {
@@ -18,11 +17,6 @@ NotificationRequest titled(const QString& title) {
             .title = title,
             .body = u"a & <b>\"c\"</b>"_s,
             .userInfo = {{u"key"_s, title}}};
-}
-
-bool isNobodyThere() {
-    return !QDBusConnection::sessionBus().interface()->isServiceRegistered(
-        u"org.freedesktop.Notifications"_s);
 }
 
 class NotificationCenterTest final : public QObject {
@@ -45,7 +39,7 @@ private Q_SLOTS:
     void cleanup() {
         m_center.reset();
         m_service.reset();
-        QVERIFY(QTest::qWaitFor(isNobodyThere, hangLimit));
+        QTRY_VERIFY(!desktopsession::isOnTheBus(u"org.freedesktop.Notifications"_s));
     }
 
     void sendsWhatTheServiceUnderstands_data() {

@@ -1,12 +1,8 @@
-#include <QDBusConnection>
-#include <QDBusConnectionInterface>
-#include <QDBusMessage>
-#include <QProcess>
 #include <array>
 #include <csignal>
 #include <memory>
 
-#include "tests/TestProgram.h"
+#include "tests/fakes/DesktopSession.h"
 
 using namespace Qt::StringLiterals;
 
@@ -58,9 +54,7 @@ class SingleInstanceTest final : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void cleanup() {
-        QTRY_VERIFY(!QDBusConnection::sessionBus().interface()->isServiceRegistered(identifier));
-    }
+    void cleanup() { QTRY_VERIFY(!tidemark::desktopsession::isOnTheBus(identifier)); }
 
     void secondHandsOverAndEnds() {
         Probe first;

@@ -1,12 +1,10 @@
-#include <QDBusConnectionInterface>
 #include <QDBusMessage>
 #include <QProcess>
-#include <memory>
 
 #include "platform/tray/DBusMenu.h"
-#include "platform/tray/DBusStatusBar.h"
 #include "tests/TestProgram.h"
 #include "tests/platform/tray/StatusNotifierHost.h"
+#include "tests/platform/tray/TrayScene.h"
 
 namespace tidemark {
 
@@ -26,26 +24,21 @@ MenuItem separatorLine(const QString& identifier) {
     return {.identifier = identifier, .isSeparator = true};
 }
 
-class DBusMenuTest final : public QObject {
+class DBusMenuTest final : public QObject, protected TrayScene {
     Q_OBJECT
 
 private Q_SLOTS:
     void init() {
-        m_bar = std::make_unique<DBusStatusBar>(u"Tidemark"_s);
-        m_service = u"org.kde.StatusNotifierItem-%1-1"_s.arg(QCoreApplication::applicationPid());
-        auto* bus = QDBusConnection::sessionBus().interface();
-        QTRY_VERIFY(!bus->isServiceRegistered(m_service));
-        m_item = m_bar->createStatusItem(u"tidemark-p"_s);
+        setUp();
+        createItem();
         m_host = std::make_unique<StatusNotifierHost>(m_service);
-        QTRY_VERIFY(bus->isServiceRegistered(m_service));
     }
 
     void cleanup() {
         m_client.closeWriteChannel();
         m_client.waitForFinished(hangLimit);
         m_host.reset();
-        m_item.reset();
-        m_bar.reset();
+        tearDown();
     }
 
     void panelsReadIt() {
@@ -54,7 +47,7 @@ private Q_SLOTS:
                   entry(u"quit"_s, u"Quit"_s, [] {})};
         menu.last().keyEquivalent = u'q';
         m_item->setMenu(menu);
-        startClient();
+        m_client.start(QStringLiteral(MENU_CLIENT), {m_service});
         const auto reads = [this](const QStringList& lines) {
             return QTest::qWaitFor([&] { return read() == lines; }, hangLimit);
         };
@@ -243,11 +236,6 @@ private:
         return lines;
     }
 
-    void startClient() {
-        m_client.start(QStringLiteral(MENU_CLIENT), {m_service});
-        QVERIFY(m_client.waitForStarted(hangLimit));
-    }
-
     [[nodiscard]] int idOf(const QString& label) const {
         const QDBusMessage reply = m_host->callMenu(
             u"GetGroupProperties"_s, {QVariant::fromValue(QList<int>()), QStringList{u"label"_s}});
@@ -263,9 +251,6 @@ private:
         QCOMPARE(m_host->callMenu(u"Event"_s, {id, event, data, 0U}).type(), QDBusMessage::ReplyMessage);
     }
 
-    std::unique_ptr<DBusStatusBar> m_bar;
-    std::unique_ptr<StatusItem> m_item;
-    QString m_service;
     std::unique_ptr<StatusNotifierHost> m_host;
     QProcess m_client;
 };

@@ -122,7 +122,7 @@ private Q_SLOTS:
         const auto* bus = QDBusConnection::sessionBus().interface();
         const qsizetype names = bus->registeredServiceNames().value().size();
         m_item.reset();
-        QTRY_VERIFY(!isOnTheBus(m_service));
+        QTRY_VERIFY(!desktopsession::isOnTheBus(m_service));
         // Its connection is closed as well, so its unique name is gone, too.
         QTRY_COMPARE(bus->registeredServiceNames().value().size(), names - 2);
     }

@@ -1,12 +1,10 @@
 #pragma once
 
 #include <QCoreApplication>
-#include <QDBusConnectionInterface>
-#include <QString>
 #include <memory>
 
 #include "platform/tray/DBusStatusBar.h"
-#include "tests/TestProgram.h"
+#include "tests/fakes/DesktopSession.h"
 #include "tests/platform/tray/FakeStatusNotifierWatcher.h"
 
 namespace tidemark {
@@ -26,18 +24,14 @@ protected:
         m_bar.reset();
         m_watcher.reset();
         // Names are released asynchronously, and the next test uses the same ones.
-        QTRY_VERIFY(!isOnTheBus(m_service));
-        QTRY_VERIFY(!isOnTheBus(QStringLiteral("org.kde.StatusNotifierWatcher")));
+        QTRY_VERIFY(!desktopsession::isOnTheBus(m_service));
+        QTRY_VERIFY(!desktopsession::isOnTheBus(desktopsession::watcherName));
     }
 
     void createItem(const QString& id = QStringLiteral("tidemark")) {
         m_item = m_bar->createStatusItem(id);
         QVERIFY(m_item);
-        QTRY_VERIFY(isOnTheBus(m_service));
-    }
-
-    static bool isOnTheBus(const QString& name) {
-        return QDBusConnection::sessionBus().interface()->isServiceRegistered(name);
+        QTRY_VERIFY(desktopsession::isOnTheBus(m_service));
     }
 
     std::unique_ptr<FakeStatusNotifierWatcher> m_watcher;
