@@ -63,8 +63,10 @@ private Q_SLOTS:
         QCOMPARE(m_rig->notificationCenter.requests.size(), 1);
         QCOMPARE(m_rig->notificationCenter.requests.last().title, u"web"_s);
         QCOMPARE(m_rig->notificationCenter.requests.last().body, u"Redeploy failed: HTTP error 403"_s);
+        m_rig->answerDeployments(u"web"_s, {u"BUILDING"_s});
         m_rig->clock.advance(30s);
         QVERIFY(m_rig->state().errors().isEmpty());
+        QCOMPARE(m_rig->statusBar.items.value(u"tidemark-web"_s).toolTip, u"web: BUILDING"_s);
         // The next check takes the place of the redeploy, also when it fails.
         redeploy(u"web"_s);
         m_rig->answerDeployments(u"web"_s, httpAnswer(500));

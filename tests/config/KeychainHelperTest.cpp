@@ -89,21 +89,19 @@ private Q_SLOTS:
         }
     }
 
-    void tokenIsSoughtInOrder_data() {
-        QTest::addColumn<Items>("items");
-        QTest::addColumn<QString>("token");
-        const FakeKeychain::Item local{attributes(false), "local"};
-        QTest::newRow("synchronizable first") << Items{local, {attributes(true), "a"}} << u"a"_s;
-        QTest::newRow("legacy last") << Items{{attributes(std::nullopt), "c"}, local} << u"local"_s;
-        QTest::newRow("empty text stops") << Items{{attributes(true), ""}, local} << u""_s;
-        QTest::newRow("undecodable is passed") << Items{{attributes(true), "\xff"}, local} << u"local"_s;
-    }
-
     void tokenIsSoughtInOrder() {
-        QFETCH(const Items, items);
-        insert(items);
-        QTEST(load().value_or(u"absent"_s), "token");
-        QCOMPARE(m_keychain->items(), items);
+        const FakeKeychain::Item local{attributes(false), "local"};
+        const QList<std::pair<Items, QString>> rows{
+            {{local, {attributes(true), "a"}}, u"a"_s},
+            {{{attributes(std::nullopt), "legacy"}, local}, u"local"_s},
+            {{{attributes(true), ""}, local}, u""_s},  // also a token
+            {{{attributes(true), "\xff"}, local}, u"local"_s}};
+        for (const auto& [items, token] : rows) {
+            init();
+            insert(items);
+            QCOMPARE(load().value_or(u"absent"_s), token);
+            QCOMPARE(m_keychain->items(), items);
+        }
     }
 
     void legacyItemIsMoved() {

@@ -64,30 +64,23 @@ private Q_SLOTS:
         QCOMPARE(placePopover(size, {place, panel}, {screen, available}), expected);
     }
 
-    void trustsAPlaceWhereAPanelCanBe_data() {
-        QTest::addColumn<QList<QPoint>>("places");
-        QTest::addColumn<QRect>("panel");
-        QTest::addColumn<QPoint>("expected");
-        const QPoint corner = primaryScreen.topRight();
-        const QPoint middle(600, 400);
-        QTest::newRow("first") << QList<QPoint>{{600, 10}, {10, 10}} << QRect() << QPoint(600, 10);
-        QTest::newRow("not an edge") << QList<QPoint>{middle, {600, 790}} << QRect() << QPoint(600, 790);
-        QTest::newRow("reserved") << QList<QPoint>{{200, 300}} << QRect() << QPoint(200, 300);
-        QTest::newRow("panel") << QList<QPoint>{middle} << QRect(500, 380, 200, 40) << middle;
-        QTest::newRow("transparent") << QList<QPoint>{middle} << QRect(0, 0, 1280, 600) << corner;
-        QTest::newRow("other screen") << QList<QPoint>{{-500, -190}} << QRect() << QPoint(-500, -190);
-        QTest::newRow("no screen") << QList<QPoint>{{-500, 700}} << QRect() << corner;
-        QTest::newRow("none") << QList<QPoint>{} << QRect() << corner;
-    }
-
     void trustsAPlaceWhereAPanelCanBe() {
-        QFETCH(QList<QPoint>, places);
-        QFETCH(QRect, panel);
-        QFETCH(QPoint, expected);
         const QList<ScreenArea> screens{{primaryScreen, primaryScreen - QMargins(250, 0, 0, 0)},
                                         {otherScreen, otherScreen}};
-        const auto panelAt = [&](QPoint place) { return panel.contains(place) ? panel : QRect(); };
-        QCOMPARE(choosePopoverAnchor(places, screens, panelAt).place, expected);
+        const auto chosen = [&](const QList<QPoint>& places, const QRect& panel = {}) {
+            const auto panelAt = [&](QPoint place) { return panel.contains(place) ? panel : QRect(); };
+            return choosePopoverAnchor(places, screens, panelAt).place;
+        };
+        const QPoint corner = primaryScreen.topRight();
+        const QPoint middle(600, 400);
+        QCOMPARE(chosen({{600, 10}, {10, 10}}), QPoint(600, 10));
+        QCOMPARE(chosen({middle, {600, 790}}), QPoint(600, 790));
+        QCOMPARE(chosen({{200, 300}}), QPoint(200, 300));  // reserved
+        QCOMPARE(chosen({middle}, {500, 380, 200, 40}), middle);
+        QCOMPARE(chosen({middle}, {0, 0, 1280, 600}), corner);  // too large, so transparent
+        QCOMPARE(chosen({{-500, -190}}), QPoint(-500, -190));
+        QCOMPARE(chosen({{-500, 700}}), corner);  // on no screen
+        QCOMPARE(chosen({}), corner);
     }
 };
 
