@@ -1,6 +1,7 @@
 #include "app/AppDelegate.h"
 
 #include <QCoreApplication>
+#include <QPointer>
 #include <utility>
 
 namespace tidemark {
@@ -14,8 +15,10 @@ AppDelegate::AppDelegate(Services services)
       m_configuration(m_appState, {.keychain = m_services.keychain,
                                    .keychainWorker = m_services.keychainWorker,
                                    .configPath = m_services.configPath}),
-      m_projectLoader(m_appState, m_clients, m_services.clock, m_quit.get_token()),
-      m_poller(m_appState, m_clients, m_services.clock, m_services.notifications, m_quit.get_token()),
+      m_accountWatch(m_appState, m_services.notifications),
+      m_projectLoader(m_appState, m_clients, m_services.clock, m_accountWatch, m_quit.get_token()),
+      m_poller(m_appState, m_clients, m_services.clock, m_services.notifications, m_accountWatch,
+               m_quit.get_token()),
       m_statusPoller(m_appState, m_services.http, m_services.endpoints.vercelStatus, m_services.clock,
                      m_quit.get_token()),
       m_redeployer(m_appState, m_clients, m_services.clock, m_poller, m_services.notifications,
@@ -39,6 +42,7 @@ void AppDelegate::applicationDidFinishLaunching() {
     m_mainItem->setAction([this](QPoint place) { togglePopover(place); });
     makePinnedItems();
     connectParts();
+    handleNotifications();
     m_redeployer.setupRedeployHandler();
     startStatusPolling();
     m_tasks.start([this](std::stop_token) { return finishLaunching(); });
@@ -65,7 +69,8 @@ void AppDelegate::connectParts() {
     connect(&m_configuration, &ConfigurationService::saveFailed, this, [this](const QString& error) {
         m_services.notifications.announce(
             u"Your settings were not saved"_s,
-            u"%1: %2. They are used until you quit."_s.arg(m_services.configPath, error), {});
+            u"%1: %2. They are used until you quit."_s.arg(m_services.configPath, error),
+            NotificationManager::Opens::preferences);
     });
     // Not every keyring reports everything.
     connect(m_windows.get(), &Windows::popoverAboutToShow, &m_configuration, &ConfigurationService::loadLate);
@@ -76,10 +81,27 @@ void AppDelegate::connectParts() {
         m_pinnedItems->syncIndividualItems();
         m_poller.startPolling();
     });
-    connect(&m_projectLoader, &ProjectLoader::lateListLoaded, this, [this] {
+    connect(&m_projectLoader, &ProjectLoader::listsRefreshed, this, [this] {
         m_pinnedItems->syncIndividualItems();
         m_poller.startPollingIfIdle();
     });
+    connect(m_windows.get(), &Windows::projectsManaged, this, &AppDelegate::manageProjects);
+}
+
+void AppDelegate::handleNotifications() {
+    using Opens = NotificationManager::Opens;
+    // Guarded, because the notification center may deliver a click after this object has gone.
+    const auto open = [delegate = QPointer(this)](Opens what) {
+        if (delegate && what == Opens::preferences)
+            delegate->openPreferences();
+        else if (delegate)
+            delegate->showPopover();
+    };
+    const auto redeploy = [delegate = QPointer(this)](const QString& projectId) {
+        if (delegate)
+            delegate->m_windows->redeploy(projectId);
+    };
+    m_services.notifications.setHandlers({.open = open, .redeploy = redeploy});
 }
 
 QCoro::Task<> AppDelegate::finishLaunching() {
@@ -98,6 +120,7 @@ void AppDelegate::apply(const AppConfiguration& configuration) {
     if (isTurnedOn || m_services.loginItem.status() != LoginItem::Status::requiresApproval)
         applyLaunchAtLogin(configuration.launchAtLogin);
     m_services.notifications.setSoundEnabled(configuration.soundEnabled);
+    m_accountWatch.configurationChanged();
     m_projectLoader.loadProjects();
 }
 

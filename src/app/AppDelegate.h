@@ -12,6 +12,7 @@
 #include "app/ConfigurationService.h"
 #include "app/Endpoints.h"
 #include "app/Windows.h"
+#include "app/engine/AccountWatch.h"
 #include "app/engine/DeploymentPoller.h"
 #include "app/engine/PlatformStatusPoller.h"
 #include "app/engine/ProjectLoader.h"
@@ -73,6 +74,8 @@ public:
     /// Opens the popover where no panel was clicked. Ignored before the launch.
     void showPopover();
     void openPreferences() { m_windows->openPreferences(); }
+    /// Somebody looks at the list of all projects.
+    void manageProjects() { m_projectLoader.refreshLists(); }
     /// Brings the login item in line; errors are dropped.
     void applyLaunchAtLogin(bool enabled);
     void startStatusPolling() { m_statusPoller.startStatusPolling(); }
@@ -80,6 +83,7 @@ public:
 private:
     void makePinnedItems();
     void connectParts();
+    void handleNotifications();
     [[nodiscard]] QCoro::Task<> finishLaunching();
     void apply(const AppConfiguration& configuration);
 
@@ -89,6 +93,7 @@ private:
     std::stop_source m_quit;
     VercelClients m_clients;
     ConfigurationService m_configuration;
+    AccountWatch m_accountWatch;
     ProjectLoader m_projectLoader;
     DeploymentPoller m_poller;
     PlatformStatusPoller m_statusPoller;

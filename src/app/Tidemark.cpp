@@ -122,11 +122,6 @@ int Tidemark::runDelegate() {
                          offerActivationToken(activationToken);
                          delegate.showPopover();
                      });
-    // Guarded, because the notification center may deliver a click after the delegate has gone.
-    m_notifications.setAnnouncementHandler([shown = QPointer(&delegate)] {
-        if (shown)
-            shown->showPopover();
-    });
     TrayAdvisor advisor(
         {.clock = m_clock,
          .statusBar = m_statusBar,

@@ -24,6 +24,7 @@ Windows::Windows(AppState& state, ConfigurationService& configuration, Services 
     });
     connect(&m_popover, &Popover::dropped, this, &giveBackMemory);
     connect(&m_configuration, &ConfigurationService::readLate, this, &Windows::offerStored);
+    connect(&m_state, &AppState::accountErrorsChanged, this, &Windows::showRefusals);
     if (const Updater* updater = m_services.updates.controller())
         connect(updater, &Updater::presentationRequested, this, &Windows::presentUpdate);
 }
@@ -33,6 +34,7 @@ Windows::~Windows() = default;
 PopoverModel::Actions Windows::popoverActions() {
     return {.onOpenPreferences = [this] { openPreferences(); },
             .onOpenDashboard = [this] { m_services.workspace.openURL(m_services.endpoints.vercelDashboard); },
+            .onManageProjects = [this] { Q_EMIT projectsManaged(); },
             .onQuit = [] { QCoreApplication::quit(); },
             .onOpenAnalyticsDashboard =
                 [this] { m_services.workspace.openURL(m_services.endpoints.cloudflareDashboard); },
@@ -78,6 +80,7 @@ PreferencesWindowController& Windows::preferencesController() {
             m_configuration.saveConfiguration(configuration);
         };
         connect(m_preferencesController.get(), &PreferencesWindowController::closed, this, &giveBackMemory);
+        showRefusals();
     }
     return *m_preferencesController;
 }
@@ -85,6 +88,11 @@ PreferencesWindowController& Windows::preferencesController() {
 void Windows::offerStored(const AppConfiguration& stored) {
     if (m_preferencesController)
         m_preferencesController->offerStored(stored);
+}
+
+void Windows::showRefusals() {
+    if (m_preferencesController)
+        m_preferencesController->setAccountErrors(m_state.accountErrors());
 }
 
 void Windows::presentUpdate() {

@@ -47,6 +47,9 @@ public:
     /// Opens the popover where no panel was clicked.
     void showPopover() { m_popover.showAsWindow(); }
 
+    /// Does what the project's button in the popover does.
+    void redeploy(const QString& projectId) { m_popoverModel.redeploy(projectId); }
+
     /// Closes the popover and shows the preferences window with the stored configuration.
     void openPreferences();
     /// The same with a configuration that has just been loaded, so that the keyring is not asked twice.
@@ -54,6 +57,8 @@ public:
 
 Q_SIGNALS:
     void popoverAboutToShow();
+    /// The list of all projects is on the screen.
+    void projectsManaged();
 
 private:
     [[nodiscard]] PopoverModel::Actions popoverActions();
@@ -61,6 +66,7 @@ private:
     /// The window's controller, made at the first opening.
     [[nodiscard]] PreferencesWindowController& preferencesController();
     void offerStored(const AppConfiguration& stored);
+    void showRefusals();
     void presentUpdate();
 
     AppState& m_state;

@@ -13,7 +13,13 @@ using namespace Qt::StringLiterals;
 namespace {
 
 const QString inspectorUrlKey = u"inspectorUrl"_s;
+const QString projectIdKey = u"projectId"_s;
 const QString announcementKey = u"announcement"_s;
+/// What the key above holds for what opens the preferences.
+const QString preferencesValue = u"preferences"_s;
+
+const QString openAction = u"open"_s;
+const QString redeployAction = u"redeploy"_s;
 
 /// Seconds since 1970 as the shortest decimal that reads back as the same number, always with a decimal
 /// point.
@@ -28,10 +34,31 @@ QString secondsText(Clock::TimePoint time) {
     return text.contains(u'.') ? text : text + u".0"_s;
 }
 
-NotificationCenter::UserInfo userInfo(const Deployment& deployment) {
-    if (!deployment.inspectorUrl)
-        return {};
-    return {{inspectorUrlKey, *deployment.inspectorUrl}};
+/// What the notification of a project's deployment leads to.
+void addActions(NotificationRequest& request, const QString& projectId, const Deployment& deployment) {
+    if (deployment.inspectorUrl)
+        request.userInfo.insert(inspectorUrlKey, *deployment.inspectorUrl);
+    if (webAddress(deployment.inspectorUrl.value_or(QString())))
+        request.actions = {{NotificationAction::click(), u"Open"_s}, {openAction, u"Open"_s}};
+    if (deployment.deploymentState() == DeploymentState::error) {
+        request.userInfo.insert(projectIdKey, projectId);
+        request.actions += {redeployAction, u"Redeploy"_s};
+    }
+}
+
+void respond(const NotificationCenter::UserInfo& info, const QString& action, Workspace& workspace,
+             const NotificationManager::Handlers& handlers) {
+    using Opens = NotificationManager::Opens;
+    if (action == redeployAction) {
+        if (handlers.redeploy)
+            handlers.redeploy(info.value(projectIdKey));
+    } else if (info.contains(announcementKey)) {
+        if (handlers.open)
+            handlers.open(info.value(announcementKey) == preferencesValue ? Opens::preferences
+                                                                          : Opens::popover);
+    } else if (const auto url = webAddress(info.value(inspectorUrlKey))) {
+        workspace.openURL(*url);
+    }
 }
 
 }  // namespace
@@ -45,11 +72,8 @@ NotificationManager::NotificationManager(NotificationCenter& center, SoundPlayer
     if (!m_hasBundleIdentifier)
         return;
     m_center.setResponseHandler(
-        [&workspace, onAnnouncementClick = m_onAnnouncementClick](const NotificationCenter::UserInfo& info) {
-            if (info.contains(announcementKey) && *onAnnouncementClick)
-                (*onAnnouncementClick)();
-            if (const auto url = webAddress(info.value(inspectorUrlKey)))
-                workspace.openURL(*url);
+        [&workspace, handlers = m_handlers](const NotificationCenter::UserInfo& info, const QString& action) {
+            respond(info, action, workspace, *handlers);
         });
 }
 
@@ -63,15 +87,17 @@ void NotificationManager::checkAndNotify(const QString& projectId, const QString
     if (!m_hasBundleIdentifier || oldState == state)
         return;
     requestPermissionIfNeeded();
-    m_center.add({.identifier = projectId + u'-' + secondsText(m_clock.now()),
-                  .title = projectName,
-                  .body = displayLabel(oldState) + u"  →  "_s + displayLabel(state),
-                  .userInfo = userInfo(deployment)});
+    NotificationRequest request{.identifier = projectId + u'-' + secondsText(m_clock.now()),
+                                .title = projectName,
+                                .body = displayLabel(oldState) + u"  →  "_s + displayLabel(state),
+                                .userInfo = {}};
+    addActions(request, projectId, deployment);
+    m_center.add(request);
     if (m_soundEnabled)
         playSound(state);
 }
 
-void NotificationManager::announce(const QString& title, const QString& body,
+void NotificationManager::announce(const QString& title, const QString& body, Opens opens,
                                    std::function<void()> onDropped) {
     if (!m_hasBundleIdentifier)
         return;
@@ -79,7 +105,8 @@ void NotificationManager::announce(const QString& title, const QString& body,
     m_center.add({.identifier = announcementKey + u'-' + secondsText(m_clock.now()),
                   .title = title,
                   .body = body,
-                  .userInfo = {{announcementKey, title}}},
+                  .userInfo = {{announcementKey, opens == Opens::preferences ? preferencesValue : QString()}},
+                  .actions = {{NotificationAction::click(), u"Open"_s}}},
                  std::move(onDropped));
 }
 

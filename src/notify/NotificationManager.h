@@ -16,9 +16,19 @@
 namespace tidemark {
 
 /// Announces each change of state of a project's newest deployment with a notification and, when sounds are
-/// on, a chime or a thud. One instance per process, UI thread only. The known states are not stored.
+/// on, a chime or a thud. A notification with a page opens it; a failed deployment can be deployed again. One
+/// instance per process, UI thread only. The known states are not stored.
 class NotificationManager {
 public:
+    /// What a click on a notification about the program itself opens.
+    enum class Opens : quint8 { popover, preferences };
+
+    /// What a notification can lead to, beside web pages. Each may be empty.
+    struct Handlers {
+        std::function<void(Opens)> open;
+        std::function<void(const QString& projectId)> redeploy;
+    };
+
     /// The services must outlive the manager, and the workspace also the clicks that `center` delivers later.
     /// Without a bundle identifier, nothing is announced.
     NotificationManager(NotificationCenter& center, SoundPlayer& sounds, Workspace& workspace,
@@ -32,12 +42,11 @@ public:
     /// production filter changes, because deployments under different filters are no changes of state.
     void forgetStates() { m_previousStates.clear(); }
 
-    /// Shows a notification about the program itself, without a sound. A click on it runs the announcement
-    /// handler. `onDropped` is called, from the event loop, when no service shows it.
-    void announce(const QString& title, const QString& body, std::function<void()> onDropped);
-    void setAnnouncementHandler(std::function<void()> onClick) {
-        *m_onAnnouncementClick = std::move(onClick);
-    }
+    /// Shows a notification about the program itself, without a sound. `onDropped` is called, from the event
+    /// loop, when no service shows it.
+    void announce(const QString& title, const QString& body, Opens opens,
+                  std::function<void()> onDropped = {});
+    void setHandlers(Handlers handlers) { *m_handlers = std::move(handlers); }
 
     [[nodiscard]] bool soundEnabled() const { return m_soundEnabled; }
     /// Does not affect the sound that the desktop plays for every notification.
@@ -56,7 +65,7 @@ private:
     bool m_soundEnabled = true;
     bool m_hasRequestedPermission = false;
     /// Shared with the response handler, because the notification centre may outlive the manager.
-    std::shared_ptr<std::function<void()>> m_onAnnouncementClick = std::make_shared<std::function<void()>>();
+    std::shared_ptr<Handlers> m_handlers = std::make_shared<Handlers>();
 };
 
 }  // namespace tidemark

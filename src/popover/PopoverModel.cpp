@@ -130,6 +130,11 @@ void PopoverModel::openAnalyticsDashboard() {
         m_actions.onOpenAnalyticsDashboard();
 }
 
+void PopoverModel::enterManage() {
+    if (m_actions.onManageProjects)
+        m_actions.onManageProjects();
+}
+
 void PopoverModel::quit() {
     if (m_actions.onQuit)
         m_actions.onQuit();

@@ -47,6 +47,8 @@ public:
     struct Actions {
         std::function<void()> onOpenPreferences;
         std::function<void()> onOpenDashboard;
+        /// The list of all projects is on the screen.
+        std::function<void()> onManageProjects;
         std::function<void()> onQuit;
         std::function<void()> onOpenAnalyticsDashboard;
         /// Loads the traffic of the sites, if need be or in any case.
@@ -97,6 +99,7 @@ public:
     Q_INVOKABLE void openPreferences();
     Q_INVOKABLE void openDashboard();
     Q_INVOKABLE void openAnalyticsDashboard();
+    Q_INVOKABLE void enterManage();
     Q_INVOKABLE void quit();
     /// Opens a web page; anything else is ignored.
     Q_INVOKABLE void open(const QString& address);

@@ -34,6 +34,13 @@ void AccountCardModel::setApiToken(const QString& token) {
     Q_EMIT apiTokenChanged();
 }
 
+void AccountCardModel::setError(const QString& error) {
+    if (error == m_error)
+        return;
+    m_error = error;
+    Q_EMIT errorChanged();
+}
+
 void AccountCardModel::setShowToken(bool show) {
     if (show == m_draft.showToken)
         return;

@@ -22,6 +22,7 @@ class AccountCardModel : public QObject {
     Q_PROPERTY(QString name READ name WRITE setName NOTIFY nameChanged FINAL)
     Q_PROPERTY(QString teamId READ teamId WRITE setTeamId NOTIFY teamIdChanged FINAL)
     Q_PROPERTY(QString apiToken READ apiToken WRITE setApiToken NOTIFY apiTokenChanged FINAL)
+    Q_PROPERTY(QString error READ error NOTIFY errorChanged FINAL)
     Q_PROPERTY(bool showToken READ showToken WRITE setShowToken NOTIFY showTokenChanged FINAL)
 
 public:
@@ -35,6 +36,9 @@ public:
     void setTeamId(const QString& teamId);
     [[nodiscard]] QString apiToken() const { return m_draft.apiToken; }
     void setApiToken(const QString& token);
+    /// Why the service refuses the stored token; empty while it is accepted.
+    [[nodiscard]] QString error() const { return m_error; }
+    void setError(const QString& error);
     [[nodiscard]] bool showToken() const { return m_draft.showToken; }
     void setShowToken(bool show);
 
@@ -42,10 +46,12 @@ Q_SIGNALS:
     void nameChanged();
     void teamIdChanged();
     void apiTokenChanged();
+    void errorChanged();
     void showTokenChanged();
 
 private:
     AccountDraft m_draft;
+    QString m_error;
 };
 
 /// The lines of the text one after the other, `separator` between them.

@@ -30,6 +30,11 @@ QList<AccountDraft> AccountListModel::drafts() const {
     return drafts;
 }
 
+void AccountListModel::setErrors(const QHash<QString, QString>& errors) {
+    for (const auto& card : m_cards)
+        card->setError(errors.value(card->id()));
+}
+
 void AccountListModel::append(const AccountDraft& draft) {
     const int row = rowCount();
     beginInsertRows({}, row, row);

@@ -18,6 +18,8 @@ public:
 
     [[nodiscard]] QList<AccountDraft> drafts() const;
 
+    /// Why the service refuses accounts' tokens, by account id.
+    void setErrors(const QHash<QString, QString>& errors);
     void append(const AccountDraft& draft);
     /// Removes every draft with that id.
     void remove(const QString& id);

@@ -54,6 +54,8 @@ public:
                      Actions actions);
 
     [[nodiscard]] QAbstractItemModel* accounts() { return &m_accountDrafts; }
+    /// Why the service refuses accounts' tokens, by account id.
+    void setAccountErrors(const QHash<QString, QString>& errors) { m_accountDrafts.setErrors(errors); }
     [[nodiscard]] QList<AccountDraft> accountDrafts() const { return m_accountDrafts.drafts(); }
     [[nodiscard]] QString cloudflareToken() const { return m_cloudflareToken; }
     void setCloudflareToken(const QString& token);

@@ -63,6 +63,12 @@ void PreferencesWindowController::offerStored(const AppConfiguration& stored) {
         refreshContent(stored);
 }
 
+void PreferencesWindowController::setAccountErrors(const QHash<QString, QString>& errors) {
+    m_accountErrors = errors;
+    if (m_model)
+        m_model->setAccountErrors(errors);
+}
+
 void PreferencesWindowController::close() {
     m_window.close();
 }
@@ -80,6 +86,7 @@ void PreferencesWindowController::refreshContent(const std::optional<AppConfigur
                                   .onCancel = [this] { close(); },
                                   .onOpenVercelTokens = m_services.onOpenVercelTokens,
                                   .onOpenCloudflareTokens = m_services.onOpenCloudflareTokens});
+    m_model->setAccountErrors(m_accountErrors);
     m_window.setContent(u"PreferencesView"_s, {{u"preferences"_s, QVariant::fromValue(m_model.get())}});
 }
 

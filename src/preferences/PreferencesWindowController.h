@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QFuture>
+#include <QHash>
 #include <QObject>
 #include <QQmlEngine>
 #include <QTimer>
@@ -46,6 +47,9 @@ public:
     void showWindow(const std::optional<AppConfiguration>& stored);
     /// Shows a configuration that was stored meanwhile, unless somebody has edited the one that is there.
     void offerStored(const AppConfiguration& stored);
+    /// Why the service refuses accounts' tokens, by account id: told on their cards, at once and at later
+    /// openings.
+    void setAccountErrors(const QHash<QString, QString>& errors);
     void close();
 
     [[nodiscard]] bool isShown() const { return m_window.isVisible(); }
@@ -68,6 +72,7 @@ private:
     Services m_services;
     DesktopWindow m_window;
     std::unique_ptr<PreferencesModel> m_model;
+    QHash<QString, QString> m_accountErrors;
     /// The number of openings so far: what was loaded for an earlier one is of no use.
     int m_opening = 0;
     /// While the configuration is loading.

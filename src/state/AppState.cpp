@@ -50,6 +50,41 @@ bool isBefore(const VercelProject& left, const VercelProject& right) {
 
 }  // namespace
 
+void DeploymentCounts::add(const Deployment* deployment) {
+    ++tracked;
+    if (!deployment)
+        return;
+    ++known;
+    switch (deployment->deploymentState()) {
+        case DeploymentState::ready:
+            ++live;
+            return;
+        case DeploymentState::building:
+        case DeploymentState::initializing:
+        case DeploymentState::queued:
+            ++building;
+            return;
+        case DeploymentState::error:
+            ++errors;
+            return;
+        case DeploymentState::canceled:
+            ++canceled;
+            return;
+        case DeploymentState::unknown:
+            return;
+    }
+}
+
+DeploymentState DeploymentCounts::overallState() const {
+    if (errors > 0)
+        return DeploymentState::error;
+    if (canceled > 0)
+        return DeploymentState::canceled;
+    if (building > 0)
+        return DeploymentState::building;
+    return known > 0 && live == known ? DeploymentState::ready : DeploymentState::unknown;
+}
+
 AppState::AppState(UserDefaults& defaults)
     : m_defaults(defaults),
       m_productionOnly(defaults.boolean(productionOnlyKey)),
@@ -70,40 +105,10 @@ QList<VercelProject> AppState::trackedProjects() const {
     return tracked;
 }
 
-template <typename Matches>
-int AppState::countTracked(Matches matches) const {
-    return static_cast<int>(std::ranges::count_if(m_allProjects, [&](const auto& project) {
-        if (!m_trackedIds.contains(project.id))
-            return false;
-        const auto deployment = m_deployments.constFind(project.id);
-        return deployment != m_deployments.cend() && matches(deployment->deploymentState());
-    }));
-}
-
-DeploymentState AppState::overallState() const {
-    const auto is = [](DeploymentState state) { return [state](auto other) { return other == state; }; };
-    const int known = countTracked([](auto) { return true; });
-    if (known == 0)
-        return DeploymentState::unknown;
-    if (errorCount() > 0)
-        return DeploymentState::error;
-    if (countTracked(is(DeploymentState::canceled)) > 0)
-        return DeploymentState::canceled;
-    if (buildingCount() > 0)
-        return DeploymentState::building;
-    return liveCount() == known ? DeploymentState::ready : DeploymentState::unknown;
-}
-
-int AppState::liveCount() const {
-    return countTracked([](auto state) { return state == DeploymentState::ready; });
-}
-
-int AppState::buildingCount() const {
-    return countTracked(isInProgress);
-}
-
-int AppState::errorCount() const {
-    return countTracked([](auto state) { return state == DeploymentState::error; });
+DeploymentCounts AppState::counts() const {
+    DeploymentCounts counts;
+    visitTracked([&counts](const VercelProject&, const Deployment* deployment) { counts.add(deployment); });
+    return counts;
 }
 
 std::optional<VercelProject> AppState::project(const QString& projectId) const {
@@ -303,6 +308,10 @@ void AppState::insertEmptyProject(const QString& projectId) {
 void AppState::removeEmptyProject(const QString& projectId) {
     m_emptyProjectIds.remove(projectId);
     Q_EMIT emptyProjectIdsChanged();
+}
+
+void AppState::setAccountErrors(const QHash<QString, QString>& errors) {
+    assign(m_accountErrors, errors, &AppState::accountErrorsChanged);
 }
 
 void AppState::setIsLoadingProjects(bool isLoading) {

@@ -22,6 +22,25 @@ namespace tidemark {
 /// Whether a load of the analytics is needed: only if they are not fresh, or always.
 enum class AnalyticsReload : quint8 { ifStale, always };
 
+/// How many tracked projects have a newest deployment in which state.
+struct DeploymentCounts {
+    int tracked = 0;
+    /// With a deployment, in whatever state.
+    int known = 0;
+    int live = 0;
+    /// In progress: queued and initializing ones too.
+    int building = 0;
+    /// Failed deployments, not failed polls.
+    int errors = 0;
+    int canceled = 0;
+
+    /// Counts one more tracked project; `deployment` is null when none is known.
+    void add(const Deployment* deployment);
+    /// One state for all: `error` if any failed, else `canceled`, else `building` for any in progress, else
+    /// `ready` if all are, else `unknown`.
+    [[nodiscard]] DeploymentState overallState() const;
+};
+
 /// The one model that the engine writes and every view reads. UI thread only. It has many operations because
 /// each field can be read, assigned as a whole, changed by entry where it is a map or set, and observed by
 /// itself.
@@ -49,13 +68,14 @@ public:
 
     /// The tracked projects of `allProjects`, in that order: sorted by name.
     [[nodiscard]] QList<VercelProject> trackedProjects() const;
-    /// One state for all tracked projects: `error` if any newest deployment failed, else `canceled`, else
-    /// `building` for any in progress, else `ready` if all are, else `unknown`.
-    [[nodiscard]] DeploymentState overallState() const;
-    [[nodiscard]] int liveCount() const;
-    [[nodiscard]] int buildingCount() const;
-    /// Failed deployments, not failed polls.
-    [[nodiscard]] int errorCount() const;
+    /// Calls `visit` with each of them and its newest deployment, which is null when none is known.
+    template <typename Visit>
+    void visitTracked(Visit visit) const;
+    [[nodiscard]] DeploymentCounts counts() const;
+    [[nodiscard]] DeploymentState overallState() const { return counts().overallState(); }
+    [[nodiscard]] int liveCount() const { return counts().live; }
+    [[nodiscard]] int buildingCount() const { return counts().building; }
+    [[nodiscard]] int errorCount() const { return counts().errors; }
     /// The project with this id; nothing when it is not known.
     [[nodiscard]] std::optional<VercelProject> project(const QString& projectId) const;
 
@@ -141,6 +161,10 @@ public:
     void insertEmptyProject(const QString& projectId);
     void removeEmptyProject(const QString& projectId);
 
+    /// Why the service refuses an account's token, by the account's id; absent while it is accepted.
+    [[nodiscard]] const QHash<QString, QString>& accountErrors() const { return m_accountErrors; }
+    void setAccountErrors(const QHash<QString, QString>& errors);
+
     [[nodiscard]] bool isLoadingProjects() const { return m_isLoadingProjects; }
     void setIsLoadingProjects(bool isLoading);
 
@@ -174,6 +198,7 @@ Q_SIGNALS:
     void errorsChanged();
     void lastCheckedAtChanged();
     void emptyProjectIdsChanged();
+    void accountErrorsChanged();
     void isLoadingProjectsChanged();
     void configChanged();
     void trackedIdsChanged();
@@ -185,8 +210,6 @@ private:
     /// Stores the value, tells observers if it differs from the old one.
     template <typename T>
     void assign(T& field, const T& value, Signal changed);
-    template <typename Matches>
-    [[nodiscard]] int countTracked(Matches matches) const;
 
     void persistProjects();
     void persistTrackedIds();
@@ -211,10 +234,21 @@ private:
     ProjectIds m_redeployErrors;
     ByProject<Clock::TimePoint> m_lastCheckedAt;
     ProjectIds m_emptyProjectIds;
+    QHash<QString, QString> m_accountErrors;
     bool m_isLoadingProjects = false;
     std::optional<AppConfiguration> m_config;
     ProjectIds m_trackedIds;
     ProjectIds m_individualIds;
 };
+
+template <typename Visit>
+void AppState::visitTracked(Visit visit) const {
+    for (const auto& project : m_allProjects) {
+        if (!m_trackedIds.contains(project.id))
+            continue;
+        const auto deployment = m_deployments.constFind(project.id);
+        visit(project, deployment == m_deployments.cend() ? nullptr : &*deployment);
+    }
+}
 
 }  // namespace tidemark

@@ -39,4 +39,9 @@ bool isRateLimited(const VercelError& error) {
     return api && api->kind == APIError::Kind::rateLimited;
 }
 
+bool isRefused(const VercelError& error) {
+    const auto* api = std::get_if<APIError>(&error);
+    return api && (api->kind == APIError::Kind::unauthorized || api->status == 403);
+}
+
 }  // namespace tidemark

@@ -34,6 +34,8 @@ using VercelError = std::variant<APIError, TransportError, DecodingError>;
 /// A short English sentence for the user.
 [[nodiscard]] QString description(const VercelError& error);
 [[nodiscard]] bool isRateLimited(const VercelError& error);
+/// Whether the service refuses the token: 401 or 403.
+[[nodiscard]] bool isRefused(const VercelError& error);
 
 template <typename T>
 using VercelResult = tl::expected<T, VercelError>;

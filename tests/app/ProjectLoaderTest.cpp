@@ -160,6 +160,78 @@ private Q_SLOTS:
         QVERIFY(m_rig->statusBar.items.contains(u"tidemark-broken"_s));
     }
 
+    void listsStayFresh() {
+        m_rig->store({.accounts = {Rig::account(u"A"_s)}});
+        m_rig->listProjects(u"A"_s, {u"web"_s, u"old"_s});
+        m_rig->launch();
+        m_rig->state().setIndividual(u"web"_s, true);
+        m_rig->state().setIndividual(u"old"_s, true);
+        m_rig->clock.advance(10s);
+        const auto& items = m_rig->statusBar.items;
+        QVERIFY(items.contains(u"tidemark-old"_s));
+
+        // One is renamed, one is deleted, one is new.
+        const QByteArray lists = R"({"projects":[{"id":"web","name":"site"},{"id":"new","name":"new"}]})";
+        m_rig->answerList(u"A"_s, httpAnswer(200, lists));
+        m_rig->accountOf[u"new"_s] = u"A"_s;
+        m_rig->answerDeployments(u"new"_s, QStringList{u"ERROR"_s});
+        m_rig->answerDomains(u"new"_s, httpAnswer(404));
+        passMinutes(59);
+        QVERIFY(items.contains(u"tidemark-old"_s));
+        passMinutes(2);
+        QVERIFY(!items.contains(u"tidemark-old"_s));
+        QCOMPARE(items.value(u"tidemark-web"_s).toolTip, u"site: READY"_s);
+        QCOMPARE(items.value(u"tidemark"_s).label, u"1 error"_s);
+        m_rig->answerDeployments(u"web"_s, QStringList{u"ERROR"_s});
+        passMinutes(1);
+        QCOMPARE(m_rig->notificationCenter.requests.constLast().title, u"site"_s);
+
+        // The deleted one comes back, and is pinned as before.
+        m_rig->listProjects(u"A"_s, {u"web"_s, u"old"_s});
+        passMinutes(60);
+        QVERIFY(items.contains(u"tidemark-old"_s));
+    }
+
+    void listsAreReadAgainForWhoLooksAtThem() {
+        m_rig->store({.accounts = {Rig::account(u"A"_s)}});
+        m_rig->listProjects(u"A"_s, {u"p1"_s});
+        m_rig->launch();
+        const auto lookAfter = [this](std::chrono::seconds time) {
+            m_rig->clock.advance(time);
+            m_rig->takeTimeline();
+            QSignalSpy loading(&m_rig->state(), &AppState::isLoadingProjectsChanged);
+            m_rig->delegate->manageProjects();
+            m_rig->settle();
+            QVERIFY(loading.isEmpty());
+        };
+        const auto asked = [this] { return m_rig->takeTimeline().filter(u"list"_s).size(); };
+        lookAfter(59s);
+        QCOMPARE(asked(), 0);
+        lookAfter(1s);
+        QCOMPARE(asked(), 1);
+        lookAfter(59s);
+        QCOMPARE(asked(), 0);
+        m_rig->clock.setNow(m_rig->clock.now() - 24h);  // the user has set the time
+        lookAfter(0s);
+        QCOMPARE(asked(), 1);
+        // A failure is silent as well, and what the network held back is asked for again.
+        m_rig->answerList(u"A"_s, tl::unexpected(TransportError::offline));
+        lookAfter(60s);
+        passMinutes(1);
+        QCOMPARE(asked(), 2);
+        QVERIFY(m_rig->state().project(u"p1"_s));
+        // While one is under way, no other begins.
+        m_rig->listProjects(u"A"_s, {u"p1"_s});
+        m_rig->http.hold(HttpMethod::get, listTarget(u"A"_s));
+        lookAfter(60s);
+        m_rig->clock.advance(90s);
+        m_rig->delegate->manageProjects();
+        m_rig->settle();
+        m_rig->http.release(HttpMethod::get, listTarget(u"A"_s));
+        m_rig->settle();
+        QCOMPARE(asked(), 1);
+    }
+
 private:
     void passMinutes(int minutes) {
         for (int i = 0; i < minutes; ++i) {

@@ -103,7 +103,8 @@ private:
         m_rig->restartTimeline();
         m_rig->clock.advance(duration);
         QStringList polls = m_rig->takeTimeline();
-        polls.removeIf([](const QString& note) { return note.contains("domain of"_L1); });
+        polls.removeIf(
+            [](const QString& note) { return note.contains("domain of"_L1) || note.contains("list "_L1); });
         return polls;
     }
 

@@ -2,6 +2,7 @@
 
 #include <QList>
 #include <QTimer>
+#include <algorithm>
 #include <utility>
 
 #include "platform/session/NotificationCenter.h"
@@ -26,10 +27,12 @@ public:
     }
     void setResponseHandler(ResponseHandler newHandler) override { handler = std::move(newHandler); }
 
-    /// The user clicks the request at `index`.
-    void click(qsizetype index) const {
-        if (handler)
-            handler(requests.at(index).userInfo);
+    /// The user clicks the request at `index`, or one of its buttons, if it can be clicked there.
+    void click(qsizetype index, const QString& action = NotificationAction::click()) const {
+        const NotificationRequest& request = requests.at(index);
+        if (handler && std::ranges::find(request.actions, action, &NotificationAction::identifier) !=
+                           request.actions.cend())
+            handler(request.userInfo, action);
     }
 };
 

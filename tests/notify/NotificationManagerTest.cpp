@@ -53,9 +53,10 @@ private Q_SLOTS:
             QVERIFY(scene.center.requests.isEmpty());
             QCOMPARE(scene.center.authorizations, 0);
             scene.see(u"prj_1"_s, after);
-            const NotificationRequest expected{
-                .identifier = u"prj_1-1700000000.0"_s, .title = u"Shop"_s, .body = body, .userInfo = {}};
-            QCOMPARE(scene.center.requests, QList{expected});
+            const NotificationRequest request = scene.center.requests.constFirst();
+            QCOMPARE(request.identifier, u"prj_1-1700000000.0"_s);
+            QCOMPARE(request.title, u"Shop"_s);
+            QCOMPARE(request.body, body);
             QCOMPARE(scene.sounds.names.join(u' '), sound);
         }
     }
@@ -118,20 +119,46 @@ private Q_SLOTS:
             QVERIFY2(opened(refused).isEmpty(), qPrintable(refused));
     }
 
-    void announcementsHaveAClickOfTheirOwn() {
+    void buttonsDoWhatTheySay() {
         Scene scene;
-        int clicks = 0;
-        scene.manager.announce(u"Title"_s, u"Text"_s, {});
-        scene.center.click(0);  // there is no handler
-        scene.manager.setAnnouncementHandler([&clicks] { ++clicks; });
-        scene.center.click(0);
-        QCOMPARE(clicks, 1);
+        QStringList redeployed;
+        const auto titles = [&scene] {
+            QStringList result;
+            for (const auto& action : scene.center.requests.constLast().actions)
+                result.append(action.title);
+            return result.join(u' ');
+        };
         scene.see(u"a"_s, u"BUILDING"_s);
+        scene.see(u"a"_s, u"ERROR"_s);
+        QCOMPARE(titles(), u"Redeploy"_s);
+        scene.center.click(0, u"redeploy"_s);  // there is no handler
+        scene.manager.setHandlers({.open = {}, .redeploy = [&](const QString& id) { redeployed += id; }});
+        scene.center.click(0, u"redeploy"_s);
+        QCOMPARE(redeployed, QStringList{u"a"_s});
         scene.see(u"a"_s, u"READY"_s, u"https://vercel.com/a"_s);
-        scene.center.click(1);
-        QCOMPARE(clicks, 1);
+        QCOMPARE(titles(), u"Open Open"_s);  // the first is the click
+        scene.center.click(1, u"open"_s);
+        QCOMPARE(scene.workspace.urls, QList{QUrl(u"https://vercel.com/a"_s)});
+        scene.see(u"a"_s, u"ERROR"_s, u"https://vercel.com/b"_s);
+        scene.center.click(2, u"redeploy"_s);
+        QCOMPARE(redeployed.size(), 2);
         QCOMPARE(scene.workspace.urls.size(), 1);
-        QVERIFY(scene.sounds.names.size() == 1);
+        scene.see(u"a"_s, u"CANCELED"_s, u"file:///etc/passwd"_s);
+        QCOMPARE(titles(), QString());
+    }
+
+    void announcementsOpenTheProgram() {
+        using Opens = NotificationManager::Opens;
+        Scene scene;
+        QList<Opens> opened;
+        scene.manager.announce(u"Title"_s, u"Text"_s, Opens::preferences);
+        scene.center.click(0);  // there is no handler
+        scene.manager.setHandlers({.open = [&](Opens what) { opened += what; }, .redeploy = {}});
+        scene.center.click(0);
+        scene.manager.announce(u"Title"_s, u"Text"_s, Opens::popover);
+        scene.center.click(1);
+        QCOMPARE(opened, (QList{Opens::preferences, Opens::popover}));
+        QVERIFY(scene.workspace.urls.isEmpty() && scene.sounds.names.isEmpty());
     }
 
     void withoutBundleIdentifierNothingIsAnnounced() {

@@ -18,11 +18,13 @@ constexpr int deploymentLimit = 5;
 }  // namespace
 
 DeploymentPoller::DeploymentPoller(AppState& state, VercelClients clients, Clock& clock,
-                                   NotificationManager& notifications, std::stop_token quit)
+                                   NotificationManager& notifications, AccountWatch& accounts,
+                                   std::stop_token quit)
     : m_state(state),
       m_clients(std::move(clients)),
       m_clock(clock),
       m_notifications(notifications),
+      m_accounts(accounts),
       m_quit(std::move(quit)) {}
 
 void DeploymentPoller::startPolling() {
@@ -102,6 +104,7 @@ QCoro::Task<PollOutcome> DeploymentPoller::fetchAndUpdate(QString projectId, Ver
         co_await client.fetchRecentDeployments(projectId, deploymentLimit, productionOnly, m_quit);
     if (m_quit.stop_requested() || productionOnly != m_state.productionOnly())
         co_return PollOutcome::finished;
+    m_accounts.projectPolled(projectId, deployments);
     if (!deployments) {
         const bool isLimited = isRateLimited(deployments.error());
         m_state.setError(projectId,

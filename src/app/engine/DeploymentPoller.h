@@ -7,6 +7,7 @@
 #include <stop_token>
 #include <utility>
 
+#include "app/engine/AccountWatch.h"
 #include "app/engine/VercelClients.h"
 #include "notify/NotificationManager.h"
 #include "platform/base/Clock.h"
@@ -37,7 +38,7 @@ public:
     /// All of them outlive the poller. Requests end when `quit` is stopped; replacing the loop does not end
     /// them, it lets the loop finish its current project.
     DeploymentPoller(AppState& state, VercelClients clients, Clock& clock, NotificationManager& notifications,
-                     std::stop_token quit);
+                     AccountWatch& accounts, std::stop_token quit);
 
     /// Starts the polling loop in place of the running one, which ends at its next check.
     void startPolling();
@@ -71,6 +72,7 @@ private:
     VercelClients m_clients;
     Clock& m_clock;
     NotificationManager& m_notifications;
+    AccountWatch& m_accounts;
     std::stop_token m_quit;
     bool m_isRunning = false;
     bool m_isIdle = true;

@@ -12,6 +12,9 @@ using namespace std::chrono_literals;
 namespace {
 
 constexpr auto lateProjectsInterval = 60s;
+constexpr auto refreshInterval = 1h;
+/// The lists are not asked for more often when somebody looks at them.
+constexpr auto shortestRefreshInterval = 1min;
 
 /// Whether a request may well succeed later: the network did not let it through, or the service was busy.
 bool isHeldBack(const VercelError& error) {
@@ -29,12 +32,18 @@ bool isHeldBack(const VercelError& error) {
 
 }  // namespace
 
-ProjectLoader::ProjectLoader(AppState& state, VercelClients clients, Clock& clock, std::stop_token quit)
-    : m_state(state), m_clients(std::move(clients)), m_clock(clock), m_quit(std::move(quit)) {}
+ProjectLoader::ProjectLoader(AppState& state, VercelClients clients, Clock& clock, AccountWatch& accounts,
+                             std::stop_token quit)
+    : m_state(state),
+      m_clients(std::move(clients)),
+      m_clock(clock),
+      m_accounts(accounts),
+      m_quit(std::move(quit)) {}
 
 void ProjectLoader::loadProjects() {
     m_loadTask.requestStop();
     m_state.setIsLoadingProjects(false);
+    m_fetchedAt.reset();
     const auto& config = m_state.config();
     if (!config || config->accounts.isEmpty())
         return;
@@ -42,21 +51,46 @@ void ProjectLoader::loadProjects() {
     for (const auto& account : config->accounts)
         accountIds.insert(account.id);
     m_state.keepProjectsOf(accountIds);
-    m_loadTask = m_tasks.start([this, configuration = *config](std::stop_token stop) {
-        return load(configuration, std::move(stop));
+    start(LoadKind::shown);
+}
+
+void ProjectLoader::refreshLists() {
+    // Without a time, none was ever loaded, or a load is under way. A clock that was put back does not hold
+    // anything up.
+    if (!m_fetchedAt || std::chrono::abs(m_clock.now() - *m_fetchedAt) < shortestRefreshInterval)
+        return;
+    m_loadTask.requestStop();
+    start(LoadKind::quiet);
+}
+
+void ProjectLoader::start(LoadKind kind) {
+    m_fetchedAt.reset();
+    m_loadTask = m_tasks.start([this, accounts = m_state.config()->accounts, kind](std::stop_token stop) {
+        return load(accounts, kind, std::move(stop));
     });
 }
 
-QCoro::Task<> ProjectLoader::load(AppConfiguration configuration, std::stop_token stop) {
-    m_state.setIsLoadingProjects(true);
-    QCoro::Task<QList<VercelAccount>> fetching = fetchProjects(configuration.accounts, stop);
-    const QList<VercelAccount> missing = co_await fetching;
-    if (stop.stop_requested() || m_quit.stop_requested())
-        co_return;
-    m_state.setIsLoadingProjects(false);
-    Q_EMIT loaded();
-    QCoro::Task<> waiting = fetchLateProjects(missing, stop);
-    co_await waiting;
+QCoro::Task<> ProjectLoader::load(QList<VercelAccount> accounts, LoadKind kind, std::stop_token stop) {
+    for (;; kind = LoadKind::quiet) {
+        m_fetchedAt.reset();
+        if (kind == LoadKind::shown)
+            m_state.setIsLoadingProjects(true);
+        QCoro::Task<QList<VercelAccount>> fetching = fetchProjects(accounts, stop);
+        const QList<VercelAccount> missing = co_await fetching;
+        if (isStopped(stop))
+            co_return;
+        m_fetchedAt = m_clock.now();
+        if (kind == LoadKind::shown) {
+            m_state.setIsLoadingProjects(false);
+            Q_EMIT loaded();
+        } else {
+            Q_EMIT listsRefreshed();
+        }
+        QCoro::Task<> waiting = fetchLateProjects(missing, stop);
+        co_await waiting;
+        if (isStopped(stop))
+            co_return;
+    }
 }
 
 QCoro::Task<QList<VercelAccount>> ProjectLoader::fetchProjects(QList<VercelAccount> accounts,
@@ -67,8 +101,9 @@ QCoro::Task<QList<VercelAccount>> ProjectLoader::fetchProjects(QList<VercelAccou
             continue;
         const VercelAPIClient client = m_clients.forAccount(account);
         auto projects = co_await client.fetchAllProjects(stop);
-        if (stop.stop_requested() || m_quit.stop_requested())
+        if (isStopped(stop))
             break;
+        m_accounts.listFetched(account, projects);
         if (!projects) {
             if (isHeldBack(projects.error()))
                 missing.append(account);
@@ -82,16 +117,20 @@ QCoro::Task<QList<VercelAccount>> ProjectLoader::fetchProjects(QList<VercelAccou
 }
 
 QCoro::Task<> ProjectLoader::fetchLateProjects(QList<VercelAccount> missing, std::stop_token stop) {
-    while (!missing.isEmpty()) {
-        co_await m_clock.sleep(lateProjectsInterval, stop);
-        if (stop.stop_requested() || m_quit.stop_requested())
+    for (std::chrono::seconds left = refreshInterval; left > 0s;) {
+        const std::chrono::seconds wait = missing.isEmpty() ? left : std::min(left, lateProjectsInterval);
+        co_await m_clock.sleep(wait, stop);
+        if (isStopped(stop))
             co_return;
+        left -= wait;
+        if (missing.isEmpty() || left <= 0s)
+            continue;
         QCoro::Task<QList<VercelAccount>> fetching = fetchProjects(missing, stop);
         const QList<VercelAccount> stillMissing = co_await fetching;
-        if (stop.stop_requested() || m_quit.stop_requested())
+        if (isStopped(stop))
             co_return;
         if (stillMissing.size() < missing.size())
-            Q_EMIT lateListLoaded();
+            Q_EMIT listsRefreshed();
         missing = stillMissing;
     }
 }

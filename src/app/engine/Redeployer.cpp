@@ -64,7 +64,7 @@ void Redeployer::tellFailure(const QString& projectId, const QString& error) {
     m_state.setRedeployError(projectId, error);
     // The row's text lasts only until the next poll, and the popover may be closed by now.
     const auto project = m_state.project(projectId);
-    m_notifications.announce(project ? project->name : projectId, error, {});
+    m_notifications.announce(project ? project->name : projectId, error, NotificationManager::Opens::popover);
 }
 
 }  // namespace tidemark

@@ -30,15 +30,15 @@ void MainItem::setAction(StatusItem::Action action) {
 void MainItem::updateMainButton() {
     if (!m_item)
         return;
-    m_item->setDot(color(m_state.overallState()));
-    const QString summary = statusSummary(m_state);
+    const StatusOverview overview = StatusOverview::of(m_state, m_clock.now());
+    const QString summary = statusSummary(overview.counts);
+    m_item->setDot(color(overview.counts.overallState()));
     m_item->setLabel(summary);
-    const QString freshness = freshnessNote(m_state, m_clock.now());
-    if (freshness.isEmpty())
+    if (overview.freshnessNote.isEmpty())
         m_item->setToolTip({});
     else
         m_item->setToolTip(u"Tidemark — "_s + (summary.isEmpty() ? QString() : summary + u", "_s) +
-                           freshness);
+                           overview.freshnessNote);
 }
 
 }  // namespace tidemark

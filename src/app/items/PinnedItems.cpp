@@ -32,19 +32,21 @@ void show(ProjectStatusItem& item, const AppState& state, const QString& project
 PinnedItems::PinnedItems(const AppState& state, ProjectStatusItem::Services services, Actions actions)
     : m_state(state), m_services(services), m_actions(std::move(actions)) {
     connect(&m_state, &AppState::individualIdsChanged, this, [this] { m_sync.schedule(); });
-    connect(&m_state, &AppState::allProjectsChanged, this, [this] { m_removal.schedule(); });
+    connect(&m_state, &AppState::allProjectsChanged, this, [this] { m_projects.schedule(); });
     for (const auto changed : {&AppState::deploymentsChanged, &AppState::errorsChanged})
         connect(&m_state, changed, this, [this] { m_update.schedule(); });
 }
 
-void PinnedItems::removeItems() {
+void PinnedItems::followProjects() {
     std::erase_if(m_items, [this](const auto& item) {
         return !m_state.individualIds().contains(item.first) || !m_state.project(item.first);
     });
+    for (const auto& [projectId, item] : m_items)
+        item->rename(m_state.project(projectId)->name);
 }
 
 void PinnedItems::syncIndividualItems() {
-    removeItems();
+    followProjects();
     const auto& wanted = m_state.individualIds();
     // In order of their names. A pinned project that is not known yet waits for the next project list.
     for (const auto& project : m_state.allProjects())

@@ -36,7 +36,8 @@ public:
 
 private:
     [[nodiscard]] std::unique_ptr<ProjectStatusItem> makeItem(const VercelProject& project) const;
-    void removeItems();
+    /// Removes the items of projects that are not pinned or known any more, and renames the others.
+    void followProjects();
     /// Hands each item the newest deployment and the last error, where it shows others.
     void updateItems();
 
@@ -45,7 +46,7 @@ private:
     Actions m_actions;
     std::map<QString, std::unique_ptr<ProjectStatusItem>> m_items;
     DeferredCall m_sync{[this] { syncIndividualItems(); }};
-    DeferredCall m_removal{[this] { removeItems(); }};
+    DeferredCall m_projects{[this] { followProjects(); }};
     DeferredCall m_update{[this] { updateItems(); }};
 };
 

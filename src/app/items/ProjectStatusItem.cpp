@@ -38,37 +38,47 @@ ProjectStatusItem::ProjectStatusItem(VercelProject project, Services services, A
       m_services(services),
       m_actions(std::move(actions)),
       m_statusItem(services.statusBar.createStatusItem(u"tidemark-"_s + m_project.id)) {
-    showLoading();
+    showCurrent();
 }
 
-void ProjectStatusItem::showLoading() {
-    show(color(DeploymentState::unknown), u"loading…"_s);
-    buildMenu();
+void ProjectStatusItem::rename(const QString& name) {
+    if (name == m_project.name)
+        return;
+    m_project.name = name;
+    // Its letters belong to the name.
+    m_color = QColor();
+    showCurrent();
 }
 
 void ProjectStatusItem::clearError() {
-    if (!std::exchange(m_lastError, std::nullopt))
-        return;
-    showLoading();
+    if (m_lastError) {
+        m_lastError.reset();
+        showCurrent();
+    }
 }
 
 void ProjectStatusItem::update(const Deployment& deployment) {
     m_services.notifications.checkAndNotify(m_project.id, m_project.name, deployment);
     m_latestDeployment = deployment;
     m_lastError.reset();
-    const DeploymentState state = deployment.deploymentState();
-    show(color(state), rawText(state));
-    buildMenu();
+    showCurrent();
 }
 
 void ProjectStatusItem::setError(const QString& message) {
     m_lastError = message;
-    QColor pill = color(DeploymentState::unknown);
-    if (m_latestDeployment) {
-        pill = color(m_latestDeployment->deploymentState());
+    showCurrent();
+}
+
+void ProjectStatusItem::showCurrent() {
+    const DeploymentState state =
+        m_latestDeployment ? m_latestDeployment->deploymentState() : DeploymentState::unknown;
+    QColor pill = color(state);
+    if (m_lastError && m_latestDeployment)
         pill.setAlphaF(dimmed);
-    }
-    show(pill, u"last check failed — "_s + message);
+    if (m_lastError)
+        show(pill, u"last check failed — "_s + *m_lastError);
+    else
+        show(pill, m_latestDeployment ? rawText(state) : u"loading…"_s);
     buildMenu();
 }
 

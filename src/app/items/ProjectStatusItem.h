@@ -37,6 +37,7 @@ public:
 
     ProjectStatusItem(VercelProject project, Services services, Actions actions);
 
+    void rename(const QString& name);
     /// Shows the deployment and forgets the error.
     void update(const Deployment& deployment);
     /// Shows that the last check failed, and why, beside the last known deployment.
@@ -47,7 +48,8 @@ public:
     [[nodiscard]] const std::optional<QString>& lastError() const { return m_lastError; }
 
 private:
-    void showLoading();
+    /// Shows what it was last given.
+    void showCurrent();
     void show(const QColor& color, const QString& toolTip);
     void buildMenu();
     [[nodiscard]] Menu errorEntries() const;

@@ -74,11 +74,12 @@ void TrayAdvisor::tell() {
         print();
         return;
     }
-    m_services.notifications.announce(title, text, [&defaults = m_services.defaults, told, print] {
-        // Nobody has seen it, so the next run tries again.
-        defaults.setValue(toldKey, told);
-        print();
-    });
+    m_services.notifications.announce(title, text, NotificationManager::Opens::popover,
+                                      [&defaults = m_services.defaults, told, print] {
+                                          // Nobody has seen it, so the next run tries again.
+                                          defaults.setValue(toldKey, told);
+                                          print();
+                                      });
     m_services.defaults.setValue(toldKey, told + QStringList{m_services.desktop});
 }
 

@@ -74,7 +74,7 @@ QCoro::Task<> DBusNotificationCenter::post(NotificationRequest request, std::fun
     if (stop.stop_requested())
         co_return;
     --m_posts;
-    if (shown && !shown->userInfo.isEmpty())
+    if (shown && !shown->actions.isEmpty())
         remember(*shown);
     // In the order in which they came. Those about other programs' notifications are dropped when no answer
     // is pending.
@@ -107,20 +107,24 @@ QCoro::Task<std::optional<DBusNotificationCenter::Shown>> DBusNotificationCenter
         co_return std::nullopt;
     const QStringList capabilities = known.arguments().value(0).toStringList();
     if (!capabilities.contains("actions"_L1))
-        request.userInfo.clear();
+        request.actions.clear();
 
     const QDBusMessage notify = notifyCall(service, request, capabilities);
     const QDBusMessage answer = co_await answerTo(notify, m_bus, stop);
     const QVariant id = answer.arguments().value(0);
     if (answer.type() != QDBusMessage::ReplyMessage || id.userType() != QMetaType::UInt)
         co_return std::nullopt;
-    co_return Shown{service, id.toUInt(), request.userInfo};
+    QStringList actions;
+    for (const auto& action : request.actions)
+        actions.append(action.identifier);
+    co_return Shown{service, id.toUInt(), request.userInfo, actions};
 }
 
 QDBusMessage DBusNotificationCenter::notifyCall(const QString& service, const NotificationRequest& request,
                                                 const QStringList& capabilities) const {
-    const bool isClickable = !request.userInfo.isEmpty();
-    const QStringList actions = isClickable ? QStringList{u"default"_s, u"Open"_s} : QStringList();
+    QStringList actions;
+    for (const auto& action : request.actions)
+        actions << action.identifier << action.title;
     const bool hasMarkup = capabilities.contains("body-markup"_L1);
     const QString body = hasMarkup ? request.body.toHtmlEscaped() : request.body;
     constexpr uchar normalUrgency = 1;
@@ -171,10 +175,10 @@ bool DBusNotificationCenter::handle(const QDBusMessage& signal) {
     } else if (signal.member() == "ActivationToken"_L1) {
         // For the window or program that is opened by the click, whose signal comes next.
         offerActivationToken(argument);
-    } else if (signal.member() == "ActionInvoked"_L1 && argument == "default"_L1 && m_handler) {
+    } else if (signal.member() == "ActionInvoked"_L1 && shown->actions.contains(argument) && m_handler) {
         const ResponseHandler handler = m_handler;
         const UserInfo userInfo = shown->userInfo;
-        handler(userInfo);
+        handler(userInfo, argument);
         withdrawActivationToken();
     }
     return true;

@@ -38,8 +38,9 @@ private:
     struct Shown {
         QString service;
         uint id = 0;
-        /// Empty when the notification cannot be clicked.
         UserInfo userInfo;
+        /// Those that were offered; nothing when the notification cannot be clicked.
+        QStringList actions;
     };
 
     QCoro::Task<> post(NotificationRequest request, std::function<void()> onDropped, std::stop_token stop);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QHash>
+#include <QList>
 #include <QString>
 #include <functional>
 
@@ -13,7 +14,8 @@ struct NotificationRequest;
 class NotificationCenter {
 public:
     using UserInfo = QHash<QString, QString>;
-    using ResponseHandler = std::function<void(const UserInfo& userInfo)>;
+    /// Takes the user info of a notification and the identifier of the action that its user chose.
+    using ResponseHandler = std::function<void(const UserInfo& userInfo, const QString& action)>;
 
     NotificationCenter() = default;
     NotificationCenter(const NotificationCenter&) = delete;
@@ -24,9 +26,20 @@ public:
     virtual void requestAuthorization() = 0;
     /// Shows a notification. `onDropped` is called, from the event loop, when no service shows it.
     virtual void add(const NotificationRequest& request, std::function<void()> onDropped = {}) = 0;
-    /// Sets the function that is called, from the event loop, with the user info of each notification that is
-    /// clicked.
+    /// Sets the function that is called, from the event loop, when the user clicks a notification or one of
+    /// its buttons.
     virtual void setResponseHandler(ResponseHandler handler) = 0;
+};
+
+/// What the user can do with a notification.
+struct NotificationAction {
+    /// Of the click on the notification itself; the others are buttons.
+    static QString click() { return QStringLiteral("default"); }
+
+    QString identifier;
+    QString title;
+
+    bool operator==(const NotificationAction&) const = default;
 };
 
 /// A notification with the default sound.
@@ -36,8 +49,10 @@ struct NotificationRequest {
     QString title;
     /// Plain text.
     QString body;
-    /// Passed to the response handler on a click. When empty, the notification cannot be clicked.
+    /// Passed to the response handler.
     NotificationCenter::UserInfo userInfo;
+    /// Offered where the service shows any. Without them the notification cannot be clicked.
+    QList<NotificationAction> actions{};
 
     bool operator==(const NotificationRequest&) const = default;
 };

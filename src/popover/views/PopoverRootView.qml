@@ -73,7 +73,10 @@ Rectangle {
         tab: root.tab
         maximumHeight: root.maximumHeight
         onSelectTab: tab => root.selectTab(tab)
-        onManage: root.show(PopoverRootView.Manage)
+        onManage: {
+            root.popover.enterManage();
+            root.show(PopoverRootView.Manage);
+        }
     }
 
     Slot {

@@ -104,6 +104,14 @@ ContinuousRectangle {
             }
         }
 
+        Explanation {
+            x: frame.indent
+            width: parent.width - x
+            visible: text !== ""
+            text: frame.card && frame.card.error !== "" ? "Refused by Vercel: " + frame.card.error : ""
+            color: Theme.red
+        }
+
         Item {
             width: parent.width
             height: team.implicitHeight

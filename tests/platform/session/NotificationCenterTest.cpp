@@ -16,7 +16,8 @@ NotificationRequest titled(const QString& title) {
     return {.identifier = u"id-"_s + title,
             .title = title,
             .body = u"a & <b>\"c\"</b>"_s,
-            .userInfo = {{u"key"_s, title}}};
+            .userInfo = {{u"key"_s, title}},
+            .actions = {{NotificationAction::click(), u"Open"_s}, {u"more"_s, u"More"_s}}};
 }
 
 class NotificationCenterTest final : public QObject {
@@ -28,8 +29,8 @@ private Q_SLOTS:
         m_service->appear();
         m_center = std::make_unique<DBusNotificationCenter>(u"Tidemark"_s, u"com.example.App"_s,
                                                             QDBusConnection::sessionBus());
-        m_center->setResponseHandler([this](const NotificationCenter::UserInfo& userInfo) {
-            m_clicks += userInfo.value(u"key"_s);
+        m_center->setResponseHandler([this](const auto& userInfo, const QString& action) {
+            m_clicks += userInfo.value(u"key"_s) + (action == u"more"_s ? u"+"_s : QString());
             m_token = qgetenv("XDG_ACTIVATION_TOKEN");
         });
         m_clicks.clear();
@@ -51,7 +52,7 @@ private Q_SLOTS:
         const QStringList everything{u"actions"_s, u"body-markup"_s, u"sound"_s};
         QTest::newRow("nothing") << QVariant(QStringList()) << plain << QStringList();
         QTest::newRow("everything") << QVariant(everything) << escaped
-                                    << QStringList{u"default"_s, u"Open"_s};
+                                    << QStringList{u"default"_s, u"Open"_s, u"more"_s, u"More"_s};
         QTest::newRow("an error") << QVariant() << plain << QStringList();
     }
 
@@ -68,9 +69,9 @@ private Q_SLOTS:
         QCOMPARE(m_service->notifications.constFirst(), expected);
     }
 
-    void clicksArriveWhereThereIsUserInfo() {
+    void clicksArriveWhereThereAreActions() {
         NotificationRequest silent = titled(u"silent"_s);
-        silent.userInfo.clear();
+        silent.actions.clear();
         show(silent);
         show(titled(u"two"_s));
         show(titled(u"three"_s));
@@ -79,6 +80,8 @@ private Q_SLOTS:
         for (const uint id : {3U, 2U, 2U})
             click(id);
         QCOMPARE(m_clicks, (QStringList{u"three"_s, u"two"_s, u"two"_s}));
+        m_service->emitSignal(actionInvoked, {2U, u"more"_s});
+        QTRY_COMPARE(m_clicks.constLast(), u"two+"_s);
     }
 
     void onlyItsOwnSignalsCount() {
