@@ -219,6 +219,17 @@ private Q_SLOTS:
         QVERIFY(m_scene->see(u"Token of Later"_s));
     }
 
+    void aRefusedAccountSaysWhy() {
+        const QString reason = u"Refused by Vercel: HTTP error 403"_s;
+        m_scene->controller.setAccountErrors({{m_scene->stored->accounts[0].id, u"HTTP error 403"_s}});
+        m_scene->open();
+        QVERIFY(m_scene->see(reason));
+        m_scene->controller.setAccountErrors({});
+        QVERIFY(!m_scene->see(reason));
+        m_scene->controller.setAccountErrors({{m_scene->stored->accounts[0].id, u"HTTP error 403"_s}});
+        QVERIFY(m_scene->see(reason));
+    }
+
     void aBuildWithoutUpdatesSaysSo() {
         m_scene->open();
         QVERIFY(m_scene->see(u"Automatic updates aren't configured in this build."_s));

@@ -53,6 +53,8 @@ void takePictures() {
     save(scene, u"3-two-accounts"_s);
     scene.click(u"Show Token of Personal"_s);
     save(scene, u"4-token-shown"_s);
+    scene.controller.setAccountErrors({{scene.stored->accounts[1].id, u"Invalid API token (401)"_s}});
+    save(scene, u"4a-token-refused"_s);
     scrollTo(scene, 10000);
     save(scene, u"5-below"_s);
     scene.click(u"Show Cloudflare API Token"_s);
