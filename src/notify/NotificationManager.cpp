@@ -39,7 +39,7 @@ void addActions(NotificationRequest& request, const QString& projectId, const De
     if (deployment.inspectorUrl)
         request.userInfo.insert(inspectorUrlKey, *deployment.inspectorUrl);
     if (webAddress(deployment.inspectorUrl.value_or(QString())))
-        request.actions = {{NotificationAction::click(), u"Open"_s}, {openAction, u"Open"_s}};
+        request.actions = {NotificationAction::click(), {openAction, u"Open"_s}};
     if (deployment.deploymentState() == DeploymentState::error) {
         request.userInfo.insert(projectIdKey, projectId);
         request.actions += {redeployAction, u"Redeploy"_s};
@@ -102,11 +102,12 @@ void NotificationManager::announce(const QString& title, const QString& body, Op
     if (!m_hasBundleIdentifier)
         return;
     requestPermissionIfNeeded();
+    const QString button = opens == Opens::preferences ? u"Preferences…"_s : u"Show"_s;
     m_center.add({.identifier = announcementKey + u'-' + secondsText(m_clock.now()),
                   .title = title,
                   .body = body,
                   .userInfo = {{announcementKey, opens == Opens::preferences ? preferencesValue : QString()}},
-                  .actions = {{NotificationAction::click(), u"Open"_s}}},
+                  .actions = {NotificationAction::click(), {openAction, button}}},
                  std::move(onDropped));
 }
 

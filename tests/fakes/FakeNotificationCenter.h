@@ -28,7 +28,7 @@ public:
     void setResponseHandler(ResponseHandler newHandler) override { handler = std::move(newHandler); }
 
     /// The user clicks the request at `index`, or one of its buttons, if it can be clicked there.
-    void click(qsizetype index, const QString& action = NotificationAction::click()) const {
+    void click(qsizetype index, const QString& action = NotificationAction::click().identifier) const {
         const NotificationRequest& request = requests.at(index);
         if (handler && std::ranges::find(request.actions, action, &NotificationAction::identifier) !=
                            request.actions.cend())

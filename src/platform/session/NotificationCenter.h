@@ -33,8 +33,9 @@ public:
 
 /// What the user can do with a notification.
 struct NotificationAction {
-    /// Of the click on the notification itself; the others are buttons.
-    static QString click() { return QStringLiteral("default"); }
+    /// The click on the notification itself. It has no title, because XFCE's service shows a button for it
+    /// otherwise. That service ignores the click itself, so there should be a button beside it.
+    static NotificationAction click() { return {.identifier = QStringLiteral("default"), .title = {}}; }
 
     QString identifier;
     QString title;
