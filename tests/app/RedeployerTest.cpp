@@ -36,6 +36,20 @@ private Q_SLOTS:
         QCOMPARE(m_rig->state().deployments().value(u"web"_s).state, u"QUEUED"_s);
     }
 
+    void aFailureIsDeployedAgainFromItsNotification() {
+        m_rig->launch();
+        m_rig->clock.advance(5s);
+        m_rig->answerDeployments(u"web"_s, {u"ERROR"_s});
+        m_rig->clock.advance(30s);
+        m_rig->http.answer(HttpMethod::post, redeployTarget, httpAnswer(200, "{}"));
+        const auto before = m_rig->http.requests().size();
+        m_rig->notificationCenter.click(0, u"redeploy"_s);
+        m_rig->notificationCenter.click(0, u"redeploy"_s);  // while it is under way
+        m_rig->settle();
+        QCOMPARE(m_rig->http.requests().size(), before + 1);
+        QCOMPARE(m_rig->http.requests().constLast().method, HttpMethod::post);
+    }
+
     void aRedeployThatCannotBeIsIgnored() {
         m_rig->answerDeployments(u"api"_s, httpAnswer(500));
         m_rig->launch();
