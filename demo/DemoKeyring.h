@@ -9,9 +9,8 @@ class DemoKeyring final : public Keychain {
 public:
     void beginSession(Prompting prompting) override { m_keyring.beginSession(prompting); }
     void endSession() override { m_keyring.endSession(); }
-    [[nodiscard]] bool wasLost() const override { return m_keyring.wasLost(); }
     [[nodiscard]] std::unique_ptr<KeychainWatcher> makeWatcher() override { return m_keyring.makeWatcher(); }
-    [[nodiscard]] std::optional<QByteArray> copyMatching(const KeychainQuery& query) override {
+    [[nodiscard]] tl::expected<QByteArray, KeychainError> copyMatching(const KeychainQuery& query) override {
         return m_keyring.copyMatching(own(query));
     }
     [[nodiscard]] bool add(const KeychainQuery& attributes, const QByteArray& data) override {

@@ -20,11 +20,11 @@ public:
     /// In the order in which they were added.
     [[nodiscard]] const QList<Item>& items() const { return m_items; }
 
-    [[nodiscard]] std::optional<QByteArray> copyMatching(const KeychainQuery& query) override {
+    [[nodiscard]] tl::expected<QByteArray, KeychainError> copyMatching(const KeychainQuery& query) override {
         for (const Item& item : std::as_const(m_items))
             if (matches(item, query))
                 return item.data;
-        return std::nullopt;
+        return tl::unexpected(KeychainError::notFound);
     }
 
     [[nodiscard]] bool add(const KeychainQuery& attributes, const QByteArray& data) override {

@@ -20,14 +20,26 @@ void ConfigurationService::cancel() {
 
 QFuture<std::optional<AppConfiguration>> ConfigurationService::load(Keychain::Prompting prompting) {
     return QtConcurrent::run(&m_services.keychainWorker,
-                             [store = m_store, prompting] { return store.load(prompting); });
+                             [store = m_store, prompting] { return store.read(prompting); });
 }
 
 QFuture<std::optional<AppConfiguration>> ConfigurationService::loadForEditing() {
     return load().then(this, [this](const std::optional<AppConfiguration>& stored) {
         takeOver(stored);
-        return stored ? stored : m_state.config();
+        return editable(stored);
     });
+}
+
+std::optional<AppConfiguration> ConfigurationService::editable(
+    const std::optional<AppConfiguration>& stored) const {
+    const auto& inUse = m_state.config();
+    if (inUse && (!stored || !m_saveError.isEmpty()))
+        return inUse;
+    if (!stored)
+        return std::nullopt;
+    const AppConfiguration completed = inUse ? stored->completedBy(*inUse) : *stored;
+    // Without any token it is like none at all.
+    return completed.hasToken() || completed.hasUnreadToken() ? std::optional(completed) : std::nullopt;
 }
 
 QCoro::Task<ConfigurationService::StartResult> ConfigurationService::loadAtStart() {
@@ -37,18 +49,26 @@ QCoro::Task<ConfigurationService::StartResult> ConfigurationService::loadAtStart
         connect(m_keychainWatcher.get(), &KeychainWatcher::mayBeReadable, this,
                 &ConfigurationService::loadLate);
     const QFuture<std::optional<AppConfiguration>> loading = load();
-    std::optional<AppConfiguration> stored = co_await loading;
+    const std::optional<AppConfiguration> stored = co_await loading;
     const bool isApplied = takeOver(stored);
-    StartResult result{.isApplied = isApplied, .stored = std::move(stored)};
+    StartResult result{.isApplied = isApplied, .stored = editable(stored)};
     co_return result;
 }
 
 bool ConfigurationService::takeOver(const std::optional<AppConfiguration>& stored) {
-    m_hasReadStored = m_hasReadStored || stored;
-    if (m_isQuitting || !m_awaitsStored || !stored || !stored->hasToken())
+    if (m_isQuitting || !m_awaitsStored || !stored)
         return false;
-    stopAwaitingStored();
-    apply(*stored);
+    const auto& inUse = m_state.config();
+    const AppConfiguration configuration = inUse ? inUse->completedBy(*stored) : *stored;
+    if (inUse ? configuration == *inUse : !configuration.hasToken())
+        return false;
+    if (!configuration.hasUnreadToken())
+        stopAwaitingStored();
+    // Nobody has to load projects anew because of the Cloudflare token.
+    if (inUse && configuration.accounts == inUse->accounts)
+        m_state.setConfig(configuration);
+    else
+        apply(configuration);
     return true;
 }
 
@@ -71,7 +91,7 @@ QCoro::Task<> ConfigurationService::loadWhileDue() {
         const QFuture<std::optional<AppConfiguration>> loading = load(Keychain::Prompting::unlessDeclined);
         const std::optional<AppConfiguration> stored = co_await loading;
         if (takeOver(stored))
-            Q_EMIT readLate(*stored);
+            Q_EMIT readLate(*m_state.config());
     }
     m_isLoadingLate = false;
 }
@@ -82,36 +102,23 @@ void ConfigurationService::apply(const AppConfiguration& configuration) {
 }
 
 void ConfigurationService::saveConfiguration(const AppConfiguration& configuration) {
-    const bool isTypedAnew = !m_hasReadStored;
-    stopAwaitingStored();
-    m_tasks.start(
-        [this, configuration, isTypedAnew](std::stop_token) { return store(configuration, isTypedAnew); });
+    if (!configuration.hasUnreadToken())
+        stopAwaitingStored();
+    m_tasks.start([this, configuration](std::stop_token) { return store(configuration); });
     // Whether or not it can be stored, and however long the keyring waits for its user.
     apply(configuration);
 }
 
-QCoro::Task<> ConfigurationService::store(AppConfiguration configuration, bool isTypedAnew) {
-    using EmptyToken = ConfigStore::EmptyCloudflareToken;
-    const auto emptyToken = isTypedAnew ? EmptyToken::leavesStored : EmptyToken::replaces;
+QCoro::Task<> ConfigurationService::store(AppConfiguration configuration) {
     const QFuture<tl::expected<void, QString>> saving = QtConcurrent::run(
-        &m_services.keychainWorker,
-        [store = m_store, configuration, emptyToken] { return store.save(configuration, emptyToken); });
+        &m_services.keychainWorker, [store = m_store, configuration] { return store.save(configuration); });
     const tl::expected<void, QString> saved = co_await saving;
-    if (!saved && !m_isQuitting)
-        Q_EMIT saveFailed(saved.error());
-    if (isTypedAnew && configuration.cloudflareToken.isEmpty() && !m_isQuitting)
-        co_await takeOverCloudflareToken(configuration);
-}
-
-QCoro::Task<> ConfigurationService::takeOverCloudflareToken(AppConfiguration configuration) {
-    const QFuture<QString> loading = QtConcurrent::run(&m_services.keychainWorker, [store = m_store] {
-        return store.loadCloudflareToken(Keychain::Prompting::unlessDeclined);
-    });
-    const QString token = co_await loading;
-    if (m_isQuitting || token.isEmpty() || m_state.config() != configuration)
+    if (m_isQuitting)
         co_return;
-    configuration.cloudflareToken = token;
-    m_state.setConfig(configuration);
+    m_saveError = saved ? QString() : saved.error();
+    if (!saved)
+        Q_EMIT saveFailed(saved.error());
+    loadLate();
 }
 
 }  // namespace tidemark

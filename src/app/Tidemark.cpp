@@ -12,6 +12,7 @@
 #include "app/items/TrayAdvisor.h"
 #include "platform/base/ActivationToken.h"
 #include "platform/base/CoreDumps.h"
+#include "platform/base/QuitLimit.h"
 #include "platform/base/TerminationSignals.h"
 #include "platform/keyring/SecretServiceKeychain.h"
 #include "popover/PopoverView.h"
@@ -132,7 +133,9 @@ int Tidemark::runDelegate() {
     advisor.start();
     QMetaObject::invokeMethod(
         &delegate, [&delegate] { delegate.applicationDidFinishLaunching(); }, Qt::QueuedConnection);
-    return QGuiApplication::exec();
+    const int code = QGuiApplication::exec();
+    quitlimit::start();
+    return code;
 }
 
 }  // namespace tidemark

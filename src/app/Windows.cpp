@@ -11,6 +11,8 @@
 
 namespace tidemark {
 
+using namespace Qt::StringLiterals;
+
 Windows::Windows(AppState& state, ConfigurationService& configuration, Services services)
     : m_state(state),
       m_configuration(configuration),
@@ -70,6 +72,11 @@ PreferencesWindowController& Windows::preferencesController() {
             std::make_unique<PreferencesWindowController>(PreferencesWindowController::Services{
                 .engine = engine(),
                 .load = [this] { return m_configuration.loadForEditing(); },
+                .notice =
+                    [this] {
+                        const QString error = m_configuration.saveError();
+                        return error.isEmpty() ? QString() : u"These settings could not be saved: "_s + error;
+                    },
                 .makeUpdates =
                     [this] { return std::make_unique<UpdatesSection>(m_services.updates, m_services.clock); },
                 .onOpenVercelTokens =

@@ -29,6 +29,26 @@ bool AppConfiguration::hasToken() const {
     return std::ranges::any_of(accounts, [](const auto& account) { return !account.apiToken.isEmpty(); });
 }
 
+bool AppConfiguration::hasUnreadToken() const {
+    return isCloudflareTokenUnread || std::ranges::any_of(accounts, &VercelAccount::isTokenUnread);
+}
+
+AppConfiguration AppConfiguration::completedBy(const AppConfiguration& other) const {
+    AppConfiguration completed = *this;
+    for (VercelAccount& account : completed.accounts) {
+        const auto known = std::ranges::find(other.accounts, account.id, &VercelAccount::id);
+        if (!account.isTokenUnread || known == other.accounts.cend() || known->isTokenUnread)
+            continue;
+        account.apiToken = known->apiToken;
+        account.isTokenUnread = false;
+    }
+    if (isCloudflareTokenUnread && !other.isCloudflareTokenUnread) {
+        completed.cloudflareToken = other.cloudflareToken;
+        completed.isCloudflareTokenUnread = false;
+    }
+    return completed;
+}
+
 QByteArray AppConfiguration::encode() const {
     // Not by QJsonObject, because it would sort the members, and people read this file.
     QByteArrayList accountTexts;

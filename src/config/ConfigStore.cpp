@@ -37,18 +37,14 @@ QString ConfigStore::configURL() {
            u"/Tidemark/config.json"_s;
 }
 
-std::optional<QByteArray> ConfigStore::readFile() const {
-    // Reading a pipe or a device would never end.
-    const QFileInfo info(m_configPath);
-    QFile file(m_configPath);
-    if (!info.isFile() || info.size() > maximumFileSize || !file.open(QIODevice::ReadOnly))
-        return std::nullopt;
-    return file.readAll();
+std::optional<AppConfiguration> ConfigStore::load() const {
+    auto configuration = read();
+    return configuration && configuration->hasToken() ? configuration : std::nullopt;
 }
 
-std::optional<AppConfiguration> ConfigStore::load(Keychain::Prompting prompting) const {
+std::optional<AppConfiguration> ConfigStore::read(Keychain::Prompting prompting) const {
     const KeychainSession session(*m_keychain, prompting);
-    const auto content = readFile();
+    const auto content = readFile(m_configPath, maximumFileSize);
     if (!content)
         return std::nullopt;
     const auto migrateToken = [this](const VercelAccount& account) {
@@ -60,26 +56,21 @@ std::optional<AppConfiguration> ConfigStore::load(Keychain::Prompting prompting)
     if (!configuration)
         return std::nullopt;
     for (auto& account : configuration->accounts)
-        account.apiToken = tokenOf(tokenAccount(account));
-    configuration->cloudflareToken = tokenOf(cloudflareTokenAccount);
-    if (!configuration->hasToken() || m_keychain->wasLost())
-        return std::nullopt;
+        readToken(tokenAccount(account), account.apiToken, account.isTokenUnread);
+    readToken(cloudflareTokenAccount, configuration->cloudflareToken, configuration->isCloudflareTokenUnread);
     return *std::move(configuration);
 }
 
-QString ConfigStore::loadCloudflareToken(Keychain::Prompting prompting) const {
-    const KeychainSession session(*m_keychain, prompting);
-    return tokenOf(cloudflareTokenAccount);
-}
-
-QString ConfigStore::tokenOf(const QString& account) const {
-    return KeychainHelper::loadToken(*m_keychain, account).value_or(QString());
+void ConfigStore::readToken(const QString& account, QString& token, bool& isUnread) const {
+    const KeychainHelper::LoadedToken loaded = KeychainHelper::loadToken(*m_keychain, account);
+    token = loaded.value_or(QString());
+    isUnread = !loaded && loaded.error() == KeychainError::unreadable;
 }
 
 tl::expected<void, QString> ConfigStore::keepWhatIsReplaced(const AppConfiguration& configuration) const {
     if (!QFileInfo(m_configPath).isFile() || QFileInfo(m_configPath).size() == 0)
         return {};
-    if (const auto content = readFile()) {
+    if (const auto content = readFile(m_configPath, maximumFileSize)) {
         const auto former = AppConfiguration::decode(*content, [](const VercelAccount&) {});
         const auto livesOn = [&configuration](const VercelAccount& account) {
             return std::ranges::find(configuration.accounts, account.id, &VercelAccount::id) !=
@@ -88,22 +79,21 @@ tl::expected<void, QString> ConfigStore::keepWhatIsReplaced(const AppConfigurati
         if (former && std::ranges::any_of(former->accounts, livesOn))
             return {};
     }
-    QString backup = m_configPath + u".bak"_s;
-    for (int number = 2; QFileInfo::exists(backup); ++number)
-        backup = m_configPath + u".bak%1"_s.arg(number);
-    QFile file(m_configPath);
-    // A file without permission to read it can still be renamed.
-    if (!file.copy(backup) && !file.rename(backup))
-        return tl::unexpected(file.errorString());
+    std::error_code error;
+    std::filesystem::copy_file(QFileInfo(m_configPath).filesystemFilePath(),
+                               QFileInfo(m_configPath + u".bak"_s).filesystemFilePath(),
+                               std::filesystem::copy_options::overwrite_existing, error);
+    if (error)
+        return tl::unexpected(QString::fromStdString(error.message()));
     return {};
 }
 
-tl::expected<void, QString> ConfigStore::save(const AppConfiguration& configuration,
-                                              EmptyCloudflareToken emptyToken) const {
+tl::expected<void, QString> ConfigStore::save(const AppConfiguration& configuration) const {
     const KeychainSession session(*m_keychain, Keychain::Prompting::allowed);
     for (const auto& account : configuration.accounts)
-        KeychainHelper::save(*m_keychain, account.apiToken, tokenAccount(account));
-    if (!configuration.cloudflareToken.isEmpty() || emptyToken == EmptyCloudflareToken::replaces)
+        if (!account.isTokenUnread)
+            KeychainHelper::save(*m_keychain, account.apiToken, tokenAccount(account));
+    if (!configuration.isCloudflareTokenUnread)
         KeychainHelper::save(*m_keychain, configuration.cloudflareToken, cloudflareTokenAccount);
 
     std::error_code error;

@@ -14,13 +14,13 @@ KeychainQuery queryEither(const QString& account) {
     return {.service = u"com.tidemark"_s, .account = account, .synchronizable = std::nullopt};
 }
 
-std::optional<QString> text(const QByteArray& data) {
+LoadedToken text(const QByteArray& data) {
     // Keeps a leading byte order mark, because it is part of the text.
     QStringDecoder decoder(QStringDecoder::Utf8,
                            QStringConverter::Flag::Stateless | QStringConverter::Flag::ConvertInitialBom);
     QString decoded = decoder(data);
     if (decoder.hasError())
-        return std::nullopt;
+        return tl::unexpected(KeychainError::notFound);
     return decoded;
 }
 
@@ -32,16 +32,15 @@ KeychainQuery query(const QString& account, bool synchronizable) {
     return attributes;
 }
 
-std::optional<QString> loadItem(Keychain& keychain, const QString& account, bool synchronizable) {
-    const auto data = keychain.copyMatching(query(account, synchronizable));
-    return data ? text(*data) : std::nullopt;
+LoadedToken loadItem(Keychain& keychain, const QString& account, bool synchronizable) {
+    return keychain.copyMatching(query(account, synchronizable)).and_then(text);
 }
 
-std::optional<QString> loadLegacyItem(Keychain& keychain, const QString& account) {
+LoadedToken loadLegacyItem(Keychain& keychain, const QString& account) {
     const KeychainQuery either = queryEither(account);
     const auto data = keychain.copyMatching(either);
     if (!data)
-        return std::nullopt;
+        return tl::unexpected(data.error());
     keychain.deleteMatching(either);
     return text(*data);
 }
@@ -53,7 +52,8 @@ void save(Keychain& keychain, const QString& value, const QString& account) {
         return;
     const KeychainQuery preferred = query(account, true);
     const KeychainQuery fallback = query(account, false);
-    if (keychain.copyMatching(preferred) == data && !keychain.copyMatching(fallback))
+    const auto isNotThere = [](const auto& item) { return !item && item.error() == KeychainError::notFound; };
+    if (keychain.copyMatching(preferred) == data && isNotThere(keychain.copyMatching(fallback)))
         return;
     // The new item is there before the old ones go: a program that is killed in between loses no token.
     if (keychain.add(preferred, data)) {
@@ -72,11 +72,12 @@ void save(Keychain& keychain, const QString& value, const QString& account) {
         keychain.deleteMatching(fallback);
 }
 
-std::optional<QString> loadToken(Keychain& keychain, const QString& account) {
-    if (auto token = loadItem(keychain, account, true))
-        return token;
-    if (auto token = loadItem(keychain, account, false))
-        return token;
+LoadedToken loadToken(Keychain& keychain, const QString& account) {
+    for (const bool synchronizable : {true, false}) {
+        auto token = loadItem(keychain, account, synchronizable);
+        if (token || token.error() == KeychainError::unreadable)
+            return token;
+    }
     auto token = loadLegacyItem(keychain, account);
     if (token)
         save(keychain, *token, account);

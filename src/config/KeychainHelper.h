@@ -1,12 +1,11 @@
 #pragma once
 
 #include <QString>
-#include <optional>
 
 #include "platform/keyring/Keychain.h"
 
-/// Stores tokens in the keychain, each as one item with an account name. No function reports errors: a failed
-/// load gives nothing, and a token that the keychain refuses is not stored.
+/// Stores tokens in the keychain, each as one item with an account name. A token that the keychain refuses is
+/// not stored, which nothing reports.
 ///
 /// Calls block for the keychain, so use a worker thread.
 namespace tidemark::KeychainHelper {
@@ -14,20 +13,21 @@ namespace tidemark::KeychainHelper {
 /// The attributes of one item.
 [[nodiscard]] KeychainQuery query(const QString& account, bool synchronizable);
 
-/// The text of the item with exactly these attributes; nothing when there is none or its data is not UTF-8.
-[[nodiscard]] std::optional<QString> loadItem(Keychain& keychain, const QString& account,
-                                              bool synchronizable);
+using LoadedToken = tl::expected<QString, KeychainError>;
+
+/// The text of the item with exactly these attributes. Data that is not UTF-8 counts as not found.
+[[nodiscard]] LoadedToken loadItem(Keychain& keychain, const QString& account, bool synchronizable);
 
 /// The text of any item of the account, with either value of `synchronizable` or without the attribute, as
 /// older versions stored it. Deletes all items of the account; the caller has to store the text again.
-[[nodiscard]] std::optional<QString> loadLegacyItem(Keychain& keychain, const QString& account);
+[[nodiscard]] LoadedToken loadLegacyItem(Keychain& keychain, const QString& account);
 
 /// Replaces the account's items by a synchronizable one or, if the keychain refuses that, by one that is not.
 /// Empty text is stored, too. Does nothing if exactly this is stored already.
 void save(Keychain& keychain, const QString& value, const QString& account);
 
 /// The token of the account from the synchronizable item, else from the other one, else from a legacy item,
-/// which is then replaced. Empty text counts as a token.
-[[nodiscard]] std::optional<QString> loadToken(Keychain& keychain, const QString& account);
+/// which is then replaced. Empty text counts as a token. An item that cannot be read ends the search.
+[[nodiscard]] LoadedToken loadToken(Keychain& keychain, const QString& account);
 
 }  // namespace tidemark::KeychainHelper

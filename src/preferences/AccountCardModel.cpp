@@ -13,6 +13,10 @@ QString joinedLines(const QString& text, QLatin1StringView separator) {
     return text.contains(lineBreaks) ? text.split(lineBreaks, Qt::SkipEmptyParts).join(separator) : text;
 }
 
+QString unreadTokenNotice() {
+    return u"The stored token could not be read. Left empty, it stays."_s;
+}
+
 AccountCardModel::AccountCardModel(AccountDraft draft, QObject* parent)
     : QObject(parent), m_draft(std::move(draft)) {}
 
@@ -34,11 +38,17 @@ void AccountCardModel::setApiToken(const QString& token) {
     Q_EMIT apiTokenChanged();
 }
 
+QString AccountCardModel::tokenNotice() const {
+    if (m_draft.isTokenUnread)
+        return unreadTokenNotice();
+    return m_error.isEmpty() ? QString() : u"Refused by Vercel: "_s + m_error;
+}
+
 void AccountCardModel::setError(const QString& error) {
     if (error == m_error)
         return;
     m_error = error;
-    Q_EMIT errorChanged();
+    Q_EMIT tokenNoticeChanged();
 }
 
 void AccountCardModel::setShowToken(bool show) {

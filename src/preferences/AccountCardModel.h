@@ -22,7 +22,7 @@ class AccountCardModel : public QObject {
     Q_PROPERTY(QString name READ name WRITE setName NOTIFY nameChanged FINAL)
     Q_PROPERTY(QString teamId READ teamId WRITE setTeamId NOTIFY teamIdChanged FINAL)
     Q_PROPERTY(QString apiToken READ apiToken WRITE setApiToken NOTIFY apiTokenChanged FINAL)
-    Q_PROPERTY(QString error READ error NOTIFY errorChanged FINAL)
+    Q_PROPERTY(QString tokenNotice READ tokenNotice NOTIFY tokenNoticeChanged FINAL)
     Q_PROPERTY(bool showToken READ showToken WRITE setShowToken NOTIFY showTokenChanged FINAL)
 
 public:
@@ -36,8 +36,10 @@ public:
     void setTeamId(const QString& teamId);
     [[nodiscard]] QString apiToken() const { return m_draft.apiToken; }
     void setApiToken(const QString& token);
+    /// What is wrong with the stored token: that it could not be read, or that the service refuses it. Empty
+    /// otherwise.
+    [[nodiscard]] QString tokenNotice() const;
     /// Why the service refuses the stored token; empty while it is accepted.
-    [[nodiscard]] QString error() const { return m_error; }
     void setError(const QString& error);
     [[nodiscard]] bool showToken() const { return m_draft.showToken; }
     void setShowToken(bool show);
@@ -46,13 +48,16 @@ Q_SIGNALS:
     void nameChanged();
     void teamIdChanged();
     void apiTokenChanged();
-    void errorChanged();
+    void tokenNoticeChanged();
     void showTokenChanged();
 
 private:
     AccountDraft m_draft;
     QString m_error;
 };
+
+/// What is said below the field of a token that could not be read.
+[[nodiscard]] QString unreadTokenNotice();
 
 /// The lines of the text one after the other, `separator` between them.
 [[nodiscard]] QString joinedLines(const QString& text, QLatin1StringView separator);

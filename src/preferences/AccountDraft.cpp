@@ -20,15 +20,21 @@ AccountDraft AccountDraft::makeNew() {
 }
 
 AccountDraft AccountDraft::of(const VercelAccount& account) {
-    return {.id = account.id, .name = account.name, .teamId = account.teamId, .apiToken = account.apiToken};
+    return {.id = account.id,
+            .name = account.name,
+            .teamId = account.teamId,
+            .apiToken = account.apiToken,
+            .isTokenUnread = account.isTokenUnread};
 }
 
 VercelAccount AccountDraft::asVercelAccount() const {
     const QString trimmedName = trimmedSpaces(name);
+    const QString token = trimmedSpaces(apiToken);
     return {.id = id,
             .name = trimmedName.isEmpty() ? u"Account"_s : trimmedName,
             .teamId = trimmedSpaces(teamId),
-            .apiToken = trimmedSpaces(apiToken)};
+            .apiToken = token,
+            .isTokenUnread = isTokenUnread && token.isEmpty()};
 }
 
 }  // namespace tidemark

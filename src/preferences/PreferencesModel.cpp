@@ -17,15 +17,20 @@ QList<AccountDraft> draftsOf(const QList<VercelAccount>& accounts) {
 
 }  // namespace
 
-PreferencesModel::PreferencesModel(const AppConfiguration& configuration,
+PreferencesModel::PreferencesModel(const AppConfiguration& configuration, QString notice,
                                    std::unique_ptr<UpdatesSection> updates, Actions actions)
-    : m_accountDrafts(draftsOf(configuration.accounts)),
+    : m_notice(std::move(notice)),
+      m_accountDrafts(draftsOf(configuration.accounts)),
       m_cloudflareToken(configuration.cloudflareToken),
+      m_isCloudflareTokenUnread(configuration.isCloudflareTokenUnread),
       m_pollingInterval(configuration.pollingIntervalSeconds),
       m_launchAtLogin(configuration.launchAtLogin),
       m_soundEnabled(configuration.soundEnabled),
       m_updates(std::move(updates)),
       m_actions(std::move(actions)) {
+    // Where nothing was ever configured, there is probably none.
+    if (m_isCloudflareTokenUnread && canSave())
+        m_cloudflareTokenNotice = unreadTokenNotice();
     connect(&m_accountDrafts, &AccountListModel::edited, this, [this] {
         m_isEdited = true;
         Q_EMIT canSaveChanged();
@@ -81,9 +86,7 @@ void PreferencesModel::setSoundEnabled(bool enabled) {
 }
 
 bool PreferencesModel::canSave() const {
-    return std::ranges::any_of(m_accountDrafts.drafts(), [](const AccountDraft& draft) {
-        return !trimmedSpaces(draft.apiToken).isEmpty();
-    });
+    return std::ranges::any_of(m_accountDrafts.drafts(), &AccountDraft::hasToken);
 }
 
 int PreferencesModel::firstWithoutToken() const {
@@ -109,15 +112,16 @@ void PreferencesModel::openCloudflareTokens() {
 }
 
 void PreferencesModel::save() {
-    AppConfiguration configuration{.cloudflareToken = trimmedSpaces(m_cloudflareToken),
-                                   .pollingIntervalSeconds = m_pollingInterval,
-                                   .launchAtLogin = m_launchAtLogin,
-                                   .soundEnabled = m_soundEnabled};
-    for (const AccountDraft& draft : m_accountDrafts.drafts()) {
-        const VercelAccount account = draft.asVercelAccount();
-        if (!account.apiToken.isEmpty())
-            configuration.accounts.append(account);
-    }
+    const QString cloudflareToken = trimmedSpaces(m_cloudflareToken);
+    AppConfiguration configuration{
+        .cloudflareToken = cloudflareToken,
+        .isCloudflareTokenUnread = m_isCloudflareTokenUnread && cloudflareToken.isEmpty(),
+        .pollingIntervalSeconds = m_pollingInterval,
+        .launchAtLogin = m_launchAtLogin,
+        .soundEnabled = m_soundEnabled};
+    for (const AccountDraft& draft : m_accountDrafts.drafts())
+        if (draft.hasToken())
+            configuration.accounts.append(draft.asVercelAccount());
     if (!configuration.accounts.isEmpty())
         m_actions.onSave(configuration);
 }

@@ -22,6 +22,8 @@ class PreferencesModel : public QObject {
     Q_PROPERTY(QAbstractItemModel* accounts READ accounts CONSTANT FINAL)
     Q_PROPERTY(QString cloudflareToken READ cloudflareToken WRITE setCloudflareToken NOTIFY
                    cloudflareTokenChanged FINAL)
+    Q_PROPERTY(QString notice READ notice CONSTANT FINAL)
+    Q_PROPERTY(QString cloudflareTokenNotice READ cloudflareTokenNotice CONSTANT FINAL)
     Q_PROPERTY(bool showCFToken READ showCFToken WRITE setShowCFToken NOTIFY showCFTokenChanged FINAL)
     Q_PROPERTY(double pollingInterval READ pollingSeconds NOTIFY pollingIntervalChanged FINAL)
     Q_PROPERTY(double shortestInterval READ shortestSeconds CONSTANT FINAL)
@@ -50,13 +52,17 @@ public:
         std::function<void()> onOpenCloudflareTokens;
     };
 
-    PreferencesModel(const AppConfiguration& configuration, std::unique_ptr<UpdatesSection> updates,
-                     Actions actions);
+    PreferencesModel(const AppConfiguration& configuration, QString notice,
+                     std::unique_ptr<UpdatesSection> updates, Actions actions);
 
     [[nodiscard]] QAbstractItemModel* accounts() { return &m_accountDrafts; }
     /// Why the service refuses accounts' tokens, by account id.
     void setAccountErrors(const QHash<QString, QString>& errors) { m_accountDrafts.setErrors(errors); }
     [[nodiscard]] QList<AccountDraft> accountDrafts() const { return m_accountDrafts.drafts(); }
+    /// What the user is to know before anything else; may be empty.
+    [[nodiscard]] QString notice() const { return m_notice; }
+    /// That the stored token could not be read; empty otherwise.
+    [[nodiscard]] QString cloudflareTokenNotice() const { return m_cloudflareTokenNotice; }
     [[nodiscard]] QString cloudflareToken() const { return m_cloudflareToken; }
     void setCloudflareToken(const QString& token);
     [[nodiscard]] bool showCFToken() const { return m_showCFToken; }
@@ -74,7 +80,7 @@ public:
     void setLaunchAtLogin(bool launch);
     [[nodiscard]] bool soundEnabled() const { return m_soundEnabled; }
     void setSoundEnabled(bool enabled);
-    /// Whether any draft has a token.
+    /// Whether any draft has a token, typed or stored.
     [[nodiscard]] bool canSave() const;
     [[nodiscard]] UpdatesSection* updates() const { return m_updates.get(); }
     /// Whether anything was changed since the copy was made.
@@ -104,8 +110,11 @@ Q_SIGNALS:
 private:
     void setPollingInterval(qint64 seconds);
 
+    QString m_notice;
     AccountListModel m_accountDrafts;
     QString m_cloudflareToken;
+    bool m_isCloudflareTokenUnread;
+    QString m_cloudflareTokenNotice;
     qint64 m_pollingInterval;
     bool m_launchAtLogin;
     bool m_soundEnabled;

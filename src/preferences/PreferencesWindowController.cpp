@@ -16,7 +16,8 @@ constexpr QSize contentSize(480, 580);
 constexpr auto loadingPatience = 300ms;
 
 AppConfiguration defaultConfiguration() {
-    return {.accounts = {VercelAccount::makeDefault()}};
+    // There may be a Cloudflare token all the same. It stays unless another one is typed.
+    return {.accounts = {VercelAccount::makeDefault()}, .isCloudflareTokenUnread = true};
 }
 
 }  // namespace
@@ -76,7 +77,7 @@ void PreferencesWindowController::close() {
 void PreferencesWindowController::refreshContent(const std::optional<AppConfiguration>& stored) {
     m_window.dropContent();
     m_model = std::make_unique<PreferencesModel>(
-        stored.value_or(defaultConfiguration()), m_services.makeUpdates(),
+        stored.value_or(defaultConfiguration()), m_services.notice(), m_services.makeUpdates(),
         PreferencesModel::Actions{.onSave =
                                       [this](const AppConfiguration& configuration) {
                                           if (onSave)

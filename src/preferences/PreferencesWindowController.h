@@ -28,6 +28,8 @@ public:
         QQmlEngine& engine;
         /// Reads the stored configuration: nothing when there is none that can be read.
         std::function<QFuture<std::optional<AppConfiguration>>()> load;
+        /// What the window says above everything else when it is opened; may be empty.
+        std::function<QString()> notice;
         std::function<std::unique_ptr<UpdatesSection>()> makeUpdates;
         std::function<void()> onOpenVercelTokens;
         std::function<void()> onOpenCloudflareTokens;

@@ -60,17 +60,17 @@ private Q_SLOTS:
         m_rig->keychain->setMood(FakeKeychain::Mood::prompting);
         for (int i = 0; i < 100; ++i)
             QVERIFY(m_rig->keychain->announce());
-        AppConfiguration saved{.accounts = {Rig::account(u"B"_s)}};
+        AppConfiguration saved{.accounts = {Rig::account(u"B"_s)}, .isCloudflareTokenUnread = true};
         m_rig->delegate->saveConfiguration(saved);
-        QVERIFY(!m_rig->keychain->announce());
-        QCOMPARE(m_rig->state().config(), saved);
+        QCOMPARE(m_rig->state().config()->accounts, saved.accounts);
         m_rig->keychain->setMood(FakeKeychain::Mood::willing);
         m_rig->settle();
         // A field that was empty only because nothing could be read deletes nothing.
         saved.cloudflareToken = u"cf"_s;
+        saved.isCloudflareTokenUnread = false;
         QCOMPARE(m_rig->state().config(), saved);
         QCOMPARE(ConfigStore(m_rig->configPath(), *m_rig->keychain).load(), saved);
-        QCOMPARE(m_rig->keychain->sessions().size(), 6);  // a hundred announcements are one load
+        QCOMPARE(m_rig->keychain->sessions().size(), 5);  // a hundred announcements are one load
         QVERIFY(QFile::exists(m_rig->configPath() + u".bak"_s));
     }
 
@@ -99,22 +99,67 @@ private Q_SLOTS:
         const AppConfiguration configuration{
             .accounts = {Rig::account(u"A"_s)}, .pollingIntervalSeconds = 10, .launchAtLogin = true};
         m_rig->save(configuration);
-        QCOMPARE(m_rig->state().config(), configuration);
+        QCOMPARE(m_rig->state().config()->accounts, configuration.accounts);
         QCOMPARE(m_rig->loginItem.registrations, 1);
         QCOMPARE(m_rig->notificationCenter.requests.size(), 1);
         QCOMPARE(m_rig->notificationCenter.requests.first().title, u"Your settings were not saved"_s);
         m_rig->takeTimeline();
         m_rig->clock.advance(10s);
         QCOMPARE(m_rig->takeTimeline(), QStringList{u"10 p1"_s});
+        // The window shows what is in use, and says that it was not saved.
+        m_rig->notificationCenter.click(0);
+        m_rig->settle();
+        QCOMPARE(shownAccounts(), QStringList{u"A"_s});
+        QVERIFY(notice().contains(u"could not be saved"_s));
+        QVERIFY(QDir().rmdir(m_rig->configPath()));
+        m_rig->save(configuration);
+        m_rig->delegate->openPreferences();
+        m_rig->settle();
+        QCOMPARE(notice(), QString());
+    }
+
+    void accountsAreThereWhenTheirTokensCannotBeRead() {
+        const AppConfiguration configuration{.accounts = {Rig::account(u"A"_s), Rig::account(u"B"_s)},
+                                             .cloudflareToken = u"cf"_s};
+        m_rig->store(configuration);
+        m_rig->listProjects(u"A"_s, {u"p1"_s});
+        m_rig->listProjects(u"B"_s, {u"q1"_s});
+        m_rig->keychain->setMood(FakeKeychain::Mood::unavailable);
+        m_rig->launch();
+        QCOMPARE(shownAccounts(), (QStringList{u"A"_s, u"B"_s}));
+        // Saved like that, it loses nothing, and the rest comes with the keyring.
+        AppConfiguration edited = configuration;
+        edited.pollingIntervalSeconds = 60;
+        edited.accounts[0].apiToken = u"new"_s;
+        edited.accounts[1].apiToken.clear();
+        edited.accounts[1].isTokenUnread = true;
+        edited.cloudflareToken.clear();
+        edited.isCloudflareTokenUnread = true;
+        m_rig->save(edited);
+        QVERIFY(!m_rig->state().project(u"q1"_s));
+        m_rig->keychain->setMood(FakeKeychain::Mood::willing);
+        QVERIFY(m_rig->keychain->announce());
+        m_rig->settle();
+        AppConfiguration expected = configuration;
+        expected.pollingIntervalSeconds = 60;
+        expected.accounts[0].apiToken = u"new"_s;
+        QCOMPARE(m_rig->state().config(), expected);
+        QVERIFY(m_rig->state().project(u"q1"_s));
+        QVERIFY(!m_rig->keychain->announce());
     }
 
 private:
+    static PreferencesModel* shownModel() {
+        const auto* view = qobject_cast<QQuickView*>(Rig::preferencesWindow());
+        return view->rootObject()->property("preferences").value<PreferencesModel*>();
+    }
+    /// What the preferences window says above everything else.
+    static QString notice() { return shownModel()->notice(); }
+
     /// The names of the accounts in the preferences window.
     static QStringList shownAccounts() {
-        const auto* view = qobject_cast<QQuickView*>(Rig::preferencesWindow());
-        const auto* model = view->rootObject()->property("preferences").value<PreferencesModel*>();
         QStringList names;
-        for (const auto& account : model->accountDrafts())
+        for (const auto& account : shownModel()->accountDrafts())
             names << account.name;
         return names;
     }

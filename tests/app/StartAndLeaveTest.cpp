@@ -124,7 +124,8 @@ private Q_SLOTS:
 
     void itLeavesInTheMiddleOfAnything_data() {
         QTest::addColumn<QString>("occasion");
-        for (const char* occasion : {"start", "project list", "question at the start", "question at a save"})
+        for (const char* occasion :
+             {"start", "project list", "question at the start", "question at a save", "silence at a save"})
             QTest::newRow(occasion) << QString::fromLatin1(occasion);
     }
 
@@ -132,10 +133,13 @@ private Q_SLOTS:
         QFETCH(const QString, occasion);
         if (occasion.startsWith("question"_L1))
             m_prompter.onPrompt = [] {};
-        if (occasion == "question at a save"_L1) {
+        if (occasion.endsWith("at a save"_L1)) {
             start();
             QTRY_COMPARE(activeTitle(), u"Tidemark Preferences"_s);
-            realkeyring::lock();
+            if (occasion == "silence at a save"_L1)
+                signal(m_keyring, SIGSTOP);
+            else
+                realkeyring::lock();
             output(u"xdotool"_s, {u"type"_s, m_sandbox->accounts().first().token});
             output(u"xdotool"_s, {u"key"_s, u"Return"_s});
         } else {
@@ -149,12 +153,15 @@ private Q_SLOTS:
             QTRY_VERIFY(projectRequests() > 0);
         else if (occasion == "start"_L1)
             QTRY_VERIFY(isOnTheBus(u"com.tidemark.KeyringProgram"_s));
+        else if (occasion == "silence at a save"_L1)
+            QTRY_VERIFY(activeTitle() != u"Tidemark Preferences"_s);
         else
             QTRY_COMPARE(m_prompter.count, 1);
         // Logging out and closing a terminal can send several at once.
-        for (const int signal : {SIGINT, SIGHUP, SIGTERM})
-            ::kill(static_cast<pid_t>(m_program.processId()), signal);
+        for (const int number : {SIGINT, SIGHUP, SIGTERM})
+            signal(m_program, number);
         QVERIFY(m_program.waitForFinished(hangLimit));
+        signal(m_keyring, SIGCONT);
     }
 
 private:
@@ -164,6 +171,10 @@ private:
         m_program.setProcessChannelMode(QProcess::ForwardedErrorChannel);
         m_program.start(QStringLiteral(KEYRING_PROGRAM), {m_sandbox->baseUrl().toString(), m_folder->path()});
         QVERIFY(m_program.waitForStarted(hangLimit));
+    }
+
+    static void signal(const QProcess& process, int number) {
+        ::kill(static_cast<pid_t>(process.processId()), number);
     }
 
     /// Stores a usable configuration, the token in the keyring.

@@ -166,12 +166,18 @@ private Q_SLOTS:
         QVERIFY(!QFile::exists(m_path + u".bak2"_s));
     }
 
-    void whatWasKeptIsNotReplaced() {
-        for (const QByteArray content : {"one", "two", "three"}) {
-            write(content);
-            QVERIFY(store().save({}));
-        }
-        QCOMPARE(read(u".bak"_s) + read(u".bak2"_s) + read(u".bak3"_s), "onetwothree");
+    void whatCannotBeKeptIsNotReplaced() {
+        write("broken");
+        QVERIFY(QDir().mkpath(m_path + u".bak"_s));  // a folder has the name of the copy
+        QVERIFY(!store().save({}));
+        QCOMPARE(read(), "broken");
+        QVERIFY(QDir().rmdir(m_path + u".bak"_s));
+        QVERIFY(store().save({}));
+        QCOMPARE(read(u".bak"_s), "broken");
+        write("broken anew");
+        QVERIFY(store().save({}));
+        QCOMPARE(read(u".bak"_s), "broken anew");
+        QCOMPARE(QDir(QFileInfo(m_path).path()).entryList(QDir::Files).size(), 2);
     }
 
     void aMissingKeychainLosesNothingOfTheFile() {
@@ -182,15 +188,23 @@ private Q_SLOTS:
         QVERIFY(read().contains("\"A1\""));
     }
 
-    void whatAKeychainDidNotGiveAnyMoreIsNotTakenForEmpty() {
+    void whatCouldNotBeReadIsNotOverwritten() {
         const AppConfiguration configuration{
             .accounts = {{u"A1"_s, u"n"_s, {}, u"tok"_s}, {u"A2"_s, u"n"_s, {}, u"tok2"_s}},
             .cloudflareToken = u"cf"_s};
         QVERIFY(store().save(configuration));
         m_keychain->setMood(FakeKeychain::Mood::dying);
-        QVERIFY(!store().load());
+        auto partial = store().load();
+        QVERIFY(partial);
+        QCOMPARE(partial->accounts[0], configuration.accounts[0]);
+        QVERIFY(partial->accounts[1].isTokenUnread && partial->isCloudflareTokenUnread);
         m_keychain->setMood(FakeKeychain::Mood::willing);
-        QCOMPARE(store().load(), configuration);
+        partial->accounts[0].apiToken = u"new"_s;
+        QVERIFY(store().save(*partial));
+        AppConfiguration expected = configuration;
+        expected.accounts[0].apiToken = u"new"_s;
+        QCOMPARE(store().load(), expected);
+        QCOMPARE(partial->completedBy(expected), expected);
     }
 
 private:

@@ -35,12 +35,6 @@ bool FakeKeychain::announce() {
 void FakeKeychain::beginSession(Prompting prompting) {
     const QMutexLocker lock(&m_mutex);
     m_sessions.append(prompting);
-    m_wasLost = false;
-}
-
-bool FakeKeychain::wasLost() const {
-    const QMutexLocker lock(&m_mutex);
-    return m_wasLost;
 }
 
 std::unique_ptr<KeychainWatcher> FakeKeychain::makeWatcher() {
@@ -49,15 +43,13 @@ std::unique_ptr<KeychainWatcher> FakeKeychain::makeWatcher() {
     return watcher;
 }
 
-std::optional<QByteArray> FakeKeychain::copyMatching(const KeychainQuery& query) {
+tl::expected<QByteArray, KeychainError> FakeKeychain::copyMatching(const KeychainQuery& query) {
     const QMutexLocker lock(&m_mutex);
     if (awaitMood() == Mood::unavailable || m_isCancelled)
-        return std::nullopt;
+        return tl::unexpected(KeychainError::unreadable);
     auto data = m_store.copyMatching(query);
-    if (data && m_mood == Mood::dying) {
+    if (data && m_mood == Mood::dying)
         m_mood = Mood::unavailable;
-        m_wasLost = true;
-    }
     return data;
 }
 

@@ -37,9 +37,8 @@ public:
     bool announce();
 
     void beginSession(Prompting prompting) override;
-    [[nodiscard]] bool wasLost() const override;
     [[nodiscard]] std::unique_ptr<KeychainWatcher> makeWatcher() override;
-    [[nodiscard]] std::optional<QByteArray> copyMatching(const KeychainQuery& query) override;
+    [[nodiscard]] tl::expected<QByteArray, KeychainError> copyMatching(const KeychainQuery& query) override;
     [[nodiscard]] bool add(const KeychainQuery& attributes, const QByteArray& data) override;
     void deleteMatching(const KeychainQuery& query) override;
     void cancel() override;
@@ -52,7 +51,6 @@ private:
     QWaitCondition m_changed;
     Mood m_mood = Mood::willing;
     bool m_isCancelled = false;
-    bool m_wasLost = false;
     sandbox::MemoryKeychain m_store;
     QList<Prompting> m_sessions;
     QPointer<KeychainWatcher> m_watcher;

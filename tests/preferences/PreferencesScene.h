@@ -100,11 +100,13 @@ public:
                          .soundEnabled = false};
     /// While the keyring waits for its user.
     std::shared_ptr<QPromise<std::optional<AppConfiguration>>> pending;
+    QString notice;
     QList<AppConfiguration> saved;
     QStringList pages;
     mutable PreferencesWindowController controller{
         {.engine = engine,
          .load = [this] { return load(); },
+         .notice = [this] { return notice; },
          .makeUpdates = [this] { return std::make_unique<UpdatesSection>(updates, clock); },
          .onOpenVercelTokens = [this] { pages.append(u"vercel"_s); },
          .onOpenCloudflareTokens = [this] { pages.append(u"cloudflare"_s); }}};

@@ -49,7 +49,7 @@ private Q_SLOTS:
         const AppConfiguration& saved = m_scene->saved.first();
         QCOMPARE(saved.accounts.size(), 1);
         QCOMPARE(saved.accounts.first().apiToken, u"vcp_new"_s);
-        QCOMPARE(saved, (AppConfiguration{.accounts = saved.accounts}));
+        QCOMPARE(saved, (AppConfiguration{.accounts = saved.accounts, .isCloudflareTokenUnread = true}));
     }
 
     void whatIsNotTouchedIsSavedAsItWas() {
@@ -228,6 +228,35 @@ private Q_SLOTS:
         QVERIFY(!m_scene->see(reason));
         m_scene->controller.setAccountErrors({{m_scene->stored->accounts[0].id, u"HTTP error 403"_s}});
         QVERIFY(m_scene->see(reason));
+    }
+
+    void whatCouldNotBeReadStaysUnlessItIsTypedAnew() {
+        const QString notice = u"The stored token could not be read."_s;
+        AppConfiguration unread = *m_scene->stored;
+        for (VercelAccount& account : unread.accounts) {
+            account.apiToken.clear();
+            account.isTokenUnread = true;
+        }
+        unread.cloudflareToken.clear();
+        unread.isCloudflareTokenUnread = true;
+        m_scene->stored = unread;
+        m_scene->open();
+        QVERIFY(m_scene->see(notice));
+        QCOMPARE(m_scene->focused(), u"Token of Personal"_s);
+        m_scene->type(u"vcp_new"_s);
+        m_scene->click(u"Save"_s);
+        unread.accounts[0].apiToken = u"vcp_new"_s;
+        unread.accounts[0].isTokenUnread = false;
+        QCOMPARE(m_scene->saved, QList{unread});
+    }
+
+    void whatIsWrongIsSaidAboveEverything() {
+        m_scene->open();
+        QVERIFY(!m_scene->see(u"These settings"_s));
+        m_scene->controller.close();
+        m_scene->notice = u"These settings could not be saved: No space left on device"_s;
+        m_scene->open();
+        QVERIFY(m_scene->see(m_scene->notice));
     }
 
     void aBuildWithoutUpdatesSaysSo() {

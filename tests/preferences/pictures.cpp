@@ -65,6 +65,18 @@ void takePictures() {
     save(scene, u"7-keyboard-and-mnemonics"_s);
 }
 
+void takeUnreadPicture() {
+    PreferencesScene scene;
+    scene.notice = u"These settings could not be saved: No space left on device"_s;
+    scene.stored = twoAccounts();
+    scene.stored->accounts[1].apiToken.clear();
+    scene.stored->accounts[1].isTokenUnread = true;
+    scene.stored->cloudflareToken.clear();
+    scene.stored->isCloudflareTokenUnread = true;
+    scene.open();
+    save(scene, u"4b-not-saved-not-read"_s);
+}
+
 void takeWaitingPicture() {
     PreferencesScene scene;
     scene.pending = std::make_shared<QPromise<std::optional<AppConfiguration>>>();
@@ -123,6 +135,7 @@ int main(int argc, char** argv) {
         QGuiApplication::setPalette(darkPalette());
     takeWaitingPicture();
     takePictures();
+    takeUnreadPicture();
     takeUpdatePictures();
     return 0;
 }

@@ -92,4 +92,12 @@ tl::expected<void, QString> replaceFile(const QString& path, const QByteArray& c
     return {};
 }
 
+std::optional<QByteArray> readFile(const QString& path, qint64 maximumSize) {
+    const QFileInfo info(path);
+    QFile file(path);
+    if (!info.isFile() || info.size() > maximumSize || !file.open(QIODevice::ReadOnly))
+        return std::nullopt;
+    return file.readAll();
+}
+
 }  // namespace tidemark

@@ -5,6 +5,7 @@
 #include <QByteArray>
 #include <QFile>
 #include <QString>
+#include <optional>
 
 namespace tidemark {
 
@@ -16,5 +17,9 @@ namespace tidemark {
 /// QSaveFile of Qt 6.4 does not notice that its last write fails, and leaves an empty file.
 [[nodiscard]] tl::expected<void, QString> replaceFile(const QString& path, const QByteArray& content,
                                                       QFile::Permissions permissions);
+
+/// The content of a regular file of at most `maximumSize` bytes; nothing otherwise, or when it cannot be
+/// read. Pipes and devices, whose reading may never end, are not opened.
+[[nodiscard]] std::optional<QByteArray> readFile(const QString& path, qint64 maximumSize);
 
 }  // namespace tidemark

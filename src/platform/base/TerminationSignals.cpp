@@ -8,6 +8,8 @@
 #include <cstdlib>
 #include <utility>
 
+#include "platform/base/QuitLimit.h"
+
 namespace tidemark {
 
 namespace {
@@ -22,6 +24,8 @@ int eventDescriptor() {
 
 void noteSignal(int /*number*/) {
     const int savedError = errno;
+    // Also if the event loop does not come to it.
+    quitlimit::start();
     [[maybe_unused]] const int result = eventfd_write(eventDescriptor(), 1);
     errno = savedError;
 }

@@ -5,7 +5,8 @@
 
 namespace tidemark {
 
-/// Turns SIGTERM, SIGINT and SIGHUP into a call on the UI thread, so that the program can shut down properly.
+/// Turns SIGTERM, SIGINT and SIGHUP into a call on the UI thread, so that the program can shut down properly,
+/// within the quit limit.
 /// At most one instance exists at a time. After its destruction the signals are ignored, because the program
 /// is ending already and a terminal that is closed sends the signal twice.
 class TerminationSignals {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <tl/expected.hpp>
+
 #include <QByteArray>
 #include <QString>
 #include <memory>
@@ -17,6 +19,12 @@ struct KeychainQuery {
     std::optional<bool> synchronizable;
 
     bool operator==(const KeychainQuery&) const = default;
+};
+
+/// Why an item cannot be had.
+enum class KeychainError : quint8 {
+    notFound,    ///< there is none
+    unreadable,  ///< there may be one: the store cannot be reached, is locked, or does not answer
 };
 
 /// A store of generic-password items. Calls block until the store has answered, which may include waiting for
@@ -40,14 +48,13 @@ public:
     /// Ends the batch and releases its resources.
     virtual void endSession() {}
 
-    /// Whether the store went away during this batch, so that items that were not found may exist.
-    [[nodiscard]] virtual bool wasLost() const { return false; }
-
     /// Makes a watcher of this store; null for a store that can always be read. UI thread only.
     [[nodiscard]] virtual std::unique_ptr<KeychainWatcher> makeWatcher() { return nullptr; }
 
-    /// The data of one matching item; nothing when there is none or the store cannot be read.
-    [[nodiscard]] virtual std::optional<QByteArray> copyMatching(const KeychainQuery& query) = 0;
+    /// The data of one matching item. An item that is not found counts as unreadable when the store went away
+    /// during this batch.
+    [[nodiscard]] virtual tl::expected<QByteArray, KeychainError> copyMatching(
+        const KeychainQuery& query) = 0;
 
     /// Adds an item, in place of one with exactly these attributes if there is one: in one step, so that the
     /// old or the new item is there at any time. False when the store refuses.

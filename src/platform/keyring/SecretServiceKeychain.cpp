@@ -43,8 +43,16 @@ public:
     ~Error() { g_clear_error(&m_error); }
 
     GError** operator&() {
-        g_clear_error(&m_error);
+        clear();
         return &m_error;
+    }
+    void clear() { g_clear_error(&m_error); }
+    explicit operator bool() const { return m_error != nullptr; }
+    /// Whether the other side did not answer in time.
+    [[nodiscard]] bool isSilence() const {
+        return g_error_matches(m_error, G_IO_ERROR, G_IO_ERROR_TIMED_OUT) != FALSE ||
+               g_error_matches(m_error, G_DBUS_ERROR, G_DBUS_ERROR_NO_REPLY) != FALSE ||
+               g_error_matches(m_error, G_DBUS_ERROR, G_DBUS_ERROR_TIMEOUT) != FALSE;
     }
 
 private:
@@ -178,6 +186,8 @@ public:
     void endSession() {
         const ThreadLoop loop;
         secret_service_disconnect();
+        m_isSilent = false;
+        m_error.clear();
     }
     void cancel() { g_cancellable_cancel(m_cancellable.get()); }
 
@@ -188,8 +198,10 @@ public:
     /// Cancels reads. Writes are never cancelled.
     [[nodiscard]] GCancellable* cancellable() const { return m_cancellable.get(); }
 
-    /// Null when there is no service.
+    /// Null when there is no service, or when it has left a call of this batch unanswered.
     [[nodiscard]] Object<SecretService> service(GCancellable* cancellable) {
+        if (isSilent())
+            return nullptr;
         Object<SecretService> service(
             secret_service_get_sync(SECRET_SERVICE_OPEN_SESSION, cancellable, &m_error));
         if (service && m_owner.isEmpty())
@@ -197,8 +209,17 @@ public:
         return service;
     }
 
-    /// Whether the service is gone or another one than at the beginning of this batch.
-    [[nodiscard]] bool wasLost() { return !m_owner.isEmpty() && currentOwner() != m_owner; }
+    /// Whether the service has left a call of this batch unanswered.
+    [[nodiscard]] bool isSilent() {
+        m_isSilent = m_isSilent || m_error.isSilence();
+        return m_isSilent;
+    }
+
+    /// Whether an item that the last search did not find does not exist: the search succeeded, and the
+    /// service is the one of the beginning of this batch.
+    [[nodiscard]] bool isSureOfNothing() {
+        return !m_error && !isCancelled() && !m_owner.isEmpty() && currentOwner() == m_owner;
+    }
 
     [[nodiscard]] Items search(SecretService* service, const KeychainQuery& query,
                                GCancellable* cancellable) {
@@ -306,6 +327,7 @@ private:
     QByteArray m_owner;
     /// Whether prompts are declined for the rest of this batch.
     bool m_isRefused = false;
+    bool m_isSilent = false;
     /// Whether the user has declined a prompt since the program started.
     bool m_hasDeclined = false;
 };
@@ -326,16 +348,19 @@ std::unique_ptr<KeychainWatcher> SecretServiceKeychain::makeWatcher() {
     return std::make_unique<SecretServiceWatcher>(QDBusConnection::sessionBus());
 }
 
-std::optional<QByteArray> SecretServiceKeychain::copyMatching(const KeychainQuery& query) {
+tl::expected<QByteArray, KeychainError> SecretServiceKeychain::copyMatching(const KeychainQuery& query) {
     const ThreadLoop loop;
     const auto service = m_calls->isCancelled() ? nullptr : m_calls->service(m_calls->cancellable());
     if (!service)
-        return std::nullopt;
+        return tl::unexpected(KeychainError::unreadable);
     const Items items = m_calls->search(service.get(), query, m_calls->cancellable());
-    for (const GList* entry = items.get(); entry; entry = entry->next)
+    if (!items)
+        return tl::unexpected(m_calls->isSureOfNothing() ? KeychainError::notFound
+                                                         : KeychainError::unreadable);
+    for (const GList* entry = items.get(); entry && !m_calls->isSilent(); entry = entry->next)
         if (auto data = m_calls->data(service.get(), static_cast<SecretItem*>(entry->data)))
-            return data;
-    return std::nullopt;
+            return *std::move(data);
+    return tl::unexpected(KeychainError::unreadable);
 }
 
 bool SecretServiceKeychain::add(const KeychainQuery& attributes, const QByteArray& data) {
@@ -351,13 +376,8 @@ void SecretServiceKeychain::deleteMatching(const KeychainQuery& query) {
     if (!service)
         return;
     const Items items = m_calls->search(service.get(), query, nullptr);
-    for (const GList* entry = items.get(); entry; entry = entry->next)
+    for (const GList* entry = items.get(); entry && !m_calls->isSilent(); entry = entry->next)
         m_calls->remove(service.get(), static_cast<SecretItem*>(entry->data));
-}
-
-bool SecretServiceKeychain::wasLost() const {
-    const ThreadLoop loop;
-    return m_calls->wasLost();
 }
 
 void SecretServiceKeychain::cancel() {

@@ -30,15 +30,15 @@ using Text = std::unique_ptr<char, FreeText>;
 constexpr const char* group = G_KEY_FILE_DESKTOP_GROUP;
 
 /// The entry in the file with its comments; empty when the file is no key file. Nothing when it cannot be
-/// opened.
+/// read.
 Entry readEntry(const QString& path) {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
+    constexpr qint64 maximumSize = qint64{1024} * 1024;
+    const auto data = readFile(path, maximumSize);
+    if (!data)
         return nullptr;
-    const QByteArray data = file.readAll();
     Entry entry(g_key_file_new());
     constexpr auto flags = GKeyFileFlags(G_KEY_FILE_KEEP_COMMENTS | G_KEY_FILE_KEEP_TRANSLATIONS);
-    if (g_key_file_load_from_data(entry.get(), data.constData(), data.size(), flags, nullptr) == FALSE)
+    if (g_key_file_load_from_data(entry.get(), data->constData(), data->size(), flags, nullptr) == FALSE)
         entry.reset(g_key_file_new());
     return entry;
 }

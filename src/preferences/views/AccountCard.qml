@@ -108,7 +108,7 @@ ContinuousRectangle {
             x: frame.indent
             width: parent.width - x
             visible: text !== ""
-            text: frame.card && frame.card.error !== "" ? "Refused by Vercel: " + frame.card.error : ""
+            text: frame.card ? frame.card.tokenNotice : ""
             color: Theme.red
         }
 

@@ -97,6 +97,13 @@ FocusScope {
             width: area.width - 40
             spacing: 20
 
+            Explanation {
+                width: parent.width
+                visible: text !== ""
+                text: editor.preferences ? editor.preferences.notice : ""
+                color: Theme.red
+            }
+
             Column {
                 width: parent.width
                 spacing: 10
@@ -192,6 +199,13 @@ FocusScope {
                     isShown: editor.preferences ? editor.preferences.showCFToken : false
                     onEdited: text => editor.preferences.cloudflareToken = text
                     onToggled: editor.preferences.showCFToken = !editor.preferences.showCFToken
+                }
+
+                Explanation {
+                    width: parent.width
+                    visible: text !== ""
+                    text: editor.preferences ? editor.preferences.cloudflareTokenNotice : ""
+                    color: Theme.red
                 }
 
                 PageLink {
