@@ -37,6 +37,15 @@ Rectangle {
     Accessible.role: Accessible.Pane
     Accessible.name: "Tidemark"
     Keys.onEscapePressed: popover.close()
+    onScreenChanged: {
+        if (screen === PopoverRootView.Manage)
+            manage.setSource("ManagePanelView.qml", {
+                popover: root.popover,
+                maximumHeight: Qt.binding(() => root.maximumHeight)
+            });
+        else
+            manage.source = "";
+    }
 
     function selectTab(tab: int): void {
         root.tab = tab;
@@ -47,8 +56,8 @@ Rectangle {
         root.screen = screen;
         if (analytics.item)
             analytics.item.forceActiveFocus(Qt.OtherFocusReason);
-        else if (manage.item)
-            manage.item.forceActiveFocus(Qt.OtherFocusReason);
+        else if (manage.view)
+            manage.view.forceActiveFocus(Qt.OtherFocusReason);
         else
             main.forceActiveFocus(Qt.OtherFocusReason);
     }
@@ -94,17 +103,22 @@ Rectangle {
         }
     }
 
-    Slot {
+    // By its address, so that the text field and all behind it are loaded when somebody manages projects, and not
+    // with every first popover.
+    Loader {
         id: manage
 
+        readonly property Item view: item as Item
+
         width: parent.width
-        active: root.screen === PopoverRootView.Manage
-        delegate: ManagePanelView {
-            width: root.width
-            height: implicitHeight
-            popover: root.popover
-            maximumHeight: root.maximumHeight
-            onBack: root.show(PopoverRootView.Deployments)
+
+        Connections {
+            function onBack(): void {
+                root.show(PopoverRootView.Deployments);
+            }
+
+            target: manage.item
+            ignoreUnknownSignals: true
         }
     }
 
