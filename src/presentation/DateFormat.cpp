@@ -1,5 +1,6 @@
 #include "presentation/DateFormat.h"
 
+#include <sys/stat.h>
 #include <unicode/calendar.h>
 #include <unicode/datefmt.h>
 #include <unicode/fieldpos.h>
@@ -7,6 +8,7 @@
 #include <unicode/timezone.h>
 #include <unicode/unistr.h>
 
+#include <array>
 #include <clocale>
 #include <memory>
 
@@ -27,11 +29,40 @@ UDate toDate(Clock::TimePoint time) {
     return static_cast<UDate>(time.time_since_epoch().count());
 }
 
-/// The time in the user's calendar and in the zone that the machine is in now: people travel.
+/// What says which zone the machine is in.
+struct ZoneSource {
+    QByteArray variable = qgetenv("TZ");
+    /// Of the system's zone file: its place and when it was written.
+    std::array<quint64, 4> file{};
+
+    static ZoneSource current() {
+        ZoneSource source;
+        struct stat info{};
+        if (stat("/etc/localtime", &info) == 0)
+            source.file = {info.st_dev, info.st_ino, static_cast<quint64>(info.st_mtim.tv_sec),
+                           static_cast<quint64>(info.st_mtim.tv_nsec)};
+        return source;
+    }
+
+    bool operator==(const ZoneSource&) const = default;
+};
+
+/// The zone that the machine is in now: people travel. Found anew only when its source has changed, because
+/// ICU looks through its whole database where the zone file is a copy and no link.
+const icu::TimeZone& hostZone() {
+    static ZoneSource source;
+    static std::unique_ptr<icu::TimeZone> zone;
+    if (const ZoneSource now = ZoneSource::current(); !zone || now != source) {
+        source = now;
+        zone.reset(icu::TimeZone::detectHostTimeZone());
+    }
+    return *zone;
+}
+
+/// The time in the user's calendar and zone.
 std::unique_ptr<icu::Calendar> localCalendar(Clock::TimePoint time) {
     UErrorCode status = U_ZERO_ERROR;
-    std::unique_ptr<icu::Calendar> calendar(
-        icu::Calendar::createInstance(icu::TimeZone::detectHostTimeZone(), userLocale(), status));
+    std::unique_ptr<icu::Calendar> calendar(icu::Calendar::createInstance(hostZone(), userLocale(), status));
     calendar->setTime(toDate(time), status);
     return calendar;
 }

@@ -2,6 +2,7 @@
 #include <QRegularExpression>
 #include <QTemporaryDir>
 
+#include "presentation/DateFormat.h"
 #include "presentation/DeploymentTexts.h"
 #include "presentation/StatePresentation.h"
 #include "tests/TestProgram.h"
@@ -29,6 +30,17 @@ class DeploymentTextsTest final : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
+    void datesAreThoseOfTheZoneThatTheUserIsIn() {
+        const auto shown = [] { return DateFormat::exact(noon); };
+        const QString inBerlin = shown();
+        qputenv("TZ", "Asia/Tokyo");
+        const QString inTokyo = shown();
+        qputenv("TZ", "Europe/Berlin");
+        QVERIFY2(inBerlin.contains(u"12:00:00"_s), qPrintable(inBerlin));
+        QVERIFY2(inTokyo.contains(u"8:00:00"_s), qPrintable(inTokyo));
+        QCOMPARE(shown(), inBerlin);
+    }
+
     void agesAreShort() {
         const auto age = [](auto time) { return relativeAge(createdBefore(time), noon); };
         QCOMPARE(age(-2500ms), u"-2s ago"_s);
