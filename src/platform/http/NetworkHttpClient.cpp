@@ -146,7 +146,10 @@ public:
         if (m_request.bodyLimit <= 0)
             m_request.bodyLimit = m_client.m_options.bodyLimit;
         m_deadline.setSingleShot(true);
-        m_deadline.callOnTimeout(this, [this] { end(tl::unexpected(TransportError::timedOut)); });
+        m_deadline.callOnTimeout(this, [this] {
+            m_client.leave(m_network);
+            end(tl::unexpected(TransportError::timedOut));
+        });
         connect(&client.m_lifetime, &QObject::destroyed, this,
                 [this] { end(tl::unexpected(TransportError::cancelled)); });
     }
@@ -357,6 +360,11 @@ bool NetworkHttpClient::isAllowed(const QUrl& url) const {
         return true;
     return url.scheme() == QLatin1String("http") && isLoopback(url.host()) &&
            m_options.insecureLoopback == InsecureLoopback::allowed;
+}
+
+void NetworkHttpClient::leave(const std::shared_ptr<QNetworkAccessManager>& network) {
+    if (m_network == network)
+        m_network.reset();
 }
 
 void NetworkHttpClient::leaveDeadConnections() {

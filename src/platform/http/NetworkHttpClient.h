@@ -14,7 +14,8 @@ namespace tidemark {
 
 /// HTTP/1.1 over the network and the system's proxies. Only open connections are kept between requests: no
 /// cookies, no cache, no credentials. A GET is repeated when its kept-alive connection turns out to be
-/// closed; a POST is never sent twice. Connections are not reused after a suspend or a change of networks.
+/// closed; a POST is never sent twice. Connections are not reused after a suspend, a change of networks or a
+/// request that timed out.
 /// Destroying the client ends pending requests with `cancelled`.
 class NetworkHttpClient final : public HttpClient {
 public:
@@ -50,6 +51,9 @@ private:
     /// Drops connections that a suspend or a network change has killed. Otherwise the next request would only
     /// time out.
     void leaveDeadConnections();
+    /// A request has timed out: later ones do not use its connections. One whose handshake never ends would
+    /// keep all of them waiting.
+    void leave(const std::shared_ptr<QNetworkAccessManager>& network);
 
     Options m_options;
     /// Shared with pending requests, which keep theirs when it is replaced.

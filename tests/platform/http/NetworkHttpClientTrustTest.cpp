@@ -3,6 +3,8 @@
 #include <QScopeGuard>
 #include <QSslCertificate>
 #include <QSslKey>
+#include <QTcpServer>
+#include <QTcpSocket>
 #include <QTemporaryDir>
 
 #include "platform/http/NetworkHttpClient.h"
@@ -148,6 +150,38 @@ private Q_SLOTS:
         QVERIFY(send(client, get(server.url())) == answered(200, "safe"));
         QVERIFY(send(client, get(server.url(u"/down"_s))) == refusal);
         QCOMPARE(plain.connectionCount(), 0);
+    }
+
+    void aHandshakeThatNeverEndsCostsOnlyItsOwnRequest() {
+        QTemporaryDir folder;
+        const QSslConfiguration tls = selfSigned(folder);
+        MisbehavingServer server(MisbehavingServer::writes(MisbehavingServer::answer("200 OK", "safe")), tls);
+        // In front of it, the first connections get no answer to their greeting.
+        QTcpServer front;
+        bool isSilent = true;
+        connect(&front, &QTcpServer::newConnection, &front, [&] {
+            QTcpSocket* const near = front.nextPendingConnection();
+            if (isSilent)
+                return;
+            auto* const far = new QTcpSocket(near);
+            far->connectToHost(QHostAddress::LocalHost, static_cast<quint16>(server.url().port()));
+            connect(near, &QTcpSocket::readyRead, far, [=] { far->write(near->readAll()); });
+            connect(far, &QTcpSocket::readyRead, near, [=] { near->write(far->readAll()); });
+        });
+        QVERIFY(front.listen(QHostAddress::LocalHost));
+        const QSslConfiguration before = QSslConfiguration::defaultConfiguration();
+        const auto restore = qScopeGuard([&before] { QSslConfiguration::setDefaultConfiguration(before); });
+        QSslConfiguration trusting = before;
+        trusting.addCaCertificate(tls.localCertificate());
+        QSslConfiguration::setDefaultConfiguration(trusting);
+        NetworkHttpClient client(loopbackOptions());
+        HttpRequest request = get(QUrl(u"https://127.0.0.1:%1/"_s.arg(front.serverPort())));
+        request.timeout = 100ms;
+        for (int i = 0; i < 3; ++i)
+            QVERIFY(send(client, request) == failed(TransportError::timedOut));
+        isSilent = false;
+        request.timeout = 10s;
+        QVERIFY(send(client, request) == answered(200, "safe"));
     }
 
     /// The proxy gets requests to other machines, without their token, and none to this machine.
