@@ -3,6 +3,7 @@
 #include <QCoroTask>
 
 #include "platform/http/NetworkHttpClient.h"
+#include "tests/fakes/FakeHttpClient.h"
 
 /// Helpers for the tests of the network client.
 namespace tidemark {
@@ -39,10 +40,6 @@ inline QString summary(const HttpResult& result) {
 
 inline HttpResult failed(TransportError error) {
     return tl::unexpected(error);
-}
-
-inline HttpResult answered(int status, const QByteArray& body) {
-    return HttpResponse{.status = status, .body = body};
 }
 
 }  // namespace tidemark

@@ -50,7 +50,7 @@ private Q_SLOTS:
 
         const auto arrives = [](const QByteArray& name, const Script& script, int status,
                                 const QByteArray& body) {
-            QTest::newRow(name) << script << answered(status, body);
+            QTest::newRow(name) << script << httpAnswer(status, body);
         };
         // Statuses for which Qt has its own errors, and others.
         for (const int status : {200, 201, 302, 400, 403, 404, 410, 418, 429, 500, 503, 599}) {
@@ -120,8 +120,8 @@ private Q_SLOTS:
             else
                 socket.write(MisbehavingServer::answer("200 OK", "x"));
         });
-        QVERIFY(send(*m_client, get(server.url())) == answered(200, "x"));
-        QVERIFY(send(*m_client, get(server.url())) == answered(200, "x"));
+        QVERIFY(send(*m_client, get(server.url())) == httpAnswer(200, "x"));
+        QVERIFY(send(*m_client, get(server.url())) == httpAnswer(200, "x"));
         QCOMPARE(server.connectionCount(), 2);
     }
 
@@ -132,7 +132,7 @@ private Q_SLOTS:
         options.networkPath = [&path] { return path; };
         NetworkHttpClient client(options);
         const auto connections = [&] {
-            return send(client, get(server.url())) == answered(200, "x") ? server.connectionCount() : -1;
+            return send(client, get(server.url())) == httpAnswer(200, "x") ? server.connectionCount() : -1;
         };
         QCOMPARE(connections(), 1);
         path.suspended += 1ms;  // the two clocks are not read at the same time
@@ -153,7 +153,7 @@ private Q_SLOTS:
             QCOMPARE(connections(), 4);
             QCOMPARE(connections(), 4);
             late->write(MisbehavingServer::answer("200 OK", "late"));
-            QVERIFY(QCoro::waitFor(std::move(waiting)) == answered(200, "late"));
+            QVERIFY(QCoro::waitFor(std::move(waiting)) == httpAnswer(200, "late"));
         }
         QTRY_COMPARE(slow.openConnectionCount(), 0);
     }

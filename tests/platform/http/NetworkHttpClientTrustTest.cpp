@@ -56,10 +56,10 @@ private Q_SLOTS:
         });
         NetworkHttpClient client(loopbackOptions());
         const HttpRequest start = get(server.url(u"/start"_s));
-        const HttpResult asItIs = answered(307, "moved");
+        const HttpResult asItIs = httpAnswer(307, "moved");
         QVERIFY(send(client, start) == asItIs);
         location = "Location: /elsewhere?a=b\r\n";
-        QVERIFY(send(client, start) == answered(200, "there"));
+        QVERIFY(send(client, start) == httpAnswer(200, "there"));
         QVERIFY(send(client, authorised(start.url)) == asItIs);
         location = "Location: http://example.invalid/\r\n";
         QVERIFY(send(client, start) == refusal);
@@ -93,9 +93,9 @@ private Q_SLOTS:
         post.method = HttpMethod::post;
         post.headers.emplace_back("Content-Type", "application/json");
         post.body = "{}";
-        QVERIFY(send(client, post) == answered(200, "x"));
-        QVERIFY(send(client, get(server.url())) == answered(200, "x"));
-        QVERIFY(send(client, get(server.url())) == answered(200, "x"));
+        QVERIFY(send(client, post) == httpAnswer(200, "x"));
+        QVERIFY(send(client, get(server.url())) == httpAnswer(200, "x"));
+        QVERIFY(send(client, get(server.url())) == httpAnswer(200, "x"));
 
         QCOMPARE(server.requests().size(), 3);
         QCOMPARE(server.connectionCount(), 1);
@@ -147,7 +147,7 @@ private Q_SLOTS:
         trusting.addCaCertificate(tls.localCertificate());
         QSslConfiguration::setDefaultConfiguration(trusting);
         NetworkHttpClient client(options);
-        QVERIFY(send(client, get(server.url())) == answered(200, "safe"));
+        QVERIFY(send(client, get(server.url())) == httpAnswer(200, "safe"));
         QVERIFY(send(client, get(server.url(u"/down"_s))) == refusal);
         QCOMPARE(plain.connectionCount(), 0);
     }
@@ -181,7 +181,7 @@ private Q_SLOTS:
             QVERIFY(send(client, request) == failed(TransportError::timedOut));
         isSilent = false;
         request.timeout = 10s;
-        QVERIFY(send(client, request) == answered(200, "safe"));
+        QVERIFY(send(client, request) == httpAnswer(200, "safe"));
     }
 
     /// The proxy gets requests to other machines, without their token, and none to this machine.
@@ -196,7 +196,7 @@ private Q_SLOTS:
         qputenv("http_proxy", proxy.url().toEncoded());
         qputenv("https_proxy", proxy.url().toEncoded());
         NetworkHttpClient client(loopbackOptions());
-        QVERIFY(send(client, get(server.url())) == answered(200, "x"));
+        QVERIFY(send(client, get(server.url())) == httpAnswer(200, "x"));
         QCOMPARE(proxy.connectionCount(), 0);
 
         const HttpRequest request = authorised(QUrl(u"https://example.invalid/v1"_s));
