@@ -11,6 +11,7 @@ build_packages=(
     qt6-declarative-dev qt6-declarative-dev-tools qt6-svg-dev qml6-module-qtquick qml6-module-qtquick-window qml6-module-qtquick-templates
     qml6-module-qtqml qml6-module-qtqml-models qml6-module-qtqml-workerscript
     libicu-dev libsecret-1-dev libcanberra-dev libxcb1-dev libxcb-xinput-dev zlib1g-dev libssl-dev
+    libcurl4-openssl-dev libproxy-dev
 )
 # A desktop without a screen, and what the tour looks and clicks with.
 demo_packages=(

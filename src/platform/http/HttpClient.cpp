@@ -1,6 +1,6 @@
 #include "platform/http/HttpClient.h"
 
-#include <QHostAddress>
+#include <arpa/inet.h>
 
 namespace tidemark {
 
@@ -37,7 +37,14 @@ QString description(TransportError error) {
 }
 
 bool isLoopback(const QString& host) {
-    return host == "localhost"_L1 || QHostAddress(host).isLoopback();
+    if (host == "localhost"_L1)
+        return true;
+    const QByteArray text = host.toLatin1();
+    in_addr address{};
+    if (inet_pton(AF_INET, text.constData(), &address) == 1)
+        return ntohl(address.s_addr) >> 24U == IN_LOOPBACKNET;
+    in6_addr address6{};
+    return inet_pton(AF_INET6, text.constData(), &address6) == 1 && IN6_IS_ADDR_LOOPBACK(&address6);
 }
 
 }  // namespace tidemark

@@ -1,14 +1,13 @@
 #include "platform/http/NetworkHttpClient.h"
 
 #include <QCoroFuture>
-#include <QNetworkAccessManager>
-#include <QNetworkProxyFactory>
-#include <QNetworkReply>
+#include <QFutureWatcher>
 #include <QPromise>
 #include <QTimer>
 #include <algorithm>
-#include <array>
 
+#include "platform/http/CurlConnections.h"
+#include "platform/http/CurlTransfer.h"
 #include "platform/http/Gunzip.h"
 
 namespace tidemark {
@@ -17,121 +16,17 @@ namespace {
 
 constexpr int maxRedirects = 10;
 
-/// The proxies of the desktop's settings or the environment, but none for this machine itself.
-class SystemProxies final : public QNetworkProxyFactory {
-public:
-    QList<QNetworkProxy> queryProxy(const QNetworkProxyQuery& query) override {
-        if (isLoopback(query.peerHostName()))
-            return {QNetworkProxy(QNetworkProxy::NoProxy)};
-        return systemProxyForQuery(query);
-    }
-};
-
 bool isAuthorised(const HttpRequest& request) {
     return std::any_of(request.headers.begin(), request.headers.end(), [](const auto& header) {
         return header.first.compare("authorization", Qt::CaseInsensitive) == 0;
     });
 }
 
-/// Qt does not check values: a line break in one would begin another header.
+/// libcurl does not check values: a line break in one would begin another header.
 bool isSendable(const std::pair<QByteArray, QByteArray>& header) {
     return std::ranges::none_of(header.second, [](char byte) {
         return (static_cast<unsigned char>(byte) < 0x20 && byte != '\t') || byte == 0x7f;
     });
-}
-
-QNetworkRequest networkRequest(const HttpRequest& request, const QByteArray& userAgent) {
-    QNetworkRequest result(request.url);
-    result.setRawHeader("User-Agent", userAgent);
-    if (request.method == HttpMethod::post) {
-        result.setRawHeader("Content-Type", "application/octet-stream");
-        result.setHeader(QNetworkRequest::ContentLengthHeader, request.body.size());
-        result.setAttribute(QNetworkRequest::DoNotBufferUploadDataAttribute, true);
-    }
-    for (const auto& [name, value] : request.headers)
-        result.setRawHeader(name, value);
-    // Setting this header ourselves turns off Qt's decompression, which accepts a body that was cut off as
-    // complete and never finishes a damaged one.
-    result.setRawHeader("Accept-Encoding", "gzip");
-    // Qt would send the token to another origin.
-    result.setAttribute(QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::ManualRedirectPolicy);
-    // Qt keeps using an HTTP/2 connection that died during suspend. With HTTP/1.1 only one request fails.
-    result.setAttribute(QNetworkRequest::Http2AllowedAttribute, false);
-    result.setAttribute(QNetworkRequest::HttpPipeliningAllowedAttribute, false);
-    result.setAttribute(QNetworkRequest::CookieLoadControlAttribute, QNetworkRequest::Manual);
-    result.setAttribute(QNetworkRequest::CookieSaveControlAttribute, QNetworkRequest::Manual);
-    result.setAttribute(QNetworkRequest::AuthenticationReuseAttribute, QNetworkRequest::Manual);
-    return result;
-}
-
-/// A request body that can be read only once. Qt cannot send it again when the connection dies after the
-/// server may have acted on it.
-class UnrepeatableBody final : public QIODevice {
-public:
-    explicit UnrepeatableBody(QByteArray data) : m_data(std::move(data)) {
-        open(QIODevice::ReadOnly | QIODevice::Unbuffered);
-    }
-
-    [[nodiscard]] bool isSequential() const override { return true; }
-    bool seek(qint64 /*position*/) override { return false; }
-    bool reset() override { return false; }
-    [[nodiscard]] qint64 bytesAvailable() const override { return m_data.size() - m_position; }
-
-protected:
-    qint64 readData(char* data, qint64 maxSize) override {
-        const qint64 size = std::min(maxSize, bytesAvailable());
-        if (size == 0)
-            return -1;
-        std::copy_n(m_data.constData() + m_position, size, data);
-        m_position += size;
-        return size;
-    }
-    qint64 writeData(const char* /*data*/, qint64 /*size*/) override { return -1; }
-
-private:
-    QByteArray m_data;
-    qint64 m_position = 0;
-};
-
-/// Whether Qt derived the error from an HTTP status. Such an answer counts like any other.
-bool isFromStatus(QNetworkReply::NetworkError error, int status) {
-    if (status < 400)
-        return false;
-    return error == QNetworkReply::ProtocolInvalidOperationError ||
-           (error >= QNetworkReply::ContentAccessDenied && error <= QNetworkReply::UnknownContentError) ||
-           (error >= QNetworkReply::InternalServerError && error <= QNetworkReply::UnknownServerError);
-}
-
-TransportError transportError(QNetworkReply::NetworkError error) {
-    switch (error) {
-        case QNetworkReply::HostNotFoundError:
-            return TransportError::hostNotFound;
-        case QNetworkReply::ConnectionRefusedError:
-            return TransportError::connectionRefused;
-        case QNetworkReply::RemoteHostClosedError:
-        case QNetworkReply::TemporaryNetworkFailureError:
-        case QNetworkReply::ContentReSendError:
-            return TransportError::connectionLost;
-        case QNetworkReply::TimeoutError:
-            return TransportError::timedOut;
-        case QNetworkReply::SslHandshakeFailedError:
-        case QNetworkReply::InsecureRedirectError:
-            return TransportError::insecure;
-        case QNetworkReply::NetworkSessionFailedError:
-        case QNetworkReply::UnknownNetworkError:
-            return TransportError::offline;
-        case QNetworkReply::ProxyConnectionRefusedError:
-        case QNetworkReply::ProxyConnectionClosedError:
-        case QNetworkReply::ProxyNotFoundError:
-        case QNetworkReply::ProxyTimeoutError:
-        case QNetworkReply::ProxyAuthenticationRequiredError:
-        case QNetworkReply::UnknownProxyError:
-            return TransportError::proxyFailed;
-        case QNetworkReply::ProtocolFailure:
-            return TransportError::notHttp;
-        default:
-            return TransportError::other;
-    }
 }
 
 }  // namespace
@@ -147,18 +42,20 @@ public:
             m_request.bodyLimit = m_client.m_options.bodyLimit;
         m_deadline.setSingleShot(true);
         m_deadline.callOnTimeout(this, [this] {
-            m_client.leave(m_network);
-            end(tl::unexpected(TransportError::timedOut));
+            fail(m_isLookingForProxy ? TransportError::proxyFailed : TransportError::timedOut);
         });
         connect(&client.m_lifetime, &QObject::destroyed, this,
                 [this] { end(tl::unexpected(TransportError::cancelled)); });
     }
 
+    ~Exchange() override { end(tl::unexpected(TransportError::cancelled)); }
+
+    /// Waits for the proxy's address, and sends the request.
     void start() {
-        m_client.leaveDeadConnections();
-        m_network = m_client.network();
+        m_client.followNetwork();
+        m_connections = m_client.connections();
         restartDeadline();
-        sendRequest();
+        findProxy();
     }
 
     /// Ends the exchange from the event loop. Callable from any thread.
@@ -173,84 +70,102 @@ public:
 private:
     void restartDeadline() { m_deadline.start(std::max(m_request.timeout, std::chrono::milliseconds(0))); }
 
-    void sendRequest() {
-        QNetworkRequest prepared = networkRequest(m_request, m_client.m_options.userAgent);
-        if (m_sink)
-            prepared.setRawHeader("Accept-Encoding", "identity");
-        if (m_request.method == HttpMethod::post) {
-            auto body = std::make_unique<UnrepeatableBody>(m_request.body);
-            m_reply = m_network->post(prepared, body.get());
-            body.release()->setParent(m_reply);
-        } else {
-            m_reply = m_network->get(prepared);
+    void findProxy() {
+        const QFuture<QByteArray> proxy = m_client.m_proxies.find(m_request.url);
+        if (proxy.isFinished()) {
+            sendRequest(proxy.result());
+            return;
         }
-        m_reply->setReadBufferSize(m_client.m_options.readBuffer);
-        connect(m_reply, &QNetworkReply::readyRead, this, &Exchange::read);
-        connect(m_reply, &QNetworkReply::finished, this, &Exchange::onFinished);
+        m_isLookingForProxy = true;
+        auto* const watcher = new QFutureWatcher<QByteArray>(this);
+        connect(watcher, &QFutureWatcher<QByteArray>::finished, this, [this, watcher] {
+            watcher->deleteLater();
+            m_isLookingForProxy = false;
+            if (!m_isOver)
+                sendRequest(watcher->result());
+        });
+        watcher->setFuture(proxy);
     }
 
-    void read() {
-        std::array<char, 16384> chunk;
-        while (!m_isOver) {
-            const qint64 size = m_reply->read(chunk.data(), chunk.size());
-            if (size <= 0)
-                return;
-            m_received += size;
-            if (m_received > m_request.bodyLimit)
-                end(tl::unexpected(TransportError::tooLarge));
-            else if (!m_sink)
-                m_body.append(chunk.data(), size);
-            else
-                passOn(QByteArrayView(chunk.data(), size));
-        }
+    void sendRequest(const QByteArray& proxy) {
+        const Options& options = m_client.m_options;
+        m_transfer =
+            std::make_unique<CurlTransfer>(m_request,
+                                           CurlTransfer::Settings{.userAgent = options.userAgent,
+                                                                  .encoding = m_sink ? "identity" : "gzip",
+                                                                  .authorities = options.authorities,
+                                                                  .proxy = proxy},
+                                           [this](QByteArrayView piece) {
+                                               m_refusal = take(piece);
+                                               return !m_refusal;
+                                           });
+        m_connections->add(m_transfer->handle(), [this](CURLcode code) { onCompleted(code); });
     }
 
-    void passOn(QByteArrayView piece) {
+    /// The reason not to take more than that, if there is one.
+    [[nodiscard]] std::optional<TransportError> take(QByteArrayView piece) {
+        m_received += piece.size();
+        if (m_received > m_request.bodyLimit)
+            return TransportError::tooLarge;
+        if (!m_sink) {
+            m_body.append(piece);
+            return std::nullopt;
+        }
         restartDeadline();
-        if (status() != 200)
-            return;
+        if (m_transfer->status() != 200)
+            return std::nullopt;
         if (isCompressed())
-            end(tl::unexpected(TransportError::other));
-        else if (!m_sink(piece))
-            end(tl::unexpected(TransportError::cancelled));
+            return TransportError::other;
+        return m_sink(piece) ? std::nullopt : std::optional(TransportError::cancelled);
     }
 
-    [[nodiscard]] int status() const {
-        return m_reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
+    [[nodiscard]] bool isCompressed() const {
+        const QByteArray encoding = m_transfer->contentEncoding();
+        return !encoding.isEmpty() && encoding != "identity";
     }
 
-    [[nodiscard]] QByteArray encoding() const {
-        return m_reply->rawHeader("Content-Encoding").trimmed().toLower();
-    }
-
-    [[nodiscard]] bool isCompressed() const { return !encoding().isEmpty() && encoding() != "identity"; }
-
-    void onFinished() {
-        read();
-        if (m_isOver)
-            return;
-        const int status = this->status();
-        const auto error = m_reply->error();
-        if (error != QNetworkReply::NoError && !isFromStatus(error, status))
-            end(tl::unexpected(transportError(error)));
-        else if (status == 0)
-            end(tl::unexpected(TransportError::notHttp));
-        else if (const QUrl target = redirectTarget(status); target.isValid())
+    void onCompleted(CURLcode code) {
+        if (m_refusal)
+            fail(*m_refusal);
+        else if (code != CURLE_OK)
+            fail(m_transfer->error(code));
+        else if (const QUrl target = redirectTarget(); target.isValid())
             follow(target);
+        else if (const auto error = unpack())
+            fail(*error);
         else
-            end(decoded(status));
+            end(HttpResponse{.status = m_transfer->status(), .body = std::move(m_body)});
+    }
+
+    /// Decompresses the body. libcurl's own decompression takes a body that was cut off for a whole one.
+    [[nodiscard]] std::optional<TransportError> unpack() {
+        if (m_body.isEmpty() || !isCompressed())
+            return std::nullopt;
+        if (const QByteArray name = m_transfer->contentEncoding();
+            name != "gzip" && name != "x-gzip" && name != "deflate")
+            return TransportError::other;
+        auto body = gunzip(m_body, m_request.bodyLimit);
+        if (!body) {
+            return body.error() == GunzipError::tooLarge ? TransportError::tooLarge
+                                                         : TransportError::connectionLost;
+        }
+        m_body = *std::move(body);
+        return std::nullopt;
+    }
+
+    /// An error's status counts even when its body did not arrive.
+    void fail(TransportError error) {
+        if (error != TransportError::cancelled && m_transfer && !m_sink && m_transfer->status() >= 400)
+            end(HttpResponse{.status = m_transfer->status(), .body = {}});
+        else
+            end(tl::unexpected(error));
     }
 
     /// The target of a redirect that is to be followed; otherwise invalid.
-    [[nodiscard]] QUrl redirectTarget(int status) const {
+    [[nodiscard]] QUrl redirectTarget() const {
         if (m_request.method != HttpMethod::get || isAuthorised(m_request) || m_redirects == maxRedirects)
             return {};
-        const bool isRedirect =
-            status == 301 || status == 302 || status == 303 || status == 307 || status == 308;
-        const QByteArray location = m_reply->rawHeader("Location");
-        if (!isRedirect || location.isEmpty())
-            return {};
-        return m_request.url.resolved(QUrl::fromEncoded(location));
+        return m_transfer->redirectTarget();
     }
 
     void follow(const QUrl& target) {
@@ -259,31 +174,11 @@ private:
             return;
         }
         ++m_redirects;
-        dropReply();
+        dropTransfer();
         m_body.clear();
         m_received = 0;
         m_request.url = target;
-        sendRequest();
-    }
-
-    /// The answer with its body decompressed. When the connection closes early, Qt sometimes reports success.
-    /// We notice this by the Content-Length or the checksum of a compressed body. An uncompressed chunked
-    /// body has neither, so its reader has to notice.
-    [[nodiscard]] HttpResult decoded(int status) {
-        const auto length = m_reply->rawHeader("Content-Length").toLongLong();
-        const bool hasBody = status != 204 && status != 304;
-        if (hasBody && !m_reply->hasRawHeader("Transfer-Encoding") && m_received < length)
-            return tl::unexpected(TransportError::connectionLost);
-        if (m_body.isEmpty() || !isCompressed())
-            return HttpResponse{.status = status, .body = std::move(m_body)};
-        if (const QByteArray name = encoding(); name != "gzip" && name != "x-gzip" && name != "deflate")
-            return tl::unexpected(TransportError::other);
-        auto body = gunzip(m_body, m_request.bodyLimit);
-        if (!body) {
-            return tl::unexpected(body.error() == GunzipError::tooLarge ? TransportError::tooLarge
-                                                                        : TransportError::connectionLost);
-        }
-        return HttpResponse{.status = status, .body = *std::move(body)};
+        findProxy();
     }
 
     void end(HttpResult result) {
@@ -292,35 +187,38 @@ private:
         m_isOver = true;
         m_result = std::move(result);
         m_deadline.stop();
-        dropReply();
+        dropTransfer();
         m_promise.finish();
     }
 
-    /// Deleting the reply closes a connection that is still in use.
-    void dropReply() {
-        if (!m_reply)
+    /// Closes a connection that is still in use.
+    void dropTransfer() {
+        if (!m_transfer)
             return;
-        m_reply->disconnect(this);
-        m_reply->deleteLater();
-        m_reply = nullptr;
+        m_connections->remove(m_transfer->handle());
+        m_transfer.reset();
     }
 
     NetworkHttpClient& m_client;
     HttpRequest m_request;
     HttpSink m_sink;
-    std::shared_ptr<QNetworkAccessManager> m_network;
+    std::shared_ptr<CurlConnections> m_connections;
+    std::unique_ptr<CurlTransfer> m_transfer;
     QPromise<void> m_promise;
     QTimer m_deadline;
-    QNetworkReply* m_reply = nullptr;
     QByteArray m_body;
     /// Bytes of the body, before decompression.
     qint64 m_received = 0;
+    /// Why we did not take the body.
+    std::optional<TransportError> m_refusal;
+    bool m_isLookingForProxy = false;
     HttpResult m_result;
     int m_redirects = 0;
     bool m_isOver = false;
 };
 
-NetworkHttpClient::NetworkHttpClient(Options options) : m_options(std::move(options)) {}
+NetworkHttpClient::NetworkHttpClient(Options options)
+    : m_options(std::move(options)), m_proxies(m_options.proxy) {}
 
 NetworkHttpClient::~NetworkHttpClient() = default;
 
@@ -362,24 +260,19 @@ bool NetworkHttpClient::isAllowed(const QUrl& url) const {
            m_options.insecureLoopback == InsecureLoopback::allowed;
 }
 
-void NetworkHttpClient::leave(const std::shared_ptr<QNetworkAccessManager>& network) {
-    if (m_network == network)
-        m_network.reset();
-}
-
-void NetworkHttpClient::leaveDeadConnections() {
+void NetworkHttpClient::followNetwork() {
     NetworkPath path = m_options.networkPath();
-    if (m_networkPath && !m_networkPath->isContinuedBy(path))
-        m_network.reset();
+    if (m_networkPath && !m_networkPath->isContinuedBy(path)) {
+        m_connections.reset();
+        m_proxies.forget();
+    }
     m_networkPath = std::move(path);
 }
 
-std::shared_ptr<QNetworkAccessManager> NetworkHttpClient::network() {
-    if (!m_network) {
-        m_network = std::make_shared<QNetworkAccessManager>();
-        m_network->setProxyFactory(new SystemProxies);
-    }
-    return m_network;
+std::shared_ptr<CurlConnections> NetworkHttpClient::connections() {
+    if (!m_connections)
+        m_connections = std::make_shared<CurlConnections>();
+    return m_connections;
 }
 
 }  // namespace tidemark

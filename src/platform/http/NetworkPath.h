@@ -1,8 +1,8 @@
 #pragma once
 
-#include <QHostAddress>
-#include <QList>
+#include <QByteArray>
 #include <chrono>
+#include <set>
 
 namespace tidemark {
 
@@ -11,8 +11,8 @@ namespace tidemark {
 struct NetworkPath {
     /// For how long the machine has been suspended since it booted.
     std::chrono::nanoseconds suspended{};
-    /// The machine's addresses.
-    QList<QHostAddress> addresses;
+    /// The machine's addresses, as `in_addr` and `in6_addr` hold them.
+    std::set<QByteArray> addresses;
 
     [[nodiscard]] static NetworkPath current();
 

@@ -63,6 +63,16 @@ private Q_SLOTS:
         arrives("chunked", writes("HTTP/1.1 200 OK\r\n" + chunked + "\r\n3\r\nabc\r\n0\r\n\r\n"), 200, "abc");
         arrives("compressed", writes(answer("200 OK", deflated(large), compressed)), 200, large);
 
+        arrives("after interim answers",
+                writes("HTTP/1.1 102 Processing\r\n\r\nHTTP/1.1 103 Early\r\nLink: </x>\r\n\r\n" +
+                       answer("200 OK", "x", "")),
+                200, "x");
+        arrives("407", writes(answer("407 Who", "x", "Proxy-Authenticate: Basic realm=\"x\"\r\n")), 407, "x");
+        // What was refused, or how often to ask, does not depend on the explanation.
+        arrives("401 in broken compression", writes(answer("401 Who", "garbage", compressed)), 401, "");
+        arrives("429 cut off", closes("HTTP/1.1 429 Slow\r\nContent-Length: 10\r\n\r\nabc"), 429, "");
+        arrives("500 too large", writes(answer("500 Oops", beyond, "")), 500, "");
+
         const auto fails = [](const char* name, const Script& script, TransportError error) {
             QTest::newRow(name) << script << failed(error);
         };
@@ -80,8 +90,7 @@ private Q_SLOTS:
               connectionLost);
         fails("closed at once", closes(""), connectionLost);
         fails("reset", reset, connectionLost);
-        // Qt does not distinguish this from a lost connection.
-        fails("another protocol", writes("220 mail.example ESMTP\r\n"), connectionLost);
+        fails("another protocol", writes("220 mail.example ESMTP\r\n"), notHttp);
     }
 
     void answersAndFailures() {
@@ -93,12 +102,28 @@ private Q_SLOTS:
         QVERIFY(result == expected);
     }
 
+    void aConnectionThatIsResetCostsOneRequest() {
+        MisbehavingServer server(reset);
+        QVERIFY(send(*m_client, get(server.url())) == failed(TransportError::connectionLost));
+        QCOMPARE(server.requests().size(), 1);
+    }
+
+    void postGetsItsRedirectAsTheAnswer() {
+        MisbehavingServer server(MisbehavingServer::writes(
+            MisbehavingServer::answer("307 Elsewhere", "x", "Location: /elsewhere\r\n")));
+        HttpRequest request = authorised(server.url());
+        request.method = HttpMethod::post;
+        request.body = "{}";
+        QVERIFY(send(*m_client, request) == httpAnswer(307, "x"));
+        QCOMPARE(server.requests().size(), 1);
+    }
+
     void postIsNeverSentTwice() {
         const QList<std::pair<QByteArray, Script>> cases{
             {"abc", MisbehavingServer::writesAndCloses("")},
             {"", MisbehavingServer::writesAndCloses("")},
             {QByteArray(300'000, 'x'), reset},
-            {"abc", MisbehavingServer::writesAndCloses("oops\r\n")}};
+            {"abc", MisbehavingServer::writesAndCloses("HTTP/1.1 2")}};
         for (const auto& [body, script] : cases) {
             MisbehavingServer server(script);
             HttpRequest request = authorised(server.url());
@@ -127,7 +152,7 @@ private Q_SLOTS:
 
     void aConnectionThatDiedWithItsNetworkIsNotUsed() {
         MisbehavingServer server(MisbehavingServer::writes(MisbehavingServer::answer("200 OK", "x")));
-        NetworkPath path{.suspended = 5h, .addresses = {QHostAddress(u"192.0.2.1"_s)}};
+        NetworkPath path{.suspended = 5h, .addresses = {"\xc0\x00\x02\x01"}};
         NetworkHttpClient::Options options = loopbackOptions();
         options.networkPath = [&path] { return path; };
         NetworkHttpClient client(options);
@@ -139,7 +164,7 @@ private Q_SLOTS:
         QCOMPARE(connections(), 1);
         path.suspended += 1min;
         QCOMPARE(connections(), 2);
-        path.addresses.append(QHostAddress(u"2001:db8::1"_s));
+        path.addresses.insert("\x0a\x01\x01\x01");
         QCOMPARE(connections(), 3);
         QCOMPARE(connections(), 3);
 

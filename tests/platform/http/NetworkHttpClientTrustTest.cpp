@@ -6,6 +6,8 @@
 #include <QTcpServer>
 #include <QTcpSocket>
 #include <QTemporaryDir>
+#include <atomic>
+#include <future>
 
 #include "platform/http/NetworkHttpClient.h"
 #include "tests/TestProgram.h"
@@ -14,6 +16,7 @@
 
 using namespace tidemark;
 using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
 
 namespace {
 
@@ -38,6 +41,11 @@ QSslConfiguration selfSigned(QTemporaryDir& folder) {
     tls.setLocalCertificate(QSslCertificate::fromPath(certificate).value(0));
     tls.setPeerVerifyMode(QSslSocket::VerifyNone);
     return tls;
+}
+
+/// The certificate that `selfSigned` made.
+QByteArray authority(const QTemporaryDir& folder) {
+    return QFile::encodeName(folder.filePath(u"certificate.pem"_s));
 }
 
 }  // namespace
@@ -141,11 +149,7 @@ private Q_SLOTS:
         QVERIFY(send(distrusting, authorised(server.url())) == refusal);
         QCOMPARE(server.requests().size(), 0);
 
-        const QSslConfiguration before = QSslConfiguration::defaultConfiguration();
-        const auto restore = qScopeGuard([&before] { QSslConfiguration::setDefaultConfiguration(before); });
-        QSslConfiguration trusting = before;
-        trusting.addCaCertificate(tls.localCertificate());
-        QSslConfiguration::setDefaultConfiguration(trusting);
+        options.authorities = authority(folder);
         NetworkHttpClient client(options);
         QVERIFY(send(client, get(server.url())) == httpAnswer(200, "safe"));
         QVERIFY(send(client, get(server.url(u"/down"_s))) == refusal);
@@ -169,12 +173,9 @@ private Q_SLOTS:
             connect(far, &QTcpSocket::readyRead, near, [=] { near->write(far->readAll()); });
         });
         QVERIFY(front.listen(QHostAddress::LocalHost));
-        const QSslConfiguration before = QSslConfiguration::defaultConfiguration();
-        const auto restore = qScopeGuard([&before] { QSslConfiguration::setDefaultConfiguration(before); });
-        QSslConfiguration trusting = before;
-        trusting.addCaCertificate(tls.localCertificate());
-        QSslConfiguration::setDefaultConfiguration(trusting);
-        NetworkHttpClient client(loopbackOptions());
+        auto options = loopbackOptions();
+        options.authorities = authority(folder);
+        NetworkHttpClient client(options);
         HttpRequest request = get(QUrl(u"https://127.0.0.1:%1/"_s.arg(front.serverPort())));
         request.timeout = 100ms;
         for (int i = 0; i < 3; ++i)
@@ -204,6 +205,50 @@ private Q_SLOTS:
         QVERIFY(proxy.requests().value(0).startsWith("CONNECT example.invalid:443 "));
         for (const QByteArray& seen : proxy.requests())
             QVERIFY(!seen.contains("secret"));
+    }
+
+    /// A proxy script whose server is silent: the answer to the question comes when the test says so.
+    void aQuestionForTheProxyHoldsUpOnlyItsOwnRequest() {
+        MisbehavingServer server(MisbehavingServer::writes(MisbehavingServer::answer("200 OK", "x")));
+        MisbehavingServer proxy(MisbehavingServer::writes(MisbehavingServer::answer("200 OK", "proxied")));
+        std::promise<QByteArray> answer;
+        std::atomic_int questions = 0;
+        NetworkHttpClient::Options options = loopbackOptions();
+        options.proxy = [&questions, known = answer.get_future().share()](const QByteArray& origin) {
+            ++questions;
+            return origin == "https://example.invalid/" ? known.get() : QByteArray();
+        };
+        NetworkPath path;
+        options.networkPath = [&path] { return path; };
+        NetworkHttpClient client(options);
+        HttpRequest request = authorised(QUrl(u"https://example.invalid/v1"_s));
+        request.timeout = 50ms;
+        QVERIFY(send(client, request) == failed(TransportError::proxyFailed));
+        QVERIFY(send(client, request) == failed(TransportError::proxyFailed));
+        QCOMPARE(questions, 1);
+        QVERIFY(send(client, get(server.url())) == httpAnswer(200, "x"));
+
+        request.timeout = 10s;
+        auto waiting = client.send(request, {});
+        answer.set_value(proxy.url().toEncoded());
+        QVERIFY(QCoro::waitFor(std::move(waiting)) == failed(TransportError::insecure));  // it speaks no TLS
+        QCOMPARE(proxy.connectionCount(), 1);
+        QVERIFY(!send(client, request));
+        QCOMPARE(questions, 1);
+        path.suspended += 1min;
+        QVERIFY(!send(client, request));
+        QCOMPARE(questions, 2);
+    }
+
+    void theProgramDoesNotWaitForAProxyThatIsStillUnknown() {
+        const auto never = std::make_shared<std::promise<QByteArray>>();
+        NetworkHttpClient::Options options = loopbackOptions();
+        options.proxy = [never](const QByteArray&) { return never->get_future().get(); };
+        std::optional<NetworkHttpClient> client(std::in_place, options);
+        auto waiting = client->send(get(QUrl(u"https://example.invalid/"_s)), {});
+        client.reset();
+        QVERIFY(QCoro::waitFor(std::move(waiting)) == failed(TransportError::cancelled));
+        never->set_value({});
     }
 
     /// The first request already contains the name and password from the proxy's address.
