@@ -15,6 +15,8 @@ namespace {
 
 constexpr int pageSize = 100;
 constexpr int maximumPages = 20;
+/// In bytes. Each project of a page comes with its variables and its newest deployments.
+constexpr qint64 largestPage = qint64{64} * 1024 * 1024;
 
 VercelResult<ProjectsResponse> decodePage(HttpResult result) {
     return successfulBody<VercelError>(std::move(result), {200}).and_then([](const QByteArray& body) {
@@ -83,6 +85,7 @@ QCoro::Task<VercelResult<QList<VercelProject>>> VercelAPIClient::fetchAllProject
         QueryItems items{{u"limit"_s, QString::number(pageSize)}};
         for (int pageNumber = 1;; ++pageNumber) {
             HttpRequest request = client.request(u"v9/projects"_s, items);
+            request.bodyLimit = largestPage;
             HttpResult result = co_await client.m_http->send(std::move(request), stopToken);
             // On a worker, because a page may hold a megabyte.
             const QFuture<VercelResult<ProjectsResponse>> decoding =

@@ -5,6 +5,7 @@
 #include "sandbox/Sandbox.h"
 #include "tests/TestProgram.h"
 #include "tests/fakes/FakeHttpClient.h"
+#include "tests/fakes/MisbehavingServer.h"
 #include "vercel/VercelAPIClient.h"
 #include "vercel/VercelStatusClient.h"
 
@@ -99,6 +100,17 @@ private Q_SLOTS:
         for (const auto& id : {u"."_s, u".."_s, QString()})
             QVERIFY(!*QCoro::waitFor(client.fetchProductionDomain(id, {})));
         QCOMPARE(http.requests().size(), 1);
+    }
+
+    /// Projects with many variables make a page of 100 of them large.
+    void aLargePageIsRead() {
+        const QByteArray large = page(100) + QByteArray(20'000'000, ' ');
+        MisbehavingServer server(MisbehavingServer::writes(MisbehavingServer::answer("200 OK", large)));
+        NetworkHttpClient http({.insecureLoopback = NetworkHttpClient::InsecureLoopback::allowed});
+        const VercelAPIClient client(http, server.url({}), u"tok"_s, {});
+        const auto projects = QCoro::waitFor(client.fetchAllProjects({}));
+        QCOMPARE(errorText(projects), u"ok"_s);
+        QCOMPARE(projects->size(), 100);
     }
 
     void pagesAreFollowed() {
